@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace tavix {
+
+// One of the main window's two comment boxes as the guidance sees it. A locked
+// box shows guidance (read-only, button-face background); an unlocked box holds
+// the user's own text (editable, window background).
+class CommentBox {
+public:
+    virtual ~CommentBox() = default;
+    virtual QString text() const = 0;
+    virtual void setText(const QString& text) = 0;
+    virtual bool isLocked() const = 0;
+    virtual void setLocked(bool locked) = 0;
+};
+
+}  // namespace tavix
