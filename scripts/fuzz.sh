@@ -6,7 +6,7 @@ build=${1:-build/fuzz}
 seconds=${2:-5}
 failed=0
 for target in "$build"/fuzz/fuzz_*; do
-  [ -x "$target" ] || continue
+  [ -f "$target" ] && [ -x "$target" ] || continue
   name=$(basename "$target")
   corpus=$(mktemp -d)
   seeds="fuzz/corpus/${name#fuzz_}"
