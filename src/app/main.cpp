@@ -1,7 +1,32 @@
+#include "app/QtPrompter.h"
+#include "app/frmMain.h"
+#include "common/ProgramFolder.h"
+
 #include <QApplication>
+#include <QCommandLineParser>
 
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
-    return 0;
+    QApplication::setApplicationName(QStringLiteral("Tavix"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Live view, still pictures and measurement for cameras."));
+    parser.addHelpOption();
+    QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The program folder (holds Tavix.Ini)."),
+                            QStringLiteral("DIR"));
+    QCommandLineOption camera(QStringLiteral("camera"), QStringLiteral("Camera driver: sim, icube or auto."),
+                              QStringLiteral("NAME"));
+    parser.addOption(home);
+    parser.addOption(camera);
+    parser.process(app);
+
+    const QString folder = tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(parser.value(home)));
+    tavix::QtPrompter prompter;
+    tavix::frmMain window(folder, prompter);
+    prompter.setParent(&window);
+    if (!window.Form_Load())
+        return 1;
+    window.show();
+    return QApplication::exec();
 }

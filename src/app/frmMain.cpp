@@ -1,0 +1,335 @@
+#include "app/frmMain.h"
+
+#include "app/CommentLineEdit.h"
+#include "calib/Magnification.h"
+#include "common/Lifecycle.h"
+#include "common/MainLayout.h"
+#include "common/Prompter.h"
+#include "common/RunError.h"
+#include "measure/ValueFormat.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFile>
+#include <QFontDatabase>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QToolButton>
+
+namespace tavix {
+
+namespace {
+
+// Message ids of the captions that this window sets itself.
+enum Caption : qint32 {
+    kLoadPicture = 40001,
+    kSavePicture = 40002,
+    kExit = 40003,
+    kKeepResults = 40007,
+    kGridNo = 40016,
+    kGridKind = 40017,
+    kGridValue = 40018,
+    kGridUnit = 40019,
+    kCalibration = 40020,
+    kZoom = 40021,
+    kJpegQuality = 40022,
+    kMeasuringTools = 40025,
+    kResults = 40026,
+    kComment = 40027,
+};
+
+QString indexedName(const char* name, int index)
+{
+    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
+}
+
+template <typename W>
+W* named(W* widget, const QString& name)
+{
+    widget->setObjectName(name);
+    return widget;
+}
+
+}  // namespace
+
+frmMain::frmMain(const QString& programFolder, Prompter& prompter, QWidget* parent)
+    : QMainWindow(parent), data_(programFolder), prompter_(prompter)
+{
+    setObjectName(QStringLiteral("frmMain"));
+    buildControls();
+    guidance_ = std::make_unique<Guidance>(data_.guidance, *txtComment_[0], *txtComment_[1]);
+}
+
+frmMain::~frmMain() = default;
+
+void frmMain::buildControls()
+{
+    central_ = named(new QWidget(this), QStringLiteral("frmMainClient"));
+    central_->installEventFilter(this);
+    setCentralWidget(central_);
+    setMinimumSize(MainLayout::minimumSize());
+
+    picViewArea_ = named(new QFrame(central_), QStringLiteral("picViewArea"));
+    static_cast<QFrame*>(picViewArea_)->setFrameShape(QFrame::StyledPanel);
+    picViewArea_->setAutoFillBackground(true);
+    QPalette dark = picViewArea_->palette();
+    dark.setColor(QPalette::Window, QColor(40, 40, 40));
+    picViewArea_->setPalette(dark);
+
+    buildViewCommandArea();
+    buildMeasureCommandArea();
+    buildStatusBar();
+}
+
+void frmMain::buildViewCommandArea()
+{
+    picViewCommandArea_ = named(new QWidget(central_), QStringLiteral("picViewCommandArea"));
+    cmdPicLoad_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicLoad"));
+    cmdPicSave_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicSave"));
+    cmdExit_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdExit"));
+    cmdExit_->setProperty("tag", QLatin1String(kNoDisable));
+    connect(cmdExit_, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
+    lblJpegQty_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblJpegQty"));
+
+    lblZoom_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblZoom"));
+    cboScale_ = named(new QComboBox(picViewCommandArea_), QStringLiteral("cboScale"));
+    cboScale_->addItems(Magnification::entries());
+    cboScale_->setMaxVisibleItems(16);
+
+    lblComment_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblComment"));
+    for (int i = 0; i < 2; ++i) {
+        txtComment_[i] = named(new CommentLineEdit(picViewCommandArea_), indexedName("txtComment", i));
+        txtComment_[i]->setProperty("tag", QLatin1String(kNoDisable));
+    }
+
+    // Fixed design places; the controls that follow the window's size are
+    // placed by the layout.
+    const int row = 28;
+    lblZoom_->setGeometry(6, 38, 44, row);
+    cboScale_->setGeometry(50, 38, 76, row);
+    lblComment_->setGeometry(6, 70, 64, 24);
+}
+
+void frmMain::buildMeasureCommandArea()
+{
+    picMeasureCommandArea_ = named(new QWidget(central_), QStringLiteral("picMeasureCommandArea"));
+    QWidget* area = picMeasureCommandArea_;
+    const int width = twipsToPixels(MainLayout::kMeasureAreaWidthTwips) - 12;
+
+    auto* lblProof = named(new QLabel(area), QStringLiteral("lblProof"));
+    lblProof->setGeometry(6, 6, width, 20);
+    cboProof_ = named(new QComboBox(area), QStringLiteral("cboProof"));
+    // The calibration can be chosen while the live picture runs (scale bar).
+    cboProof_->setProperty("tag", QLatin1String(kNoDisable));
+    cboProof_->setGeometry(6, 26, width, 28);
+    connect(cboProof_, &QComboBox::activated, this,
+            [this](int index) { data_.settings.CURRENTPROOFNO = static_cast<qint16>(index); });
+
+    fraTools_ = named(new QGroupBox(area), QStringLiteral("fraTools"));
+    fraTools_->setGeometry(6, 62, width, 180);
+    const int buttonWidth = (width - 18) / 2;
+    for (int i = 0; i < 7; ++i) {
+        auto* button = named(new QToolButton(fraTools_), indexedName("cmdMeasure", i));
+        button->setCheckable(true);
+        button->setAutoExclusive(true);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
+        cmdMeasure_[i] = button;
+    }
+
+    lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
+    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
+    grdResult_ = named(new QTableWidget(0, 4, area), QStringLiteral("grdResult"));
+    grdResult_->verticalHeader()->setVisible(false);
+    grdResult_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grdResult_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grdResult_->horizontalHeader()->setStretchLastSection(true);
+    grdResult_->setColumnWidth(0, 40);
+    grdResult_->setColumnWidth(1, 110);
+    grdResult_->setColumnWidth(2, 90);
+
+    chkKeepResult_ = named(new QCheckBox(area), QStringLiteral("chkKeepResult"));
+    connect(chkKeepResult_, &QCheckBox::clicked, this,
+            [this](bool checked) { data_.settings.KEEPRESULT = checked ? 1 : 0; });
+}
+
+void frmMain::buildStatusBar()
+{
+    QStatusBar* bar = statusBar();
+    bar->setObjectName(QStringLiteral("sbriCube"));
+    bar->setSizeGripEnabled(true);
+    static const char* const captions[] = {"", "Frames:", "FPS:", "Average:", "Bad frames:", "Resolution:"};
+    for (int i = 0; i < 6; ++i) {
+        sbriCube_[i] = named(new QLabel(QLatin1String(captions[i]), bar), indexedName("sbriCubePanel", i));
+        sbriCube_[i]->setMinimumWidth(i == 0 ? 140 : 90);
+        bar->addWidget(sbriCube_[i], i == 0 ? 1 : 0);
+    }
+}
+
+bool frmMain::Form_Load()
+{
+    try {
+        setWindowTitle(Lifecycle::kBuiltInTitle);
+        data_.settings.APPNAME = Lifecycle::kBuiltInTitle;
+        applyFonts();
+        if (const auto failure = Lifecycle::readDataFiles(data_)) {
+            endStartup(failure->title);
+            return false;
+        }
+        setWindowTitle(data_.settings.APPNAME);
+        lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
+        placeRunTimeControls();
+        applySettingsToControls();
+        // The window starts on the live picture: nothing to measure yet.
+        setCommandAreaEnabled(picMeasureCommandArea_, false);
+        return true;
+    } catch (const std::exception& e) {
+        const auto* runError = dynamic_cast<const RunError*>(&e);
+        data_.log.write(QStringLiteral("frmMain:Form_Load Error.(%1)").arg(runError ? runError->number() : err::InvalidCall));
+        prompter_.message({Lifecycle::kEndedText, data_.messages.text(11051), Prompter::Icon::Critical});
+        if (QFile::exists(data_.graphPath()))
+            QFile::remove(data_.graphPath());
+        return false;
+    }
+}
+
+void frmMain::endStartup(const QString& title)
+{
+    prompter_.message({Lifecycle::kEndedText, title, Prompter::Icon::Critical});
+}
+
+void frmMain::applyFonts()
+{
+    // Japanese message files need a CJK font; other languages keep the desktop's.
+    static const char* const cjk[] = {"Noto Sans CJK JP", "IPAPGothic", "VL PGothic", "TakaoPGothic"};
+    const QStringList families = QFontDatabase::families();
+    for (const char* family : cjk) {
+        if (families.contains(QLatin1String(family))) {
+            QFont font(QLatin1String(family));
+            for (QWidget* w : {static_cast<QWidget*>(txtComment_[0]), static_cast<QWidget*>(txtComment_[1]),
+                               static_cast<QWidget*>(grdResult_)})
+                w->setFont(font);
+            return;
+        }
+    }
+}
+
+void frmMain::placeRunTimeControls()
+{
+    const int row = 28;
+    cmdPicLoad_->setGeometry(6, 6, 110, row);
+    cmdPicSave_->setGeometry(122, 6, 110, row);
+    lblJpegQty_->setGeometry(240, 6, 120, row);
+    Form_Resize();
+}
+
+void frmMain::applySettingsToControls()
+{
+    const Settings& s = data_.settings;
+    const MessageTable& m = data_.messages;
+    cmdPicLoad_->setText(m(kLoadPicture));
+    cmdPicSave_->setText(m(kSavePicture));
+    cmdExit_->setText(m(kExit));
+    lblJpegQty_->setText(m(kJpegQuality) + QStringLiteral(": ") + QString::number(s.JPEGQTY));
+    lblZoom_->setText(m(kZoom));
+    lblComment_->setText(m(kComment));
+    fraTools_->setTitle(m(kMeasuringTools));
+    lblResults_->setText(m(kResults));
+    chkKeepResult_->setText(m(kKeepResults));
+    grdResult_->setHorizontalHeaderLabels({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
+    findChild<QLabel*>(QStringLiteral("lblProof"))->setText(m(kCalibration));
+
+    // Tool captions: the two-point, circle and angle buttons name the tool
+    // that their command-mode setting selects.
+    const std::array<qint32, 7> captions = {s._2POINTCOMMANDMODE == 0 ? 10101 : 10112,
+                                            s.CIRCLEARCSELECT == 0 ? 10102 : 10113,
+                                            10103,
+                                            10104,
+                                            10105,
+                                            s.ANGLECOMMANDMODE == 0 ? 10106 : 10110,
+                                            10111};
+    for (size_t i = 0; i < captions.size(); ++i) {
+        cmdMeasure_[i]->setText(m(captions[i]));
+        cmdMeasure_[i]->setToolTip(m(captions[i]));
+    }
+    chkKeepResult_->setChecked(s.KEEPRESULT != 0);
+    data_.valueFormat = ValueFormat::pattern(s.NUMBEROFDECIMALS);
+
+    cboProof_->clear();
+    cboProof_->addItems(data_.proofs.names());
+    cboProof_->setCurrentIndex(s.CURRENTPROOFNO);
+    cboScale_->setCurrentIndex(s.DEFAULTSCALE < cboScale_->count() ? s.DEFAULTSCALE : 0);
+    lblZoom_->setText(Magnification::label(Magnification::valueOf(cboScale_->currentText())));
+}
+
+void frmMain::setCommandAreaEnabled(QWidget* area, bool enabled)
+{
+    for (QWidget* child : area->findChildren<QWidget*>()) {
+        if (child->property("tag").toString() == QLatin1String(kNoDisable))
+            continue;
+        child->setEnabled(enabled);
+    }
+}
+
+bool frmMain::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == central_ && event->type() == QEvent::Resize)
+        Form_Resize();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void frmMain::Form_Resize()
+{
+    if (isMinimized())
+        return;
+    try {
+        ++layoutPasses_;
+        const MainLayout l = MainLayout::compute(central_->size());
+        picViewArea_->setGeometry(l.viewArea);
+        picViewCommandArea_->setGeometry(l.viewCommandArea);
+        picMeasureCommandArea_->setGeometry(l.measureCommandArea);
+        cmdExit_->setGeometry(l.exitButton);
+        txtComment_[0]->setGeometry(l.comment0);
+        txtComment_[1]->setGeometry(l.comment1);
+        if (l.resultGrid.height() > 0)
+            grdResult_->setGeometry(l.resultGrid);
+        chkKeepResult_->setGeometry(l.keepResult);
+    } catch (const std::exception& e) {
+        const auto* runError = dynamic_cast<const RunError*>(&e);
+        data_.log.write(QStringLiteral("frmMain:Form_Resize Error.(%1)").arg(runError ? runError->number() : err::InvalidCall));
+    }
+}
+
+void frmMain::cmdExit_Click()
+{
+    if (confirmOnClose_ && !prompter_.askYesNo(data_.messages.text(20010), data_.messages.text(19000)))
+        return;
+    unloadRequested_ = true;
+    close();
+}
+
+void frmMain::closeEvent(QCloseEvent* event)
+{
+    if (!unloadRequested_ && confirmOnClose_
+        && !prompter_.askYesNo(data_.messages.text(20110), data_.messages.text(19000))) {
+        event->ignore();
+        return;
+    }
+    Form_Unload();
+    event->accept();
+}
+
+void frmMain::Form_Unload()
+{
+    if (unloaded_)
+        return;
+    unloaded_ = true;
+    Lifecycle::unload(data_, static_cast<qint16>(cboScale_->currentIndex()), {});
+}
+
+}  // namespace tavix

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "common/AppData.h"
+#include "common/Guidance.h"
+
+#include <QMainWindow>
+#include <array>
+#include <memory>
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QPushButton;
+class QTableWidget;
+class QToolButton;
+class QGroupBox;
+
+namespace tavix {
+
+class CommentLineEdit;
+class Prompter;
+
+// The program's main window: start-up, layout, close and exit. Controllers of
+// the later subsystems hang their controls on the areas built here.
+class frmMain : public QMainWindow {
+    Q_OBJECT
+public:
+    frmMain(const QString& programFolder, Prompter& prompter, QWidget* parent = nullptr);
+    ~frmMain() override;
+
+    // The start-up sequence. False when it failed: the failure is logged and
+    // reported, and the program must end without showing the window.
+    bool Form_Load();
+
+    AppData& data() { return data_; }
+    Guidance& guidance() { return *guidance_; }
+
+    // While set, closing the window or pressing the exit button asks first.
+    bool confirmOnClose() const { return confirmOnClose_; }
+    void setConfirmOnClose(bool on) { confirmOnClose_ = on; }
+
+    // Switches every control of a command area, except those tagged "NoDisable".
+    void setCommandAreaEnabled(QWidget* area, bool enabled);
+
+    // How many times the layout was worked out; a minimized window does none.
+    int layoutPasses() const { return layoutPasses_; }
+
+    // Fixed design sizes of the areas, for tests and later controllers.
+    static constexpr const char* kNoDisable = "NoDisable";
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildControls();
+    void buildViewCommandArea();
+    void buildMeasureCommandArea();
+    void buildStatusBar();
+    void placeRunTimeControls();
+    void applySettingsToControls();
+    void applyFonts();
+    void Form_Resize();
+    void Form_Unload();
+    void cmdExit_Click();
+    void endStartup(const QString& title);
+
+    AppData data_;
+    Prompter& prompter_;
+    std::unique_ptr<Guidance> guidance_;
+    bool confirmOnClose_ = true;
+    bool unloadRequested_ = false;  // the program, not the close box, closes the window
+    bool unloaded_ = false;
+    int layoutPasses_ = 0;
+
+    QWidget* central_ = nullptr;
+    QWidget* picViewArea_ = nullptr;
+    QWidget* picViewCommandArea_ = nullptr;
+    QWidget* picMeasureCommandArea_ = nullptr;
+    QPushButton* cmdPicLoad_ = nullptr;
+    QPushButton* cmdPicSave_ = nullptr;
+    QPushButton* cmdExit_ = nullptr;
+    QLabel* lblJpegQty_ = nullptr;
+    QLabel* lblZoom_ = nullptr;
+    QComboBox* cboScale_ = nullptr;
+    QLabel* lblComment_ = nullptr;
+    std::array<CommentLineEdit*, 2> txtComment_{};
+    QComboBox* cboProof_ = nullptr;
+    QGroupBox* fraTools_ = nullptr;
+    std::array<QToolButton*, 7> cmdMeasure_{};
+    QLabel* lblResults_ = nullptr;
+    QTableWidget* grdResult_ = nullptr;
+    QCheckBox* chkKeepResult_ = nullptr;
+    std::array<QLabel*, 6> sbriCube_{};
+};
+
+}  // namespace tavix
