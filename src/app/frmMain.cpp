@@ -6,6 +6,7 @@
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/RunError.h"
+#include "common/Twips.h"
 #include "measure/ValueFormat.h"
 
 #include <QCheckBox>
@@ -210,7 +211,7 @@ void frmMain::applyFonts()
     const QStringList families = QFontDatabase::families();
     for (const char* family : cjk) {
         if (families.contains(QLatin1String(family))) {
-            QFont font(QLatin1String(family));
+            const QFont font{QString::fromLatin1(family)};
             for (QWidget* w : {static_cast<QWidget*>(txtComment_[0]), static_cast<QWidget*>(txtComment_[1]),
                                static_cast<QWidget*>(grdResult_)})
                 w->setFont(font);

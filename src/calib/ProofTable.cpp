@@ -1,5 +1,7 @@
 #include "calib/ProofTable.h"
 
+#include "common/SafeFile.h"
+
 #include "calib/ProofNumber.h"
 #include "common/FreeFieldReader.h"
 #include "common/RunError.h"
@@ -7,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <cmath>
 
 namespace tavix {
@@ -143,25 +144,8 @@ bool ProofTable::write(const QString& path) const
             return false;
         }
     }
-    QSaveFile file(path);
-    // Unbuffered: Qt 6.4 loses an error of the final buffer flush and would
-    // then commit a cut-off file over the old one.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        lastError_ = QFileInfo(path).absoluteDir().exists() ? err::PathFileAccess : err::PathNotFound;
-        return false;
-    }
-    const QByteArray bytes = toFileText();
-    if (file.write(bytes) != bytes.size() || !file.flush()) {
-        file.cancelWriting();  // the temporary file goes, the old file stays
-        lastError_ = err::DiskFull;
-        return false;
-    }
-    if (!file.commit()) {
-        lastError_ = err::DiskFull;
-        return false;
-    }
-    lastError_ = 0;
-    return true;
+    lastError_ = SafeFile::write(path, toFileText());
+    return lastError_ == 0;
 }
 
 }  // namespace tavix

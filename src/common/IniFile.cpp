@@ -1,8 +1,9 @@
 #include "common/IniFile.h"
 
+#include "common/SafeFile.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace tavix {
 
@@ -175,22 +176,7 @@ QByteArray IniFile::toText() const
 
 bool IniFile::save(const QString& path, const PartWrittenHook& partWritten) const
 {
-    const QByteArray text = toText();
-    const qsizetype half = text.size() / 2;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    bool ok = file.write(text.constData(), half) == half;
-    if (partWritten) {
-        file.flush();
-        partWritten();
-    }
-    ok = ok && file.write(text.constData() + half, text.size() - half) == text.size() - half;
-    if (!ok) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    return SafeFile::write(path, toText(), partWritten) == 0;
 }
 
 QString IniFile::read(const QString& path, const QString& section, const QString& key)

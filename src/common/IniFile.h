@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QString>
+#include "common/SafeFile.h"
+
 #include <functional>
 #include <optional>
 #include <vector>
@@ -27,7 +29,7 @@ public:
 
     // Called by save() after part of the content was written and before the
     // new file replaces the old one. Lets a test end the process mid-write.
-    using PartWrittenHook = std::function<void()>;
+    using PartWrittenHook = SafeFile::PartWrittenHook;
 
     IniFile() = default;
 

@@ -147,8 +147,9 @@ TEST_P(frmMainStartupFailure, EndsWithExactLogLinesAndMessage)
         EXPECT_FALSE(w.isVisible());
     }
     const QString text = log();
-    if (*c.readerLine)
+    if (*c.readerLine) {
         EXPECT_TRUE(text.contains(QStringLiteral(" %1\r\n").arg(QLatin1String(c.readerLine)))) << text.toStdString();
+    }
     EXPECT_TRUE(text.endsWith(QStringLiteral(" %1\r\n").arg(QLatin1String(c.startupLine)))) << text.toStdString();
     ASSERT_EQ(prompter.messages.size(), 1u);
     const auto& m = prompter.messages.front();
@@ -396,7 +397,8 @@ TEST_F(frmMainStart, Resize_LayoutFollowsTheWindow)
         EXPECT_EQ(find<QWidget>(w, "cmdExit")->x(),
                   strip->width() - twipsToPixels(MainLayout::kExitFromRightTwips));
         EXPECT_EQ(strip->geometry().bottom(), client->height() - 1);
-        for (QWidget* area : {client, strip, measure, static_cast<QWidget*>(find<QGroupBox>(w, "fraTools"))})
+        const std::array<QWidget*, 4> areas = {w.centralWidget(), strip, measure, find<QGroupBox>(w, "fraTools")};
+        for (QWidget* area : areas)
             EXPECT_TRUE(overlaps(area).isEmpty()) << overlaps(area).join(QStringLiteral(", ")).toStdString();
     }
     w.setConfirmOnClose(false);

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <functional>
+
+namespace tavix::SafeFile {
+
+// Called after part of the content is on disk and before the new file replaces
+// the old one; tests use it to die in the middle of a write.
+using PartWrittenHook = std::function<void()>;
+
+// Writes the whole content to a temporary file in the same folder and renames
+// it over `path` only when every byte is written, so that a crash or a full
+// disk never leaves a half-written file. Returns 0 on success, else a run-time
+// error number (76 folder missing, 75 no access, 61 disk full).
+int write(const QString& path, const QByteArray& content, const PartWrittenHook& partWritten = {});
+
+}  // namespace tavix::SafeFile
