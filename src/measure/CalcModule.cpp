@@ -131,8 +131,7 @@ bool CalcAngle(PointD a, PointD vertex, PointD b, double& angle)
     return true;
 }
 
-bool CalcArcPoints(PointD start, PointD middle, PointD end, PointD centre, double radius,
-                   ArcPoints& points)
+bool CalcArcPoints(PointD start, PointD middle, PointD end, PointD centre, double radius, ArcPoints& points)
 {
     auto directionOf = [&](PointD p) {
         const double a = CalcAtan2(p.y - centre.y, p.x - centre.x);

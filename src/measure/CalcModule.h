@@ -9,17 +9,18 @@ namespace tavix {
 
 // Plane geometry of the measuring tools, in picture pixels (x right, y down).
 //
-// The routines keep no state and never round; they compare with 0 exactly, so
-// nearly collinear points give a very large circle rather than a failure. A
-// routine that fails returns false and leaves its out arguments untouched.
+// The routines keep no state and never round to display decimals. They
+// compare with 0 exactly, so nearly collinear points give a very large circle
+// rather than a failure. A routine that fails returns false and leaves its out
+// arguments untouched.
 //
 // Floating-point faults: the routines never throw. An overflow, a division by
 // zero or an invalid operation shows up as an infinite or NaN value in what
 // they return. Callers run inside their own error guard and pass the values
 // they go on with through CheckFinite, which raises RunError(err::Overflow) so
 // that the guard logs "... Error.(6)". An intermediate overflow that still ends
-// in a finite value goes unnoticed; it needs coordinates beyond 1e150 pixels,
-// which no picture has.
+// in a finite value goes unnoticed; it needs coordinates far outside any
+// picture (beyond 1e150 pixels).
 namespace CalcModule {
 
 // The program's pi and two pi: the 15-digit literals, a few bits below the
@@ -62,14 +63,13 @@ bool CalcAngle(PointD a, PointD vertex, PointD b, double& angle);
 
 // Polyline of the arc from start over middle to end on the circle (centre,
 // radius). False (nothing written) when the three points give no direction.
-bool CalcArcPoints(PointD start, PointD middle, PointD end, PointD centre, double radius,
-                   ArcPoints& points);
+bool CalcArcPoints(PointD start, PointD middle, PointD end, PointD centre, double radius, ArcPoints& points);
 
 // What the unit conversion reads of the program's state.
 struct UnitContext {
     double xFactor = 0;  // selected calibration entry, units per pixel, 0 = none
     double yFactor = 0;
-    double magnification = 1;      // display magnification of the still view
+    double magnification = 1;             // display magnification of the still view
     bool takingCalibrationValue = false;  // calibration dialog marks a length
 };
 

@@ -510,21 +510,33 @@ INSTANTIATE_TEST_SUITE_P(
     CalcModule, ConvertUnitTest,
     ::testing::Values(
         ConvertCase{"ZeroFactorsKeepPixels", {0, 0, 1, false}, {123.5, 67.25}, false, {123.5, 67.25}},
-        ConvertCase{"ZeroFactorsKeepPixelsAtAnyMagnification", {0, 0, 2, false}, {123.5, 67.25}, false,
+        ConvertCase{"ZeroFactorsKeepPixelsAtAnyMagnification",
+                    {0, 0, 2, false},
+                    {123.5, 67.25},
+                    false,
                     {123.5, 67.25}},
         ConvertCase{"ZeroFactorsKeepPixelsToPixels", {0, 0, 4, false}, {123.5, 67.25}, true, {123.5, 67.25}},
         ConvertCase{"ZeroXFactorKeepsOnlyXInPixels", {0, 0.5, 1, false}, {100, 100}, false, {100, 50}},
         ConvertCase{"TakingCalibrationValueGivesPixels", {0.5, 0.25, 1, true}, {100, 80}, false, {100, 80}},
-        ConvertCase{"TakingCalibrationValueIgnoresMagnification", {0.5, 0.25, 2, true}, {100, 80}, true,
-                    {100, 80}},
+        ConvertCase{
+            "TakingCalibrationValueIgnoresMagnification", {0.5, 0.25, 2, true}, {100, 80}, true, {100, 80}},
         ConvertCase{"ToUnits", {0.5, 0.25, 1, false}, {100, 100}, false, {50, 25}},
         ConvertCase{"MagnificationTwoHalvesTheUnits", {0.5, 0.25, 2, false}, {100, 100}, false, {25, 12.5}},
         ConvertCase{"ToPixelsInvertsToUnits", {0.5, 0.25, 1, false}, {50, 25}, true, {100, 100}},
-        ConvertCase{"ToPixelsInvertsToUnitsAtMagnificationTwo", {0.5, 0.25, 2, false}, {25, 12.5}, true,
-                    {100, 100}},
+        ConvertCase{
+            "ToPixelsInvertsToUnitsAtMagnificationTwo", {0.5, 0.25, 2, false}, {25, 12.5}, true, {100, 100}},
         ConvertCase{"XAndYFactorsKeptApart", {2, 3, 1, false}, {10, 10}, false, {20, 30}},
         ConvertCase{"XAndYFactorsKeptApartToPixels", {2, 3, 1, false}, {20, 30}, true, {10, 10}}),
     [](const ::testing::TestParamInfo<ConvertCase>& info) { return std::string(info.param.name); });
+
+TEST(CalcModule, ConvertUnit_ScalesByTheReciprocalOfTheMagnificationTimesTheFactor)
+{
+    // (1 / M) * factor, not factor / M: the two round differently here.
+    const PointD units = ConvertUnit({100, 100}, false, {0.1, 0.1, 2.5, false});
+    EXPECT_EQ(units.x, 100 * ((1 / 2.5) * 0.1));
+    EXPECT_NE(units.x, 100 * (0.1 / 2.5));
+    EXPECT_NEAR(units.x, 4.0, 1e-14);
+}
 
 TEST(CalcModule, ConvertUnit_IsInfinite_AtZeroMagnification)
 {
