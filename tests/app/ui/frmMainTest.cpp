@@ -195,7 +195,7 @@ TEST_F(frmMainStart, StillWaitTime1001_StopsStartup)
     frmMain w(dir.path(), prompter);
     EXPECT_FALSE(w.Form_Load());
     EXPECT_TRUE(log().contains(
-        QStringLiteral("GetIniFileData GetPrivateProfileString Error [Section]=ICUBE,[Key]=STILLWAITTIME ")));
+        QStringLiteral(" GetIniFileData GetPrivateProfileString Error [Section]=ICUBE,[Key]=STILLWAITTIME\r\n")));
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Ini File Read Error.\r\n")));
 }
 
@@ -245,7 +245,9 @@ TEST_F(frmMainStart, Exit_WritesChangedSettingsBack_KeepingCommentsAndUnknownKey
         s.STILLWAITTIME = 250;
         s.NUMBEROFIMAGES = 7;
         s.IS_SAVEPATH = QStringLiteral("/tmp/series");
-        QTest::mouseClick(find<QCheckBox>(w, "chkKeepResult"), Qt::LeftButton);
+        w.setCommandAreaEnabled(find<QWidget>(w, "picMeasureCommandArea"), true);  // as on a still
+        auto* keep = find<QCheckBox>(w, "chkKeepResult");
+        QTest::mouseClick(keep, Qt::LeftButton, {}, QPoint(8, keep->height() / 2));
         find<QComboBox>(w, "cboScale")->setCurrentIndex(3);
         prompter.answers.push_back(Prompter::Answer::Yes);
         clickExit(w);
