@@ -1,0 +1,93 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+namespace tavix {
+
+// The range record of a camera parameter, in the SDK's field order.
+struct CamParamRange {
+    std::int32_t enabled = 0;  // 0: the camera does not offer the parameter
+    std::int32_t autoMode = 0;  // 1: the parameter has an automatic mode
+    std::int32_t third = 0;     // not used by the program
+    std::int32_t defaultValue = 0;
+    std::int32_t minimum = 0;
+    std::int32_t maximum = 0;
+};
+
+// One frame as a driver hands it over. The pixels belong to the driver and
+// are valid only during the call; a sink copies what it keeps.
+struct FrameView {
+    const uchar* bits = nullptr;
+    int width = 0;
+    int height = 0;
+    qsizetype bytesPerLine = 0;
+    QImage::Format format = QImage::Format_RGB888;
+    std::uint64_t sequence = 0;  // counts every frame the camera produced
+};
+
+// Receives frames from a driver's own thread.
+class FrameSink {
+public:
+    virtual ~FrameSink() = default;
+    virtual void frameReady(const FrameView& frame) = 0;
+};
+
+// The operations the program calls on a camera, shaped after the vendor SDK
+// and returning its integer status codes (0 = success unless said otherwise).
+// Session, live view, properties dialog, interval save and recording are
+// written once against this.
+class CameraDriver {
+public:
+    static constexpr int kModeListCapacity = 10;
+
+    virtual ~CameraDriver() = default;
+
+    // "sim", "icube", ... as the status bar names the driver.
+    virtual QString driverName() const = 0;
+
+    // Fills the API version text; a result of 1 is failure.
+    virtual int GetVersion(int which, QString& version) = 0;
+    // The number of cameras found (less than 1: none).
+    virtual int Init() = 0;
+    virtual int GetName(int cam, QString& name) = 0;
+    // 0 and -24 both mean open.
+    virtual int Open(int cam) = 0;
+    virtual int IsOpen(int cam) = 0;
+    virtual int Close(int cam) = 0;
+
+    // Up to kModeListCapacity resolution indices.
+    virtual int GetModeList(int cam, std::vector<std::int32_t>& modes) = 0;
+    virtual int GetMode(int cam, std::int32_t& mode) = 0;
+    virtual int SetMode(int cam, std::int32_t mode) = 0;
+
+    virtual int SetDisplayMode(int cam, int mode, int a, int b, int c, int d) = 0;
+    // Starts streaming: into the native window when the driver draws itself,
+    // else as frames to the sink (from the driver's thread).
+    virtual int Start(int cam, quintptr window, FrameSink* sink, int a, int b) = 0;
+    // 1 while streaming.
+    virtual int IsStarted(int cam) = 0;
+    virtual int Stop(int cam) = 0;
+
+    virtual int GetGoodFrames(int cam, std::int32_t& count) = 0;
+    virtual int GetBrokenFrames(int cam, std::int32_t& count) = 0;
+
+    // Writes the current frame to a bitmap file.
+    virtual int SaveToFile(int cam, const QString& path) = 0;
+    // Records an AVI file of the given length; parameter 24 stays non-zero while writing.
+    virtual int SaveAvi(int cam, const QString& path, int a, int seconds) = 0;
+
+    virtual int SetCamParameter(int cam, int type, std::int32_t value) = 0;
+    virtual int GetCamParameter(int cam, int type, std::int32_t& value) = 0;
+    virtual int GetCamParameterRange(int cam, int type, CamParamRange& range) = 0;
+    // The true exposure time in milliseconds.
+    virtual int GetExposure(int cam, float& ms) = 0;
+    virtual int GetParamAuto(int cam, int type, std::int32_t& flag) = 0;
+    virtual int SetParamAuto(int cam, int type, std::int32_t flag) = 0;
+    virtual int SetParamAutoDef(int cam, int type) = 0;
+    virtual int SetParamOnePush(int cam, int type) = 0;
+};
+
+}  // namespace tavix
