@@ -97,8 +97,9 @@ void frmMain::buildViewCommandArea()
     connect(cmdExit_, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
     lblJpegQty_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblJpegQty"));
 
-    lblZoom_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblZoom"));
+    lblScale_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblScale"));
     cboScale_ = named(new QComboBox(picViewCommandArea_), QStringLiteral("cboScale"));
+    lblZoom_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblZoom"));
     cboScale_->addItems(Magnification::entries());
     cboScale_->setMaxVisibleItems(16);
 
@@ -111,8 +112,9 @@ void frmMain::buildViewCommandArea()
     // Fixed design places; the controls that follow the window's size are
     // placed by the layout.
     const int row = 28;
-    lblZoom_->setGeometry(6, 38, 44, row);
+    lblScale_->setGeometry(6, 38, 44, row);
     cboScale_->setGeometry(50, 38, 76, row);
+    lblZoom_->setGeometry(132, 38, 50, row);
     lblComment_->setGeometry(6, 70, 64, 24);
 }
 
@@ -150,9 +152,10 @@ void frmMain::buildMeasureCommandArea()
     grdResult_->setSelectionBehavior(QAbstractItemView::SelectRows);
     grdResult_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grdResult_->horizontalHeader()->setStretchLastSection(true);
+    grdResult_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     grdResult_->setColumnWidth(0, 40);
-    grdResult_->setColumnWidth(1, 110);
-    grdResult_->setColumnWidth(2, 90);
+    grdResult_->setColumnWidth(1, 118);
+    grdResult_->setColumnWidth(2, 80);
 
     chkKeepResult_ = named(new QCheckBox(area), QStringLiteral("chkKeepResult"));
     connect(chkKeepResult_, &QCheckBox::clicked, this,
@@ -237,7 +240,7 @@ void frmMain::applySettingsToControls()
     cmdPicSave_->setText(m(kSavePicture));
     cmdExit_->setText(m(kExit));
     lblJpegQty_->setText(m(kJpegQuality) + QStringLiteral(": ") + QString::number(s.JPEGQTY));
-    lblZoom_->setText(m(kZoom));
+    lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));
     fraTools_->setTitle(m(kMeasuringTools));
     lblResults_->setText(m(kResults));

@@ -81,7 +81,8 @@ private:
     QPushButton* cmdPicSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
     QLabel* lblJpegQty_ = nullptr;
-    QLabel* lblZoom_ = nullptr;
+    QLabel* lblScale_ = nullptr;
+    QLabel* lblZoom_ = nullptr;  // the magnification of the picture shown
     QComboBox* cboScale_ = nullptr;
     QLabel* lblComment_ = nullptr;
     std::array<CommentLineEdit*, 2> txtComment_{};

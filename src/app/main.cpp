@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QScreen>
 
 int main(int argc, char** argv)
 {
@@ -27,6 +28,11 @@ int main(int argc, char** argv)
     prompter.setParent(&window);
     if (!window.Form_Load())
         return 1;
+    // A comfortable first size on the screen, never below the window's minimum.
+    if (const QScreen* screen = window.screen()) {
+        const QSize room = screen->availableSize() * 0.9;
+        window.resize(window.minimumSize().expandedTo(room.boundedTo(QSize(1600, 1000))));
+    }
     window.show();
     return QApplication::exec();
 }
