@@ -1,0 +1,63 @@
+#pragma once
+
+#include "camera/CameraDriver.h"
+
+#include <QImage>
+#include <QSize>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace tavix {
+
+// Keeps the newest camera frame, already scaled to the size it is shown at.
+// The driver's thread scales each frame into a back buffer and swaps it with
+// the ready buffer; the user-interface thread takes the ready buffer when it
+// paints. A frame that arrives before the previous one was shown replaces it:
+// nothing queues up, and no buffer is allocated while the size stays the same.
+class LiveView : public FrameSink {
+public:
+    struct Counters {
+        std::uint64_t received = 0;  // frames handed over by the driver
+        std::uint64_t shown = 0;     // frames taken for painting
+        std::uint64_t replaced = 0;  // frames dropped unseen for a newer one
+    };
+
+    // Called on the driver's thread when a frame is ready and none was pending;
+    // it must only schedule the repaint (e.g. a queued call).
+    void setNotifier(std::function<void()> notify);
+
+    // The size frames are shown at (user-interface thread).
+    void setDisplaySize(QSize size);
+    QSize displaySize() const;
+
+    void frameReady(const FrameView& frame) override;
+
+    // Takes the newest frame for painting when there is one that was not taken
+    // yet; the returned image stays valid until the next call. Right after a
+    // size change it may still have the old size.
+    const QImage* takeFrame();
+    // The frame taken last (for repaints without a new frame).
+    const QImage& current() const { return front_; }
+
+    Counters counters() const;
+
+    // Scales a frame into dst (RGB32) by averaging a 2x2 sample around each
+    // target pixel's source position. offsets are reused between calls.
+    static void scaleInto(const FrameView& frame, QImage& dst, std::vector<int>& xOffsets);
+
+private:
+    mutable std::mutex mutex_;
+    QImage back_;   // driver thread only
+    QImage ready_;  // under the mutex
+    QImage front_;  // user-interface thread only
+    std::vector<int> xOffsets_;
+    QSize size_;
+    bool readyFresh_ = false;
+    Counters counters_;
+    std::function<void()> notify_;
+};
+
+}  // namespace tavix
