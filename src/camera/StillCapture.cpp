@@ -1,0 +1,56 @@
+#include "camera/StillCapture.h"
+
+#include "camera/CameraDriver.h"
+#include "common/Clock.h"
+#include "common/ErrorLog.h"
+#include "common/MessageTable.h"
+#include "common/Prompter.h"
+#include "common/RunError.h"
+
+#include <QFileInfo>
+
+namespace tavix {
+
+StillCapture::StillCapture(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages,
+                           Prompter& prompter, Clock& clock, Reader reader)
+    : driver_(driver), log_(log), messages_(messages), prompter_(prompter), clock_(clock), reader_(std::move(reader))
+{
+}
+
+bool StillCapture::capture(int camera, const QString& tempBitmap, int waitMs, QImage& still)
+{
+    if (const int r = driver_.SaveToFile(camera, tempBitmap); r != 0) {
+        log_.write(QStringLiteral("Error: ICubeSDK_SaveToFile(%1)").arg(r));
+        prompter_.message({messages_.text(26999, r), messages_.text(26998), Prompter::Icon::Critical});
+        return false;
+    }
+    return load(tempBitmap, waitMs, still);
+}
+
+bool StillCapture::reload(const QString& tempBitmap, QImage& still)
+{
+    return load(tempBitmap, 0, still);
+}
+
+bool StillCapture::load(const QString& path, int waitMs, QImage& still)
+{
+    // A camera that writes the file in the background may need a moment; a
+    // synchronous one has finished already, so nothing waits for it.
+    const qint64 deadline = clock_.tickMs() + (waitMs > 0 ? waitMs : 0);
+    for (;;) {
+        QImage image = reader_(path);
+        if (!image.isNull()) {
+            still = std::move(image);
+            return true;
+        }
+        if (clock_.tickMs() >= deadline)
+            break;
+        clock_.sleepMs(5);
+    }
+    ++displayErrors_;
+    const int number = QFileInfo::exists(path) ? err::InvalidCall : err::FileNotFound;
+    log_.write(QStringLiteral("Error:DispImage Error(Err=%1 / Num=%2)").arg(number).arg(displayErrors_));
+    return false;
+}
+
+}  // namespace tavix

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+#include <functional>
+
+namespace tavix {
+
+class CameraDriver;
+class Clock;
+class ErrorLog;
+class MessageTable;
+class Prompter;
+
+// Freezes the camera's current frame: the camera writes it to the temporary
+// bitmap, which is read back as the still picture.
+class StillCapture {
+public:
+    using Reader = std::function<QImage(const QString& path)>;
+
+    StillCapture(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages, Prompter& prompter,
+                 Clock& clock, Reader reader);
+
+    // A new still into `still`; false leaves `still` as it was. waitMs is the
+    // longest wait for the camera's file to be complete.
+    bool capture(int camera, const QString& tempBitmap, int waitMs, QImage& still);
+
+    // Reads the temporary bitmap again (the redraw of a still without a new picture).
+    bool reload(const QString& tempBitmap, QImage& still);
+
+    int displayErrors() const { return displayErrors_; }
+
+private:
+    bool load(const QString& path, int waitMs, QImage& still);
+
+    CameraDriver& driver_;
+    const ErrorLog& log_;
+    const MessageTable& messages_;
+    Prompter& prompter_;
+    Clock& clock_;
+    Reader reader_;
+    int displayErrors_ = 0;
+};
+
+}  // namespace tavix
