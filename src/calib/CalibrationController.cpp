@@ -52,8 +52,8 @@ CalibrationController::Selection CalibrationController::selectEntry(int index)
     const Busy busy(selecting_);
 
     if (results_.hasResults()) {
-        if (results_.unsaved()
-            && !prompter_.askYesNo(messages_.text(ChangeSelectionQuestion), messages_.text(ChangeSelectionTitle)))
+        if (results_.unsaved() && !prompter_.askYesNo(messages_.text(ChangeSelectionQuestion),
+                                                      messages_.text(ChangeSelectionTitle)))
             return Selection::Declined;
         results_.clearResults(ClearCurrentResults);
     }
@@ -84,8 +84,8 @@ void CalibrationController::refreshScaleBar()
 
 bool CalibrationController::startProcedure()
 {
-    if (results_.hasResults() && results_.unsaved()
-        && !prompter_.askYesNo(messages_.text(CalibrateQuestion), messages_.text(CalibrateTitle)))
+    if (results_.hasResults() && results_.unsaved() &&
+        !prompter_.askYesNo(messages_.text(CalibrateQuestion), messages_.text(CalibrateTitle)))
         return false;
     buffer_ = currentEntry();
     pointMode_ = -1;

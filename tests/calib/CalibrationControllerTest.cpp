@@ -9,9 +9,9 @@
 #include "ShippedMessages.h"
 #include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QDir>
 #include <functional>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::FakeResultTable;
@@ -570,7 +570,8 @@ TEST_P(FinishMarkingAbandoned, FinishMarking_ChangesNothing_WhenNoLengthIsTyped)
 }
 
 INSTANTIATE_TEST_SUITE_P(Answers, FinishMarkingAbandoned,
-                         ::testing::Values(AbandonCase{"Empty", QString()}, AbandonCase{"Cancel", std::nullopt}),
+                         ::testing::Values(AbandonCase{"Empty", QString()},
+                                           AbandonCase{"Cancel", std::nullopt}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(CalibrationControllerTest, FinishMarking_EndsTheValueTaking)
@@ -701,7 +702,8 @@ TEST_F(CalibrationControllerTest, Save_WithAxisOption_WritesYFromX_EvenAfterAYMe
 TEST_F(CalibrationControllerTest, Save_WriteFailure_ShowsMessageAndKeepsTableAndBuffer)
 {
     const QString folder = dir.file(QStringLiteral("later"));
-    CalibrationController c{table, settings, messages, prompter, results, scaleBar, folder + QStringLiteral("/Proof.dat")};
+    CalibrationController c{
+        table, settings, messages, prompter, results, scaleBar, folder + QStringLiteral("/Proof.dat")};
     c.startProcedure();
     c.buffer().XFactor = 3;
     const ProofEntry before = table.at(2);

@@ -36,10 +36,12 @@ TEST_F(HandlerGuardTest, RunGuarded_RunsTheHandlerAndLogsNothing_WhenItSucceeds)
 
 TEST_F(HandlerGuardTest, RunGuarded_LogsTheRunErrorNumber)
 {
-    const bool ok = runGuarded(log, QStringLiteral("frmX:cmdOK_Click"), [] { throw RunError(err::SubscriptOutOfRange); });
+    const bool ok =
+        runGuarded(log, QStringLiteral("frmX:cmdOK_Click"), [] { throw RunError(err::SubscriptOutOfRange); });
 
     EXPECT_FALSE(ok);
-    EXPECT_TRUE(logText().endsWith(QStringLiteral(" frmX:cmdOK_Click Error.(9)\r\n"))) << logText().toStdString();
+    EXPECT_TRUE(logText().endsWith(QStringLiteral(" frmX:cmdOK_Click Error.(9)\r\n")))
+        << logText().toStdString();
 }
 
 TEST_F(HandlerGuardTest, RunGuarded_LogsOtherFailuresAsInvalidCall)
@@ -47,5 +49,6 @@ TEST_F(HandlerGuardTest, RunGuarded_LogsOtherFailuresAsInvalidCall)
     const bool ok = runGuarded(log, QStringLiteral("frmX:Form_Load"), [] { throw std::out_of_range("x"); });
 
     EXPECT_FALSE(ok);
-    EXPECT_TRUE(logText().endsWith(QStringLiteral(" frmX:Form_Load Error.(5)\r\n"))) << logText().toStdString();
+    EXPECT_TRUE(logText().endsWith(QStringLiteral(" frmX:Form_Load Error.(5)\r\n")))
+        << logText().toStdString();
 }
