@@ -627,3 +627,20 @@ TEST_F(frmProofConfigTest, Escape_CancelsLikeTheCancelButton)
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_FALSE(controller.dialogAccepted());
 }
+
+// --- the handlers' guard ---
+
+TEST_F(frmProofConfigTest, Ok_Failure_IsLoggedAndTheDialogStaysOpen)
+{
+    controller.startProcedure();
+    open();
+    settings.CURRENTPROOFNO = 25;  // no such entry
+
+    QTest::mouseClick(button("cmdOK"), Qt::LeftButton);
+
+    EXPECT_TRUE(dialog->isVisible());
+    const QString logText = QString::fromUtf8(dir.read(QStringLiteral("Error.Log")));
+    EXPECT_TRUE(logText.endsWith(QStringLiteral(" frmProofConfig:cmdOK_Click Error.(9)\r\n")))
+        << logText.toStdString();
+    EXPECT_FALSE(dir.exists(QStringLiteral("Proof.dat")));
+}
