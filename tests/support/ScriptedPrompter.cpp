@@ -12,9 +12,10 @@ Prompter::Answer ScriptedPrompter::message(const Message& m)
     return a;
 }
 
-std::optional<QString> ScriptedPrompter::input(const QString& prompt, const QString&, const QString&)
+std::optional<QString> ScriptedPrompter::input(const QString& prompt, const QString& title, const QString&)
 {
     inputPrompts << prompt;
+    inputTitles << title;
     if (inputs.empty())
         return std::nullopt;
     auto a = inputs.front();
@@ -34,6 +35,7 @@ QString ScriptedPrompter::fileName(const FileRequest& request)
 
 QColor ScriptedPrompter::color(const QColor& start)
 {
+    colorStarts.push_back(start);
     if (colors.empty())
         return start;
     QColor c = colors.front();

@@ -15,9 +15,11 @@ public:
     std::deque<Answer> answers;     // answers to give; default answer when empty
     std::deque<std::optional<QString>> inputs;
     QStringList inputPrompts;
+    QStringList inputTitles;
     std::deque<QString> fileNames;
     std::vector<FileRequest> fileRequests;
     std::deque<QColor> colors;
+    std::vector<QColor> colorStarts;  // the colour each colour dialog opened with
     std::deque<QString> folders;
 
     Answer message(const Message& m) override;

@@ -1,0 +1,203 @@
+#include "calib/CalibrationController.h"
+
+#include "calib/ProofTable.h"
+#include "calib/ScaleBarSwitch.h"
+#include "common/MessageTable.h"
+#include "common/Prompter.h"
+#include "common/RunError.h"
+#include "common/Settings.h"
+#include "measure/ResultTableState.h"
+
+#include <utility>
+
+namespace tavix {
+
+namespace {
+
+// Clears a flag when the handler leaves, however it leaves.
+class Busy {
+public:
+    explicit Busy(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Busy() { flag_ = false; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    bool& flag_;
+};
+
+}  // namespace
+
+using namespace CalibrationMath;
+
+CalibrationController::CalibrationController(ProofTable& table, Settings& settings,
+                                             const MessageTable& messages, Prompter& prompter,
+                                             ResultTableState& results, ScaleBarSwitch& scaleBar,
+                                             QString proofFilePath)
+    : table_(table),
+      settings_(settings),
+      messages_(messages),
+      prompter_(prompter),
+      results_(results),
+      scaleBar_(scaleBar),
+      proofFilePath_(std::move(proofFilePath))
+{
+}
+
+CalibrationController::Selection CalibrationController::selectEntry(int index)
+{
+    // The question's event loop, or putting the list back, can call again.
+    if (selecting_ || index < 0 || index >= ProofTable::Size)
+        return Selection::Ignored;
+    const Busy busy(selecting_);
+
+    if (results_.hasResults()) {
+        if (results_.unsaved() && !prompter_.askYesNo(messages_.text(ChangeSelectionQuestion),
+                                                      messages_.text(ChangeSelectionTitle)))
+            return Selection::Declined;
+        results_.clearResults(ClearCurrentResults);
+    }
+    settings_.CURRENTPROOFNO = static_cast<qint16>(index);
+    refreshScaleBar();
+    return Selection::Changed;
+}
+
+int CalibrationController::currentIndex() const
+{
+    return settings_.CURRENTPROOFNO;
+}
+
+const ProofEntry& CalibrationController::currentEntry() const
+{
+    return table_.at(settings_.CURRENTPROOFNO);
+}
+
+void CalibrationController::refreshScaleBar()
+{
+    if (currentEntry().usable()) {
+        if (scaleBar_.isOn())
+            scaleBar_.redraw();
+    } else {
+        scaleBar_.switchOff();
+    }
+}
+
+bool CalibrationController::startProcedure()
+{
+    if (results_.hasResults() && results_.unsaved() &&
+        !prompter_.askYesNo(messages_.text(CalibrateQuestion), messages_.text(CalibrateTitle)))
+        return false;
+    buffer_ = currentEntry();
+    pointMode_ = -1;
+    request_ = NoRequest;
+    accepted_ = false;
+    return true;
+}
+
+CalibrationController::AfterDialog CalibrationController::dialogClosed()
+{
+    if (const std::optional<CalibrationTool> tool = decodeRequest(request_))
+        return {true, toolNumber(*tool), guidanceNumber(*tool)};
+
+    if (results_.hasResults()) {
+        // A new calibration makes the current picture's values stale.
+        if (accepted_)
+            results_.clearResults(ClearCurrentResults);
+        else
+            results_.refresh();
+    }
+    refreshScaleBar();
+    return {};
+}
+
+CalibrationController::MarkingResult CalibrationController::finishMarking(double pixelDistance,
+                                                                          double magnification)
+{
+    const std::optional<CalibrationTool> tool = decodeRequest(request_);
+    // The marking is over: lengths are converted again from here on.
+    request_ = NoRequest;
+    if (!tool)
+        return {};
+
+    const TrueLengthTexts texts{messages_.text(TitleMessage),
+                                messages_.text(trueLengthPromptId(tool->axis, buffer_.AxisOption != 0)),
+                                messages_.text(NotPositiveMessage), messages_.text(ErrorTitleMessage)};
+    const std::optional<double> value = askTrueLength(prompter_, texts);
+    if (!value)
+        return {};
+    try {
+        applyTrueLength(buffer_, tool->axis, *value, pixelDistance, magnification);
+    } catch (const RunError& error) {
+        return {Marking::Stored, error.number()};
+    }
+    return {Marking::Stored, 0};
+}
+
+void CalibrationController::abandonMarking()
+{
+    request_ = NoRequest;
+}
+
+CalibrationPointMode CalibrationController::dialogPointMode() const
+{
+    return effectivePointMode(pointMode_, settings_._2POINTCOMMANDMODE);
+}
+
+void CalibrationController::dialogOpened()
+{
+    request_ = NoRequest;
+}
+
+void CalibrationController::requestMeasurement(CalibrationAxis axis, CalibrationPointMode mode,
+                                               const QString& name, const QString& unit, bool axisOption)
+{
+    request_ = encodeRequest({mode, axis});
+    pointMode_ = static_cast<qint16>(mode);
+    buffer_.Name = name;
+    buffer_.Unit = unit;
+    buffer_.AxisOption = axisOption ? 1 : 0;
+    accepted_ = true;
+}
+
+CalibrationController::SaveResult CalibrationController::save(const QString& name, const QString& unit,
+                                                              bool axisOption)
+{
+    if (const std::optional<int> refusal = okRefusal(name, unit)) {
+        showError(*refusal, ErrorTitleMessage);
+        return *refusal == NameMissingMessage ? SaveResult::NameMissing : SaveResult::UnitMissing;
+    }
+    ProofEntry& entry = table_.at(settings_.CURRENTPROOFNO);
+    const ProofEntry before = entry;
+    applyOk(entry, buffer_, name, unit, axisOption);
+    if (!table_.write(proofFilePath_)) {
+        // Table and file must agree: the entry waits for a write that works.
+        entry = before;
+        showError(WriteFailedMessage, TitleMessage, table_.lastError());
+        return SaveResult::WriteFailed;
+    }
+    accepted_ = true;
+    return SaveResult::Saved;
+}
+
+void CalibrationController::cancel()
+{
+    accepted_ = false;
+}
+
+qint16 CalibrationController::toolNumber(CalibrationTool tool)
+{
+    return static_cast<qint16>(21 + static_cast<int>(tool.mode) + 2 * static_cast<int>(tool.axis));
+}
+
+qint16 CalibrationController::guidanceNumber(CalibrationTool tool)
+{
+    return static_cast<qint16>(70 + static_cast<int>(tool.mode) + 2 * static_cast<int>(tool.axis));
+}
+
+void CalibrationController::showError(int messageId, int titleId, const QVariant& value) const
+{
+    prompter_.message({messages_.text(messageId, value), messages_.text(titleId), Prompter::Icon::Exclamation,
+                       Prompter::Buttons::Ok, Prompter::Answer::Ok});
+}
+
+}  // namespace tavix

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QDialog>
+#include <array>
+#include <functional>
+
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+
+namespace tavix {
+
+class CalibrationController;
+class ErrorLog;
+class MessageTable;
+
+// The calibration dialog: name and unit of the selected entry, the marking
+// mode, and a measure button per axis that closes the dialog so the length
+// can be marked on the still picture. It works on the controller's edit
+// buffer; OK stores the entry and rewrites the calibration file.
+//
+// Created for each opening (its constructor is the load). Modal in the
+// program (exec()); tests open it with show(). Esc and the close box cancel.
+class frmProofConfig : public QDialog {
+    Q_OBJECT
+public:
+    frmProofConfig(CalibrationController& controller, const MessageTable& messages, const ErrorLog& log,
+                   QWidget* parent = nullptr);
+
+public slots:
+    void reject() override;
+
+private:
+    void buildControls();
+    void Form_Load();
+    void chkAxisOption_Click();
+    void cmdValue_Click(int index);
+    void cmdOK_Click();
+    void cmdCancel_Click();
+    void guarded(const char* handler, const std::function<void()>& body);
+
+    CalibrationController& controller_;
+    const MessageTable& messages_;
+    const ErrorLog& log_;
+
+    std::array<QLabel*, 2> Label1_{};
+    QLineEdit* txtName_ = nullptr;
+    QComboBox* cboUnit_ = nullptr;
+    QGroupBox* Frame1_ = nullptr;
+    std::array<QRadioButton*, 2> optPointMode_{};
+    QCheckBox* chkAxisOption_ = nullptr;
+    QLabel* lblXAxis_ = nullptr;
+    QLabel* lblYAxis_ = nullptr;
+    std::array<QLabel*, 2> lblValue_{};
+    std::array<QPushButton*, 2> cmdValue_{};
+    QPushButton* cmdOK_ = nullptr;
+    QPushButton* cmdCancel_ = nullptr;
+};
+
+}  // namespace tavix
