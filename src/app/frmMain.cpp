@@ -1,6 +1,8 @@
 #include "app/frmMain.h"
 
 #include "app/CommentLineEdit.h"
+#include "camera/CameraDriver.h"
+#include "camera/ui/CameraPanel.h"
 #include "calib/Magnification.h"
 #include "common/Lifecycle.h"
 #include "common/MainLayout.h"
@@ -58,15 +60,20 @@ W* named(W* widget, const QString& name)
 
 }  // namespace
 
-frmMain::frmMain(const QString& programFolder, Prompter& prompter, QWidget* parent)
-    : QMainWindow(parent), data_(programFolder), prompter_(prompter)
+frmMain::frmMain(const QString& programFolder, Prompter& prompter, Clock& clock, DriverFactory driverFactory,
+                 QWidget* parent)
+    : QMainWindow(parent),
+      data_(programFolder),
+      prompter_(prompter),
+      clock_(clock),
+      driverFactory_(std::move(driverFactory))
 {
     setObjectName(QStringLiteral("frmMain"));
     buildControls();
     guidance_ = std::make_unique<Guidance>(data_.guidance, *txtComment_[0], *txtComment_[1]);
 }
 
-frmMain::~frmMain() = default;
+frmMain::~frmMain() = default;  // the camera panel stops the driver's thread first
 
 void frmMain::buildControls()
 {
@@ -90,6 +97,9 @@ void frmMain::buildControls()
 void frmMain::buildViewCommandArea()
 {
     picViewCommandArea_ = named(new QWidget(central_), QStringLiteral("picViewCommandArea"));
+    cmdPlayStop_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPlayStop"));
+    // The live/still button also stops a series or a recording while the areas are disabled.
+    cmdPlayStop_->setProperty("tag", QLatin1String(kNoDisable));
     cmdPicLoad_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicLoad"));
     cmdPicSave_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicSave"));
     cmdExit_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdExit"));
@@ -102,6 +112,7 @@ void frmMain::buildViewCommandArea()
     lblZoom_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblZoom"));
     cboScale_->addItems(Magnification::entries());
     cboScale_->setMaxVisibleItems(16);
+    connect(cboScale_, &QComboBox::activated, this, [this] { cboScale_Click(); });
 
     lblComment_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblComment"));
     for (int i = 0; i < 2; ++i) {
@@ -187,10 +198,12 @@ bool frmMain::Form_Load()
         }
         setWindowTitle(data_.settings.APPNAME);
         lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
+        if (!openCamera())
+            return false;
         placeRunTimeControls();
         applySettingsToControls();
         // The window starts on the live picture: nothing to measure yet.
-        setCommandAreaEnabled(picMeasureCommandArea_, false);
+        stillShownChanged(false);
         return true;
     } catch (const std::exception& e) {
         const auto* runError = dynamic_cast<const RunError*>(&e);
@@ -200,6 +213,32 @@ bool frmMain::Form_Load()
             QFile::remove(data_.graphPath());
         return false;
     }
+}
+
+bool frmMain::openCamera()
+{
+    CameraPanel::Widgets widgets;
+    widgets.viewArea = picViewArea_;
+    widgets.playStop = cmdPlayStop_;
+    widgets.status = sbriCube_;
+    camera_ = std::make_unique<CameraPanel>(data_, prompter_, clock_, driverFactory_(data_), widgets);
+    connect(camera_.get(), &CameraPanel::stillShownChanged, this, &frmMain::stillShownChanged);
+    connect(cmdPlayStop_, &QPushButton::clicked, camera_.get(), &CameraPanel::toggleLiveStill);
+    camera_->setMagnification(Magnification::valueOf(cboScale_->currentText()));
+    return camera_->open();
+}
+
+void frmMain::stillShownChanged(bool shown)
+{
+    setCommandAreaEnabled(picMeasureCommandArea_, shown);
+}
+
+void frmMain::cboScale_Click()
+{
+    const double magnification = Magnification::valueOf(cboScale_->currentText());
+    lblZoom_->setText(Magnification::label(magnification));
+    if (camera_)
+        camera_->setMagnification(magnification);
 }
 
 void frmMain::endStartup(const QString& title)
@@ -226,9 +265,10 @@ void frmMain::applyFonts()
 void frmMain::placeRunTimeControls()
 {
     const int row = 28;
-    cmdPicLoad_->setGeometry(6, 6, 110, row);
-    cmdPicSave_->setGeometry(122, 6, 110, row);
-    lblJpegQty_->setGeometry(240, 6, 120, row);
+    cmdPlayStop_->setGeometry(6, 6, 110, row);
+    cmdPicLoad_->setGeometry(122, 6, 110, row);
+    cmdPicSave_->setGeometry(238, 6, 110, row);
+    lblJpegQty_->setGeometry(356, 6, 120, row);
     Form_Resize();
 }
 
@@ -268,7 +308,7 @@ void frmMain::applySettingsToControls()
     cboProof_->addItems(data_.proofs.names());
     cboProof_->setCurrentIndex(s.CURRENTPROOFNO);
     cboScale_->setCurrentIndex(s.DEFAULTSCALE < cboScale_->count() ? s.DEFAULTSCALE : 0);
-    lblZoom_->setText(Magnification::label(Magnification::valueOf(cboScale_->currentText())));
+    cboScale_Click();
 }
 
 void frmMain::setCommandAreaEnabled(QWidget* area, bool enabled)
@@ -303,6 +343,8 @@ void frmMain::Form_Resize()
         if (l.resultGrid.height() > 0)
             grdResult_->setGeometry(l.resultGrid);
         chkKeepResult_->setGeometry(l.keepResult);
+        if (camera_)
+            camera_->refit();
     } catch (const std::exception& e) {
         const auto* runError = dynamic_cast<const RunError*>(&e);
         data_.log.write(QStringLiteral("frmMain:Form_Resize Error.(%1)").arg(runError ? runError->number() : err::InvalidCall));
@@ -333,7 +375,10 @@ void frmMain::Form_Unload()
     if (unloaded_)
         return;
     unloaded_ = true;
-    Lifecycle::unload(data_, static_cast<qint16>(cboScale_->currentIndex()), {});
+    Lifecycle::unload(data_, static_cast<qint16>(cboScale_->currentIndex()), [this] {
+        if (camera_)
+            camera_->exit();
+    });
 }
 
 }  // namespace tavix

@@ -5,6 +5,7 @@
 
 #include <QMainWindow>
 #include <array>
+#include <functional>
 #include <memory>
 
 class QCheckBox;
@@ -17,6 +18,9 @@ class QGroupBox;
 
 namespace tavix {
 
+class CameraDriver;
+class CameraPanel;
+class Clock;
 class CommentLineEdit;
 class Prompter;
 
@@ -25,7 +29,11 @@ class Prompter;
 class frmMain : public QMainWindow {
     Q_OBJECT
 public:
-    frmMain(const QString& programFolder, Prompter& prompter, QWidget* parent = nullptr);
+    // Makes the camera driver once the settings are read (--camera or [CAMERA] DRIVER).
+    using DriverFactory = std::function<std::unique_ptr<CameraDriver>(AppData& data)>;
+
+    frmMain(const QString& programFolder, Prompter& prompter, Clock& clock, DriverFactory driverFactory,
+            QWidget* parent = nullptr);
     ~frmMain() override;
 
     // The start-up sequence. False when it failed: the failure is logged and
@@ -33,6 +41,7 @@ public:
     bool Form_Load();
 
     AppData& data() { return data_; }
+    CameraPanel& camera() { return *camera_; }
     Guidance& guidance() { return *guidance_; }
 
     // While set, closing the window or pressing the exit button asks first.
@@ -64,9 +73,15 @@ private:
     void Form_Unload();
     void cmdExit_Click();
     void endStartup(const QString& title);
+    bool openCamera();
+    void stillShownChanged(bool shown);
+    void cboScale_Click();
 
     AppData data_;
     Prompter& prompter_;
+    Clock& clock_;
+    DriverFactory driverFactory_;
+    std::unique_ptr<CameraPanel> camera_;
     std::unique_ptr<Guidance> guidance_;
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window
@@ -77,6 +92,7 @@ private:
     QWidget* picViewArea_ = nullptr;
     QWidget* picViewCommandArea_ = nullptr;
     QWidget* picMeasureCommandArea_ = nullptr;
+    QPushButton* cmdPlayStop_ = nullptr;
     QPushButton* cmdPicLoad_ = nullptr;
     QPushButton* cmdPicSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;

@@ -1,5 +1,7 @@
 #include "app/QtPrompter.h"
 #include "app/frmMain.h"
+#include "camera/CameraFactory.h"
+#include "common/Clock.h"
 #include "common/ProgramFolder.h"
 
 #include <QApplication>
@@ -24,7 +26,16 @@ int main(int argc, char** argv)
 
     const QString folder = tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(parser.value(home)));
     tavix::QtPrompter prompter;
-    tavix::frmMain window(folder, prompter);
+    tavix::SystemClock clock;
+    const QString cameraOption = parser.value(camera);
+    auto driverFactory = [&cameraOption](tavix::AppData& data) {
+        auto choice = tavix::CameraFactory::create(
+            cameraOption.isEmpty() ? data.settings.DRIVER : cameraOption, data.folder);
+        if (!choice.note.isEmpty())
+            data.log.write(choice.note);
+        return std::move(choice.driver);
+    };
+    tavix::frmMain window(folder, prompter, clock, driverFactory);
     prompter.setParent(&window);
     if (!window.Form_Load())
         return 1;

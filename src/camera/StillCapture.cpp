@@ -5,9 +5,6 @@
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
 #include "common/Prompter.h"
-#include "common/RunError.h"
-
-#include <QFileInfo>
 
 namespace tavix {
 
@@ -37,10 +34,11 @@ bool StillCapture::load(const QString& path, int waitMs, QImage& still)
     // A camera that writes the file in the background may need a moment; a
     // synchronous one has finished already, so nothing waits for it.
     const qint64 deadline = clock_.tickMs() + (waitMs > 0 ? waitMs : 0);
+    int number = 0;
     for (;;) {
-        QImage image = reader_(path);
-        if (!image.isNull()) {
-            still = std::move(image);
+        number = reader_(path, scratch_);
+        if (number == 0) {
+            std::swap(still, scratch_);
             return true;
         }
         if (clock_.tickMs() >= deadline)
@@ -48,7 +46,6 @@ bool StillCapture::load(const QString& path, int waitMs, QImage& still)
         clock_.sleepMs(5);
     }
     ++displayErrors_;
-    const int number = QFileInfo::exists(path) ? err::InvalidCall : err::FileNotFound;
     log_.write(QStringLiteral("Error:DispImage Error(Err=%1 / Num=%2)").arg(number).arg(displayErrors_));
     return false;
 }

@@ -16,7 +16,8 @@ class Prompter;
 // bitmap, which is read back as the still picture.
 class StillCapture {
 public:
-    using Reader = std::function<QImage(const QString& path)>;
+    // Reads a bitmap into the image; 0 or a run-time error number.
+    using Reader = std::function<int(const QString& path, QImage& image)>;
 
     StillCapture(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages, Prompter& prompter,
                  Clock& clock, Reader reader);
@@ -39,6 +40,7 @@ private:
     Prompter& prompter_;
     Clock& clock_;
     Reader reader_;
+    QImage scratch_;  // read into, then swapped with the still: a failed read changes nothing
     int displayErrors_ = 0;
 };
 

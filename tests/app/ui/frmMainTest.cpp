@@ -1,4 +1,6 @@
 #include "app/frmMain.h"
+#include "camera/SimCamera.h"
+#include "common/Clock.h"
 #include "common/Lifecycle.h"
 #include "common/MainLayout.h"
 #include "common/Twips.h"
@@ -49,8 +51,15 @@ protected:
         return widget;
     }
 
+    // The simulated camera, streaming on its own thread like a real one.
+    static frmMain::DriverFactory simCamera()
+    {
+        return [](AppData&) { return std::unique_ptr<CameraDriver>(std::make_unique<SimCamera>()); };
+    }
+
     TempDir dir;
     ScriptedPrompter prompter;
+    SystemClock clock;
 };
 
 using frmMainStart = ProgramFolderFixture;
@@ -59,7 +68,7 @@ using frmMainStart = ProgramFolderFixture;
 
 TEST_F(frmMainStart, Load_SetsTitleCaptionsAndSettingsControls)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     EXPECT_EQ(w.windowTitle(), QStringLiteral("Tavix"));
     EXPECT_TRUE(prompter.messages.empty());
@@ -83,7 +92,7 @@ TEST_F(frmMainStart, Load_ChoosesToolCaptionsByCommandModes)
     setIniValue(QStringLiteral("NUMBEROFDECIMALS"), QStringLiteral("0"));
     setIniValue(QStringLiteral("DEFAULTSCALE"), QStringLiteral("2"));
     setIniValue(QStringLiteral("CURRENTPROOFNO"), QStringLiteral("3"));
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     EXPECT_EQ(find<QToolButton>(w, "cmdMeasure(0)")->text(), w.data().messages.text(10112));
     EXPECT_EQ(find<QToolButton>(w, "cmdMeasure(1)")->text(), w.data().messages.text(10113));
@@ -97,7 +106,7 @@ TEST_F(frmMainStart, Load_ChoosesToolCaptionsByCommandModes)
 
 TEST_F(frmMainStart, Load_LeavesMeasureAreaDisabledButNoDisableControlsUsable)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     EXPECT_FALSE(find<QToolButton>(w, "cmdMeasure(0)")->isEnabled());
     EXPECT_TRUE(find<QComboBox>(w, "cboProof")->isEnabled());
@@ -108,7 +117,7 @@ TEST_F(frmMainStart, Load_LeavesMeasureAreaDisabledButNoDisableControlsUsable)
 
 TEST_F(frmMainStart, DisabledViewArea_KeepsNoDisableControlsUsable)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     auto* area = find<QWidget>(w, "picViewCommandArea");
     find<QPushButton>(w, "cmdPicSave")->setProperty("tag", QStringLiteral("NoDisable"));
@@ -142,7 +151,7 @@ TEST_P(frmMainStartupFailure, EndsWithExactLogLinesAndMessage)
         QFile::remove(dir.file(QLatin1String(c.file)));
     const QByteArray iniBefore = ini();
     {
-        frmMain w(dir.path(), prompter);
+        frmMain w(dir.path(), prompter, clock, simCamera());
         EXPECT_FALSE(w.Form_Load());
         EXPECT_FALSE(w.isVisible());
     }
@@ -192,7 +201,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(frmMainStart, StillWaitTime1001_StopsStartup)
 {
     setIniValue(QStringLiteral("STILLWAITTIME"), QStringLiteral("1001"));
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     EXPECT_FALSE(w.Form_Load());
     EXPECT_TRUE(log().contains(
         QStringLiteral(" GetIniFileData GetPrivateProfileString Error [Section]=ICUBE,[Key]=STILLWAITTIME\r\n")));
@@ -203,7 +212,7 @@ TEST_F(frmMainStart, StillWaitTime1000AndMinus5_Start)
 {
     for (const char* value : {"1000", "-5"}) {
         setIniValue(QStringLiteral("STILLWAITTIME"), QLatin1String(value));
-        frmMain w(dir.path(), prompter);
+        frmMain w(dir.path(), prompter, clock, simCamera());
         EXPECT_TRUE(w.Form_Load()) << value;
         EXPECT_EQ(w.data().settings.STILLWAITTIME, QString::fromLatin1(value).toShort());
         w.setConfirmOnClose(false);
@@ -215,7 +224,7 @@ TEST_F(frmMainStart, JpegQuality9And101_StopStartup)
     for (const char* value : {"9", "101"}) {
         setIniValue(QStringLiteral("JPEGQTY"), QLatin1String(value));
         ScriptedPrompter p;
-        frmMain w(dir.path(), p);
+        frmMain w(dir.path(), p, clock, simCamera());
         EXPECT_FALSE(w.Form_Load()) << value;
         EXPECT_EQ(p.messages.size(), 1u);
     }
@@ -234,7 +243,7 @@ TEST_F(frmMainStart, Exit_WritesChangedSettingsBack_KeepingCommentsAndUnknownKey
 {
     dir.write(QStringLiteral("Tavix.Ini"), ini() + "[EXTRA]\r\n; my own note\r\nUNKNOWN=keep me\r\n");
     {
-        frmMain w(dir.path(), prompter);
+        frmMain w(dir.path(), prompter, clock, simCamera());
         ASSERT_TRUE(w.Form_Load());
         w.show();
         Settings& s = w.data().settings;
@@ -260,7 +269,7 @@ TEST_F(frmMainStart, Exit_WritesChangedSettingsBack_KeepingCommentsAndUnknownKey
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Tavix End\r\n")));
 
     ScriptedPrompter again;
-    frmMain w(dir.path(), again);
+    frmMain w(dir.path(), again, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     const Settings& s = w.data().settings;
     EXPECT_EQ(s.JPEGQTY, 55);
@@ -277,7 +286,7 @@ TEST_F(frmMainStart, Exit_WritesChangedSettingsBack_KeepingCommentsAndUnknownKey
 
 TEST_F(frmMainStart, ExitButton_AsksMessage20010_AndNoKeepsRunning)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.show();
     const QByteArray before = ini();
@@ -297,7 +306,7 @@ TEST_F(frmMainStart, ExitButton_AsksMessage20010_AndNoKeepsRunning)
 
 TEST_F(frmMainStart, CloseBox_AsksMessage20110_AndNoCancelsClose)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.show();
     prompter.answers.push_back(Prompter::Answer::No);
@@ -317,14 +326,14 @@ TEST_F(frmMainStart, CloseBox_AsksMessage20110_AndNoCancelsClose)
 TEST_F(frmMainStart, ConfirmFlagClear_NeitherExitNorCloseBoxAsks)
 {
     {
-        frmMain w(dir.path(), prompter);
+        frmMain w(dir.path(), prompter, clock, simCamera());
         ASSERT_TRUE(w.Form_Load());
         w.show();
         w.setConfirmOnClose(false);
         EXPECT_TRUE(w.close());
     }
     {
-        frmMain w(dir.path(), prompter);
+        frmMain w(dir.path(), prompter, clock, simCamera());
         ASSERT_TRUE(w.Form_Load());
         w.show();
         w.setConfirmOnClose(false);
@@ -339,7 +348,7 @@ TEST_F(frmMainStart, Exit_DeletesTemporaryBitmaps_AndKeepsOtherPictures)
     dir.write(QStringLiteral("TavixStill.bmp"), "x");
     dir.write(QStringLiteral("TavixStill_001.bmp"), "x");
     dir.write(QStringLiteral("Other.bmp"), "x");
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.setConfirmOnClose(false);
     w.close();
@@ -371,7 +380,7 @@ QStringList overlaps(QWidget* parent)
 
 TEST_F(frmMainStart, Resize_SmallerThanMinimum_SnapsBack)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.show();
     w.resize(300, 200);
@@ -382,7 +391,7 @@ TEST_F(frmMainStart, Resize_SmallerThanMinimum_SnapsBack)
 
 TEST_F(frmMainStart, Resize_LayoutFollowsTheWindow)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.show();
     for (const QSize size : {QSize(971, 540), QSize(1400, 900), QSize(1920, 1080)}) {
@@ -408,7 +417,7 @@ TEST_F(frmMainStart, Resize_LayoutFollowsTheWindow)
 
 TEST_F(frmMainStart, Resize_MinimizedWindowDoesNoLayoutWork)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.show();
     w.setWindowState(Qt::WindowMinimized);
@@ -424,7 +433,7 @@ TEST_F(frmMainStart, Resize_MinimizedWindowDoesNoLayoutWork)
 
 TEST_F(frmMainStart, Resize_MaximizedWindowKeepsItsSize)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.showMaximized();
     QCoreApplication::processEvents();
@@ -438,7 +447,7 @@ TEST_F(frmMainStart, Resize_MaximizedWindowKeepsItsSize)
 
 TEST_F(frmMainStart, Guidance_ShowsInCommentBoxesAndGivesUserTextBack)
 {
-    frmMain w(dir.path(), prompter);
+    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     auto* box0 = find<QLineEdit>(w, "txtComment(0)");
     auto* box1 = find<QLineEdit>(w, "txtComment(1)");

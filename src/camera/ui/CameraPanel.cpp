@@ -1,0 +1,170 @@
+#include "camera/ui/CameraPanel.h"
+
+#include "camera/CameraDriver.h"
+#include "camera/ui/CameraViewWidget.h"
+#include "camera/ui/StillViewWidget.h"
+#include "common/AppData.h"
+#include "common/Clock.h"
+#include "common/ui/Icons.h"
+#include "files/BmpFile.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+
+namespace tavix {
+
+namespace {
+enum Caption : qint32 { kFreeze = 11051, kLive = 40023, kFreezeTip = 40024, kLiveTip = 40028, kCamera = 40029 };
+}  // namespace
+
+CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock, std::unique_ptr<CameraDriver> driver,
+                         const Widgets& widgets, QObject* parent)
+    : QObject(parent),
+      data_(data),
+      prompter_(prompter),
+      clock_(clock),
+      driver_(std::move(driver)),
+      w_(widgets),
+      capture_(*driver_, data.log, data.messages, prompter, clock, &BmpFile::read)
+{
+    session_ = std::make_unique<CameraSession>(*driver_, data_.settings, data_.messages, data_.log, prompter_);
+    cameraView_ = new CameraViewWidget(liveView_, w_.viewArea);
+    stillScroll_ = new QScrollArea(w_.viewArea);
+    stillScroll_->setObjectName(QStringLiteral("scrStillView"));
+    stillScroll_->setAlignment(Qt::AlignCenter);
+    stillScroll_->setFrameShape(QFrame::NoFrame);
+    stillScroll_->setBackgroundRole(QPalette::Dark);
+    stillView_ = new StillViewWidget;
+    stillScroll_->setWidget(stillView_);
+    stillScroll_->hide();
+
+    w_.playStop->setIcon(Icons::camera(true));
+    w_.playStop->setIconSize(QSize(20, 20));
+    connect(&tmriCube_, &QTimer::timeout, this, &CameraPanel::tmriCube_Timer);
+    connect(&tmrLiveIcon_, &QTimer::timeout, this, &CameraPanel::tmrLiveIcon_Timer);
+    tmriCube_.setObjectName(QStringLiteral("tmriCube"));
+    tmrLiveIcon_.setObjectName(QStringLiteral("tmrLiveIcon"));
+}
+
+CameraPanel::~CameraPanel()
+{
+    // The driver's thread must stop handing frames to the live view first.
+    if (driver_ && driver_->IsStarted(session_->camera()) == 1)
+        driver_->Stop(session_->camera());
+}
+
+bool CameraPanel::open()
+{
+    w_.status[0]->setText(data_.messages.text(kCamera) + QStringLiteral(": ") + driver_->driverName());
+    CameraSession::View view;
+    view.window = cameraView_->winId();
+    view.sink = &liveView_;
+    view.placeCameraView = [this](QSize size) { placeCameraView(size); };
+    view.showResolution = [this](const QString& text) { w_.status[5]->setText(text); };
+    if (!session_->open(view))
+        return false;
+    statistics_.reset(static_cast<float>(clock_.secondsSinceMidnight()));
+    showLive();
+    tmriCube_.start(1000);
+    tmrLiveIcon_.start(500);
+    return true;
+}
+
+void CameraPanel::exit()
+{
+    tmriCube_.stop();
+    tmrLiveIcon_.stop();
+    session_->exit();
+}
+
+void CameraPanel::placeCameraView(QSize modeSize)
+{
+    modeSize_ = modeSize;
+    refit();
+}
+
+void CameraPanel::refit()
+{
+    const QRect area = w_.viewArea->contentsRect();
+    stillScroll_->setGeometry(area);
+    if (modeSize_.isEmpty()) {
+        cameraView_->setGeometry(area);
+        return;
+    }
+    // The live picture is scaled to fit the area, its shape kept.
+    const QSize fitted = modeSize_.scaled(area.size(), Qt::KeepAspectRatio);
+    cameraView_->setGeometry(QRect(area.topLeft() + QPoint((area.width() - fitted.width()) / 2,
+                                                            (area.height() - fitted.height()) / 2),
+                                   fitted));
+}
+
+void CameraPanel::setMagnification(double magnification)
+{
+    stillView_->setMagnification(magnification);
+}
+
+void CameraPanel::toggleLiveStill()
+{
+    if (stillShown_) {
+        showLive();
+        return;
+    }
+    // A still that cannot be taken leaves the previous one in place.
+    if (capture_.capture(session_->camera(), data_.tempBitmapPath(), data_.settings.STILLWAITTIME, still_))
+        stillView_->setPicture(still_);
+    showStill();
+}
+
+void CameraPanel::showStill()
+{
+    stillShown_ = true;
+    w_.playStop->setText(data_.messages.text(kLive));
+    w_.playStop->setToolTip(data_.messages.text(kLiveTip));
+    w_.playStop->setIcon(Icons::still());
+    stillScroll_->show();
+    cameraView_->hide();
+    emit stillShownChanged(true);
+}
+
+void CameraPanel::showLive()
+{
+    stillShown_ = false;
+    w_.playStop->setText(data_.messages.text(kFreeze));
+    w_.playStop->setToolTip(data_.messages.text(kFreezeTip));
+    w_.playStop->setIcon(Icons::camera(true));
+    cameraView_->show();
+    stillScroll_->hide();
+    emit stillShownChanged(false);
+}
+
+void CameraPanel::tmriCube_Timer()
+{
+    const int cam = session_->camera();
+    // A camera that stopped leaves the last figures standing.
+    if (driver_->IsStarted(cam) != 1)
+        return;
+    std::int32_t good = 0;
+    std::int32_t broken = 0;
+    driver_->GetGoodFrames(cam, good);
+    driver_->GetBrokenFrames(cam, broken);
+    const auto& t = statistics_.tick(good, broken, static_cast<float>(clock_.secondsSinceMidnight()));
+    w_.status[1]->setText(t.frames);
+    w_.status[2]->setText(t.fps);
+    w_.status[3]->setText(t.average);
+    w_.status[4]->setText(t.badFrames);
+    w_.status[5]->setText(session_->resolutionText());
+}
+
+void CameraPanel::tmrLiveIcon_Timer()
+{
+    // The live light blinks while the picture is live.
+    if (stillShown_) {
+        w_.playStop->setIcon(Icons::still());
+        return;
+    }
+    iconLit_ = !iconLit_;
+    w_.playStop->setIcon(Icons::camera(iconLit_));
+}
+
+}  // namespace tavix

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "camera/CameraSession.h"
+#include "camera/FrameStatistics.h"
+#include "camera/LiveView.h"
+#include "camera/StillCapture.h"
+
+#include <QImage>
+#include <QObject>
+#include <QTimer>
+#include <array>
+#include <memory>
+
+class QLabel;
+class QPushButton;
+class QScrollArea;
+
+namespace tavix {
+
+struct AppData;
+class CameraDriver;
+class CameraViewWidget;
+class Clock;
+class Prompter;
+class StillViewWidget;
+
+// The camera side of the main window: the session, the live picture, the
+// still picture and the live/still button with its timers and status panels.
+class CameraPanel : public QObject {
+    Q_OBJECT
+public:
+    struct Widgets {
+        QWidget* viewArea = nullptr;            // picViewArea: both pictures go in it
+        QPushButton* playStop = nullptr;        // cmdPlayStop
+        std::array<QLabel*, 6> status{};        // driver, frames, FPS, average, bad frames, resolution
+    };
+
+    CameraPanel(AppData& data, Prompter& prompter, Clock& clock, std::unique_ptr<CameraDriver> driver,
+                const Widgets& widgets, QObject* parent = nullptr);
+    ~CameraPanel() override;
+
+    // Opens and starts the camera. False after a fatal failure.
+    bool open();
+    // Stops and closes the camera at exit.
+    void exit();
+
+    // cmdPlayStop in run state 0: live to still or back.
+    void toggleLiveStill();
+    bool stillShown() const { return stillShown_; }
+
+    // The held still, full size (picTempView).
+    const QImage& still() const { return still_; }
+    StillViewWidget* stillView() const { return stillView_; }
+    CameraViewWidget* cameraView() const { return cameraView_; }
+    LiveView& liveView() { return liveView_; }
+    CameraSession& session() { return *session_; }
+    FrameStatistics& statistics() { return statistics_; }
+
+    void setMagnification(double magnification);
+    // Fits both pictures into the picture area again (after a resize).
+    void refit();
+
+    // Timer ticks, public so that tests can step them.
+    void tmriCube_Timer();
+    void tmrLiveIcon_Timer();
+
+signals:
+    void stillShownChanged(bool shown);
+
+private:
+    void showLive();
+    void showStill();
+    void placeCameraView(QSize modeSize);
+
+    AppData& data_;
+    Prompter& prompter_;
+    Clock& clock_;
+    std::unique_ptr<CameraDriver> driver_;
+    Widgets w_;
+    LiveView liveView_;
+    std::unique_ptr<CameraSession> session_;
+    StillCapture capture_;
+    FrameStatistics statistics_;
+    CameraViewWidget* cameraView_ = nullptr;
+    QScrollArea* stillScroll_ = nullptr;
+    StillViewWidget* stillView_ = nullptr;
+    QTimer tmriCube_;
+    QTimer tmrLiveIcon_;
+    QImage still_;
+    QSize modeSize_;
+    bool stillShown_ = false;
+    bool iconLit_ = false;
+};
+
+}  // namespace tavix

@@ -1,0 +1,225 @@
+#include "app/frmMain.h"
+#include "camera/SimCamera.h"
+#include "camera/ui/CameraPanel.h"
+#include "camera/ui/StillViewWidget.h"
+#include "common/Clock.h"
+#include "files/BmpFile.h"
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
+
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QRegularExpression>
+#include <QTest>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+using namespace tavix;
+using tavix::test::ScriptedPrompter;
+using tavix::test::TempDir;
+
+namespace {
+
+class LiveStill : public ::testing::Test {
+protected:
+    void SetUp() override { test::copyShippedData(dir); }
+
+    std::unique_ptr<frmMain> start(SimCamera::Faults faults = {})
+    {
+        auto factory = [faults, this](AppData&) {
+            auto sim = std::make_unique<SimCamera>();
+            sim->setFaults(faults);
+            this->sim = sim.get();
+            return std::unique_ptr<CameraDriver>(std::move(sim));
+        };
+        auto w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
+        loaded = w->Form_Load();
+        if (loaded) {
+            w->resize(1200, 800);
+            w->show();
+        }
+        return w;
+    }
+
+    // Waits, handling events, until the live view has shown a frame.
+    static bool waitForLiveFrame(frmMain& w)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < 10000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            if (w.camera().liveView().counters().shown > 0)
+                return true;
+        }
+        return false;
+    }
+
+    template <typename T>
+    static T* find(frmMain& w, const char* name)
+    {
+        return w.findChild<T*>(QLatin1String(name));
+    }
+
+    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
+    QString statusText(frmMain& w, int panel) const
+    {
+        return w.findChild<QLabel*>(QStringLiteral("sbriCubePanel(%1)").arg(panel))->text();
+    }
+
+    TempDir dir;
+    ScriptedPrompter prompter;
+    SystemClock clock;
+    SimCamera* sim = nullptr;
+    bool loaded = false;
+};
+
+}  // namespace
+
+TEST_F(LiveStill, PlayStop_FreezesTheTemporaryBitmapsPicture_AndReturnsToLive)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
+    EXPECT_EQ(playStop->text(), w->data().messages.text(11051));
+    EXPECT_FALSE(find<QToolButton>(*w, "cmdMeasure(0)")->isEnabled());
+
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_TRUE(w->camera().stillShown());
+    EXPECT_TRUE(find<QScrollArea>(*w, "scrStillView")->isVisible());
+    EXPECT_FALSE(find<QWidget>(*w, "picCameraView")->isVisible());
+    EXPECT_EQ(playStop->text(), w->data().messages.text(40023));
+    EXPECT_TRUE(find<QToolButton>(*w, "cmdMeasure(0)")->isEnabled());
+
+    QImage fromFile;
+    ASSERT_EQ(BmpFile::read(w->data().tempBitmapPath(), fromFile), 0);
+    const QImage& still = w->camera().still();
+    ASSERT_EQ(still.size(), QSize(1280, 1024));
+    EXPECT_EQ(still.convertToFormat(QImage::Format_RGB32), fromFile.convertToFormat(QImage::Format_RGB32));
+    EXPECT_EQ(find<StillViewWidget>(*w, "picStillView")->picture().size(), still.size());
+
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_FALSE(w->camera().stillShown());
+    EXPECT_TRUE(find<QWidget>(*w, "picCameraView")->isVisible());
+    EXPECT_EQ(playStop->text(), w->data().messages.text(11051));
+    EXPECT_FALSE(find<QToolButton>(*w, "cmdMeasure(0)")->isEnabled());
+}
+
+TEST_F(LiveStill, StatusBar_ShowsDriverFramesRateAndResolution)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(statusText(*w, 0), w->data().messages.text(40029) + QStringLiteral(": sim"));
+    EXPECT_EQ(statusText(*w, 5), QStringLiteral("Resolution:1280x1024"));
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    QTest::qWait(300);
+    w->camera().tmriCube_Timer();
+    QTest::qWait(300);
+    w->camera().tmriCube_Timer();
+    EXPECT_TRUE(statusText(*w, 1).startsWith(QStringLiteral("Frames:")));
+    EXPECT_GT(statusText(*w, 1).mid(7).toInt(), 0);
+    EXPECT_TRUE(statusText(*w, 2).contains(QRegularExpression(QStringLiteral("^FPS:\\d+\\.\\d\\d$"))))
+        << statusText(*w, 2).toStdString();
+    EXPECT_TRUE(statusText(*w, 3).startsWith(QStringLiteral("Average:")));
+    EXPECT_EQ(statusText(*w, 4), QStringLiteral("Bad frames:0"));
+}
+
+TEST_F(LiveStill, StatusBar_KeepsItsTexts_WhenTheCameraIsNotStarted)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    QTest::qWait(200);
+    w->camera().tmriCube_Timer();
+    const QString frames = statusText(*w, 1);
+    sim->Stop(0);
+    QTest::qWait(200);
+    w->camera().tmriCube_Timer();
+    EXPECT_EQ(statusText(*w, 1), frames);
+}
+
+TEST_F(LiveStill, NoCamera_EndsTheProgramBeforeTheWindowShows)
+{
+    SimCamera::Faults faults;
+    faults.cameraCount = 0;
+    const QByteArray ini = dir.read(QStringLiteral("Tavix.Ini"));
+    auto w = start(faults);
+    EXPECT_FALSE(loaded);
+    EXPECT_FALSE(w->isVisible());
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_Init(NumOfCam=0)\r\n")));
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(11103));
+    w.reset();
+    EXPECT_EQ(dir.read(QStringLiteral("Tavix.Ini")), ini);
+}
+
+TEST_F(LiveStill, FailedStill_IsLoggedAndKeepsThePreviousStill)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    const QImage first = w->camera().still();
+    ASSERT_FALSE(first.isNull());
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    sim->failCall(QStringLiteral("SaveToFile"), -8);
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26999, -8));
+    EXPECT_EQ(w->camera().still(), first);
+}
+
+TEST_F(LiveStill, Magnification_ScalesTheStillAndScrolls)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    QTest::mouseClick(find<QPushButton>(*w, "cmdPlayStop"), Qt::LeftButton);
+    auto* scale = find<QComboBox>(*w, "cboScale");
+    scale->setCurrentIndex(scale->findText(QStringLiteral("x 2.0")));
+    emit scale->activated(scale->currentIndex());
+    auto* still = find<StillViewWidget>(*w, "picStillView");
+    EXPECT_EQ(still->size(), QSize(2560, 2048));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(find<QScrollArea>(*w, "scrStillView")->horizontalScrollBar()->isVisible());
+    EXPECT_EQ(find<QLabel>(*w, "lblZoom")->text(), QStringLiteral("x 2.0"));
+    scale->setCurrentIndex(scale->findText(QStringLiteral("x 0.5")));
+    emit scale->activated(scale->currentIndex());
+    EXPECT_EQ(still->size(), QSize(640, 512));
+}
+
+TEST_F(LiveStill, LiveIcon_BlinksWhileLive)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
+    w->camera().tmrLiveIcon_Timer();
+    const QImage lit = playStop->icon().pixmap(20).toImage();
+    w->camera().tmrLiveIcon_Timer();
+    const QImage unlit = playStop->icon().pixmap(20).toImage();
+    EXPECT_NE(lit, unlit);
+    w->camera().tmrLiveIcon_Timer();
+    EXPECT_EQ(playStop->icon().pixmap(20).toImage(), lit);
+    QTest::mouseClick(playStop, Qt::LeftButton);  // a still: the light goes
+    w->camera().tmrLiveIcon_Timer();
+    const QImage still = playStop->icon().pixmap(20).toImage();
+    EXPECT_NE(still, lit);
+    EXPECT_NE(still, unlit);
+}
+
+TEST_F(LiveStill, Exit_StopsAndClosesTheCamera)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    w->setConfirmOnClose(false);
+    w->close();
+    EXPECT_EQ(sim->IsStarted(0), 0);
+    EXPECT_NE(sim->IsOpen(0), 0);
+    EXPECT_FALSE(log().contains(QStringLiteral("ICubeSDK_Stop(")));
+}
