@@ -154,7 +154,13 @@ QByteArray ResultTable::csvText(const std::optional<AverageLine>& average) const
     out.reserve(count_ * 40);
     for (int r = 1; r <= count_; ++r) {
         const Row& row = rows_[r];
-        out += row[0] + comma + row[1] + comma + row[2] + comma + row[3] + lineEnd;
+        // Appended piece by piece: no temporary string per row.
+        for (int c = 0; c < kColumns; ++c) {
+            if (c > 0)
+                out += comma;
+            out += row[c];
+        }
+        out += lineEnd;
     }
     if (average) {
         out += QString::number(count_ + 1) + comma + average->caption + comma
