@@ -3,13 +3,13 @@
 // write of the same bytes (the baseline in the same run).
 #include "measure/ResultTable.h"
 
+#include <benchmark/benchmark.h>
 #include <QFile>
 #include <QTemporaryDir>
-#include <benchmark/benchmark.h>
 
-#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
+#include <cstdio>
 
 namespace {
 
@@ -109,8 +109,8 @@ void RawWriteSyncAndRename(benchmark::State& state)
     const QByteArray temporary = path + ".tmp";
     for (auto _ : state) {
         const int fd = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        const bool ok = fd >= 0 && ::write(fd, bytes.constData(), bytes.size()) == bytes.size()
-                        && ::fsync(fd) == 0;
+        const bool ok =
+            fd >= 0 && ::write(fd, bytes.constData(), bytes.size()) == bytes.size() && ::fsync(fd) == 0;
         if (fd >= 0)
             ::close(fd);
         if (!ok || std::rename(temporary.constData(), path.constData()) != 0)

@@ -163,8 +163,8 @@ QByteArray ResultTable::csvText(const std::optional<AverageLine>& average) const
         out += lineEnd;
     }
     if (average) {
-        out += QString::number(count_ + 1) + comma + average->caption + comma
-               + ValueFormat::format(average->value, decimals_) + comma + average->unit + lineEnd;
+        out += QString::number(count_ + 1) + comma + average->caption + comma +
+               ValueFormat::format(average->value, decimals_) + comma + average->unit + lineEnd;
     }
     return out.toUtf8();
 }
@@ -263,9 +263,12 @@ QVariant ResultTable::data(const QModelIndex& index, int role) const
         return {};
     const int row = index.row() + 1;
     switch (role) {
-    case Qt::DisplayRole: return rows_[row][index.column()];
-    case Qt::ForegroundRole: return QBrush(rowColor(row));
-    default: return {};
+        case Qt::DisplayRole:
+            return rows_[row][index.column()];
+        case Qt::ForegroundRole:
+            return QBrush(rowColor(row));
+        default:
+            return {};
     }
 }
 

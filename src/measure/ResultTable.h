@@ -32,7 +32,7 @@ class ResultTable : public QAbstractTableModel {
 
 public:
     static constexpr int kColumns = 4;
-    static constexpr int kValueSlots = 1000;            // value store indexes 0..999
+    static constexpr int kValueSlots = 1000;             // value store indexes 0..999
     static constexpr int kMaxResults = kValueSlots - 1;  // the row number indexes the store
 
     // Message ids used here.
@@ -184,8 +184,8 @@ private:
     void checkRow(int row) const;
     void recolour();
 
-    std::vector<Row> rows_;         // index = row number; 0 holds the header captions
-    std::vector<double> values_;    // the value store, kValueSlots entries
+    std::vector<Row> rows_;       // index = row number; 0 holds the header captions
+    std::vector<double> values_;  // the value store, kValueSlots entries
     int count_ = 0;
     int firstCurrentRow_ = 1;
     bool unsaved_ = false;

@@ -560,20 +560,21 @@ TEST_P(RemoveFirstCurrentRow, MovesFirstCurrentRowAndSetsUnsavedFlag)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ResultTable, RemoveFirstCurrentRow,
-    ::testing::Values(
-        // kept 1-3, current 4-6
-        RemoveCase{"RangeContainsIt", 3, 6, 3, 4, 3, 4, true},
-        RemoveCase{"RangeStartsAtIt", 3, 6, 4, 5, 4, 4, true},
-        RemoveCase{"RangePrecedesIt", 3, 6, 1, 2, 2, 4, true},
-        RemoveCase{"RangeFollowsIt", 3, 6, 5, 6, 4, 4, true},
-        RemoveCase{"RangeTakesAllCurrentRows", 3, 6, 4, 6, 4, 3, false},
-        RemoveCase{"RangeTakesEverything", 3, 6, 1, 6, 1, 0, false},
-        // kept 1-4, no current rows: the first current row sits after the range
-        RemoveCase{"NoCurrentRowsRangeBefore", 4, 4, 2, 3, 3, 2, false},
-        RemoveCase{"NoCurrentRowsRangeAtTheEnd", 4, 4, 3, 4, 3, 2, false}),
-    [](const ::testing::TestParamInfo<RemoveCase>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(ResultTable, RemoveFirstCurrentRow,
+                         ::testing::Values(
+                             // kept 1-3, current 4-6
+                             RemoveCase{"RangeContainsIt", 3, 6, 3, 4, 3, 4, true},
+                             RemoveCase{"RangeStartsAtIt", 3, 6, 4, 5, 4, 4, true},
+                             RemoveCase{"RangePrecedesIt", 3, 6, 1, 2, 2, 4, true},
+                             RemoveCase{"RangeFollowsIt", 3, 6, 5, 6, 4, 4, true},
+                             RemoveCase{"RangeTakesAllCurrentRows", 3, 6, 4, 6, 4, 3, false},
+                             RemoveCase{"RangeTakesEverything", 3, 6, 1, 6, 1, 0, false},
+                             // kept 1-4, no current rows: the first current row sits after the range
+                             RemoveCase{"NoCurrentRowsRangeBefore", 4, 4, 2, 3, 3, 2, false},
+                             RemoveCase{"NoCurrentRowsRangeAtTheEnd", 4, 4, 3, 4, 3, 2, false}),
+                         [](const ::testing::TestParamInfo<RemoveCase>& info) {
+                             return std::string(info.param.name);
+                         });
 
 // --- reformatting
 
@@ -643,10 +644,9 @@ TEST_F(ResultTableTest, SaveCsv_WritesThreeCrLfLinesOfFourFields_ForThreeResults
     const bool ok = table.saveCsv(dir.file(QStringLiteral("r.csv")));
 
     EXPECT_TRUE(ok);
-    EXPECT_EQ(dir.read(QStringLiteral("r.csv")),
-              QByteArray("1,Distance,12.346,mm\r\n"
-                         "2,Circle (diameter),0.500,mm\r\n"
-                         "3,Angle,45.000,deg\r\n"));
+    EXPECT_EQ(dir.read(QStringLiteral("r.csv")), QByteArray("1,Distance,12.346,mm\r\n"
+                                                            "2,Circle (diameter),0.500,mm\r\n"
+                                                            "3,Angle,45.000,deg\r\n"));
     EXPECT_FALSE(table.unsaved());
     EXPECT_EQ(table.lastError(), 0);
 }
@@ -663,11 +663,10 @@ TEST_F(ResultTableTest, SaveCsv_AddsFourthLineNumberedFour_WhenTwoPointAverageOn
                                   ResultTable::averageLine(messages, 10.5, QStringLiteral("MIC")));
 
     EXPECT_TRUE(ok);
-    EXPECT_EQ(dir.read(QStringLiteral("r.csv")),
-              QByteArray("1,Distance,10.000,mm\r\n"
-                         "2,Distance,11.000,mm\r\n"
-                         "3,Area,2.000,mm\r\n"
-                         "4,Two-point average,10.500,MIC\r\n"));
+    EXPECT_EQ(dir.read(QStringLiteral("r.csv")), QByteArray("1,Distance,10.000,mm\r\n"
+                                                            "2,Distance,11.000,mm\r\n"
+                                                            "3,Area,2.000,mm\r\n"
+                                                            "4,Two-point average,10.500,MIC\r\n"));
 }
 
 TEST_F(ResultTableTest, SaveCsv_WritesKeptRowsLikeCurrentOnes)
@@ -730,7 +729,8 @@ TEST_F(ResultTableTest, CmdResultSave_WritesAverageLine_WhenGiven)
 
     table.cmdResultSave(prompter, messages, ResultTable::averageLine(messages, 4.0, QStringLiteral("mm")));
 
-    EXPECT_EQ(dir.read(QStringLiteral("r.csv")), QByteArray("1,Distance,4,mm\r\n2,Two-point average,4,mm\r\n"));
+    EXPECT_EQ(dir.read(QStringLiteral("r.csv")),
+              QByteArray("1,Distance,4,mm\r\n2,Two-point average,4,mm\r\n"));
 }
 
 TEST_F(ResultTableTest, CmdResultSave_WritesNothing_WhenUserCancelsFileDialog)
@@ -823,8 +823,8 @@ TEST_F(ResultTableTest, Model_HeaderShowsCallerCaptions)
 {
     QSignalSpy header(&table, &QAbstractItemModel::headerDataChanged);
 
-    table.setHeaderCaptions({QStringLiteral("No."), QStringLiteral("Kind"), QStringLiteral("Value"),
-                             QStringLiteral("Unit")});
+    table.setHeaderCaptions(
+        {QStringLiteral("No."), QStringLiteral("Kind"), QStringLiteral("Value"), QStringLiteral("Unit")});
 
     EXPECT_EQ(header.count(), 1);
     EXPECT_EQ(table.headerData(0, Qt::Horizontal).toString(), QStringLiteral("No."));
