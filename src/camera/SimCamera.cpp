@@ -630,7 +630,7 @@ int SimCamera::SaveToFile(int cam, const QString& path)
                              QImage::Format_RGB888, bmpBuffer_))
             return kNoFrame;
     }
-    return SafeFile::write(path, bmpBuffer_) == 0 ? 0 : kWriteFailed;
+    return SafeFile::writeScratch(path, bmpBuffer_) == 0 ? 0 : kWriteFailed;
 }
 
 int SimCamera::SaveAvi(int cam, const QString& path, int a, int seconds)

@@ -3,6 +3,7 @@
 #include "common/RunError.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -25,6 +26,14 @@ int write(const QString& path, const QByteArray& content, const PartWrittenHook&
         return err::DiskFull;
     }
     return file.commit() ? 0 : err::DiskFull;
+}
+
+int writeScratch(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return QFileInfo(path).absoluteDir().exists() ? err::PathFileAccess : err::PathNotFound;
+    return file.write(content) == content.size() ? 0 : err::DiskFull;
 }
 
 }  // namespace tavix::SafeFile

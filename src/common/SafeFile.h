@@ -16,4 +16,9 @@ using PartWrittenHook = std::function<void()>;
 // error number (76 folder missing, 75 no access, 61 disk full).
 int write(const QString& path, const QByteArray& content, const PartWrittenHook& partWritten = {});
 
+// For scratch files that are read back at once and never kept (the camera's
+// temporary still bitmap): written in place, without waiting for the disk,
+// which the safe write does and which costs more than the write itself.
+int writeScratch(const QString& path, const QByteArray& content);
+
 }  // namespace tavix::SafeFile
