@@ -9,20 +9,15 @@
 #include "common/Prompter.h"
 #include "common/RunError.h"
 #include "common/Twips.h"
-#include "measure/ValueFormat.h"
+#include "measure/ui/MeasurePanel.h"
 
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
 #include <QFontDatabase>
-#include <QGroupBox>
-#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QStatusBar>
-#include <QTableWidget>
-#include <QToolButton>
 
 namespace tavix {
 
@@ -33,16 +28,8 @@ enum Caption : qint32 {
     kLoadPicture = 40001,
     kSavePicture = 40002,
     kExit = 40003,
-    kKeepResults = 40007,
-    kGridNo = 40016,
-    kGridKind = 40017,
-    kGridValue = 40018,
-    kGridUnit = 40019,
-    kCalibration = 40020,
     kZoom = 40021,
     kJpegQuality = 40022,
-    kMeasuringTools = 40025,
-    kResults = 40026,
     kComment = 40027,
 };
 
@@ -132,45 +119,7 @@ void frmMain::buildViewCommandArea()
 void frmMain::buildMeasureCommandArea()
 {
     picMeasureCommandArea_ = named(new QWidget(central_), QStringLiteral("picMeasureCommandArea"));
-    QWidget* area = picMeasureCommandArea_;
-    const int width = twipsToPixels(MainLayout::kMeasureAreaWidthTwips) - 12;
-
-    auto* lblProof = named(new QLabel(area), QStringLiteral("lblProof"));
-    lblProof->setGeometry(6, 6, width, 20);
-    cboProof_ = named(new QComboBox(area), QStringLiteral("cboProof"));
-    // The calibration can be chosen while the live picture runs (scale bar).
-    cboProof_->setProperty("tag", QLatin1String(kNoDisable));
-    cboProof_->setGeometry(6, 26, width, 28);
-    connect(cboProof_, &QComboBox::activated, this,
-            [this](int index) { data_.settings.CURRENTPROOFNO = static_cast<qint16>(index); });
-
-    fraTools_ = named(new QGroupBox(area), QStringLiteral("fraTools"));
-    fraTools_->setGeometry(6, 62, width, 180);
-    const int buttonWidth = (width - 18) / 2;
-    for (int i = 0; i < 7; ++i) {
-        auto* button = named(new QToolButton(fraTools_), indexedName("cmdMeasure", i));
-        button->setCheckable(true);
-        button->setAutoExclusive(true);
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
-        cmdMeasure_[i] = button;
-    }
-
-    lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
-    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
-    grdResult_ = named(new QTableWidget(0, 4, area), QStringLiteral("grdResult"));
-    grdResult_->verticalHeader()->setVisible(false);
-    grdResult_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grdResult_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    grdResult_->horizontalHeader()->setStretchLastSection(true);
-    grdResult_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    grdResult_->setColumnWidth(0, 40);
-    grdResult_->setColumnWidth(1, 118);
-    grdResult_->setColumnWidth(2, 80);
-
-    chkKeepResult_ = named(new QCheckBox(area), QStringLiteral("chkKeepResult"));
-    connect(chkKeepResult_, &QCheckBox::clicked, this,
-            [this](bool checked) { data_.settings.KEEPRESULT = checked ? 1 : 0; });
+    measure_ = std::make_unique<MeasurePanel>(data_, prompter_, picMeasureCommandArea_);
 }
 
 void frmMain::buildStatusBar()
@@ -255,7 +204,7 @@ void frmMain::applyFonts()
         if (families.contains(QLatin1String(family))) {
             const QFont font{QString::fromLatin1(family)};
             for (QWidget* w : {static_cast<QWidget*>(txtComment_[0]), static_cast<QWidget*>(txtComment_[1]),
-                               static_cast<QWidget*>(grdResult_)})
+                               findChild<QWidget*>(QStringLiteral("grdResult"))})
                 w->setFont(font);
             return;
         }
@@ -282,31 +231,7 @@ void frmMain::applySettingsToControls()
     lblJpegQty_->setText(m(kJpegQuality) + QStringLiteral(": ") + QString::number(s.JPEGQTY));
     lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));
-    fraTools_->setTitle(m(kMeasuringTools));
-    lblResults_->setText(m(kResults));
-    chkKeepResult_->setText(m(kKeepResults));
-    grdResult_->setHorizontalHeaderLabels({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
-    findChild<QLabel*>(QStringLiteral("lblProof"))->setText(m(kCalibration));
-
-    // Tool captions: the two-point, circle and angle buttons name the tool
-    // that their command-mode setting selects.
-    const std::array<qint32, 7> captions = {s._2POINTCOMMANDMODE == 0 ? 10101 : 10112,
-                                            s.CIRCLEARCSELECT == 0 ? 10102 : 10113,
-                                            10103,
-                                            10104,
-                                            10105,
-                                            s.ANGLECOMMANDMODE == 0 ? 10106 : 10110,
-                                            10111};
-    for (size_t i = 0; i < captions.size(); ++i) {
-        cmdMeasure_[i]->setText(m(captions[i]));
-        cmdMeasure_[i]->setToolTip(m(captions[i]));
-    }
-    chkKeepResult_->setChecked(s.KEEPRESULT != 0);
-    data_.valueFormat = ValueFormat::pattern(s.NUMBEROFDECIMALS);
-
-    cboProof_->clear();
-    cboProof_->addItems(data_.proofs.names());
-    cboProof_->setCurrentIndex(s.CURRENTPROOFNO);
+    measure_->applySettings();
     cboScale_->setCurrentIndex(s.DEFAULTSCALE < cboScale_->count() ? s.DEFAULTSCALE : 0);
     cboScale_Click();
 }
@@ -340,9 +265,7 @@ void frmMain::Form_Resize()
         cmdExit_->setGeometry(l.exitButton);
         txtComment_[0]->setGeometry(l.comment0);
         txtComment_[1]->setGeometry(l.comment1);
-        if (l.resultGrid.height() > 0)
-            grdResult_->setGeometry(l.resultGrid);
-        chkKeepResult_->setGeometry(l.keepResult);
+        measure_->place(l);
         if (camera_)
             camera_->refit();
     } catch (const std::exception& e) {

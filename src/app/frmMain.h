@@ -8,13 +8,9 @@
 #include <functional>
 #include <memory>
 
-class QCheckBox;
 class QComboBox;
 class QLabel;
 class QPushButton;
-class QTableWidget;
-class QToolButton;
-class QGroupBox;
 
 namespace tavix {
 
@@ -22,6 +18,7 @@ class CameraDriver;
 class CameraPanel;
 class Clock;
 class CommentLineEdit;
+class MeasurePanel;
 class Prompter;
 
 // The program's main window: start-up, layout, close and exit. Controllers of
@@ -42,6 +39,7 @@ public:
 
     AppData& data() { return data_; }
     CameraPanel& camera() { return *camera_; }
+    MeasurePanel& measure() { return *measure_; }
     Guidance& guidance() { return *guidance_; }
 
     // While set, closing the window or pressing the exit button asks first.
@@ -82,6 +80,7 @@ private:
     Clock& clock_;
     DriverFactory driverFactory_;
     std::unique_ptr<CameraPanel> camera_;
+    std::unique_ptr<MeasurePanel> measure_;
     std::unique_ptr<Guidance> guidance_;
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window
@@ -102,12 +101,6 @@ private:
     QComboBox* cboScale_ = nullptr;
     QLabel* lblComment_ = nullptr;
     std::array<CommentLineEdit*, 2> txtComment_{};
-    QComboBox* cboProof_ = nullptr;
-    QGroupBox* fraTools_ = nullptr;
-    std::array<QToolButton*, 7> cmdMeasure_{};
-    QLabel* lblResults_ = nullptr;
-    QTableWidget* grdResult_ = nullptr;
-    QCheckBox* chkKeepResult_ = nullptr;
     std::array<QLabel*, 6> sbriCube_{};
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "measure/ResultTableState.h"
+
 #include <QAbstractTableModel>
 #include <QByteArray>
 #include <QColor>
@@ -27,7 +29,7 @@ class Prompter;
 // shown; columns are number, kind, value, unit. The measurement store, the
 // picture and the buttons belong to others: the table tells them through its
 // signals what to follow.
-class ResultTable : public QAbstractTableModel {
+class ResultTable : public QAbstractTableModel, public ResultTableState {
     Q_OBJECT
 
 public:
@@ -143,8 +145,10 @@ public:
     // Tells the user that a result was refused because the table is full.
     static void tellTableFull(Prompter& prompter, const MessageTable& messages);
 
-    bool hasResults() const { return count_ > 0; }
-    bool unsaved() const { return unsaved_; }
+    bool hasResults() const override { return count_ > 0; }
+    bool unsaved() const override { return unsaved_; }
+    void clearResults(int mode) override { ClearResults(mode); }
+    void refresh() override { emit redrawRequested(); }
     bool isFull() const { return count_ >= kMaxResults; }
     int count() const { return count_; }
     int firstCurrentRow() const { return firstCurrentRow_; }

@@ -1,0 +1,238 @@
+#include "measure/ui/MeasurePanel.h"
+
+#include "calib/ui/frmProofConfig.h"
+#include "common/AppData.h"
+#include "common/MainLayout.h"
+#include "common/Prompter.h"
+#include "common/ProgramFolder.h"
+#include "common/Twips.h"
+#include "measure/ValueFormat.h"
+#include "measure/ui/frmMeasureConfig.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableView>
+#include <QToolButton>
+
+namespace tavix {
+
+namespace {
+
+enum Caption : qint32 {
+    kClear = 40004,
+    kRemove = 40005,
+    kSaveResults = 40006,
+    kKeepResults = 40007,
+    kMeasureSettings = 40012,
+    kCalibrate = 40013,
+    kGridNo = 40016,
+    kGridKind = 40017,
+    kGridValue = 40018,
+    kGridUnit = 40019,
+    kCalibration = 40020,
+    kMeasuringTools = 40025,
+    kResults = 40026,
+    kTwoPointKind = 11132,
+};
+
+template <typename W>
+W* named(W* widget, const QString& name)
+{
+    widget->setObjectName(name);
+    return widget;
+}
+
+}  // namespace
+
+MeasurePanel::MeasurePanel(AppData& data, Prompter& prompter, QWidget* area, QObject* parent)
+    : QObject(parent), data_(data), prompter_(prompter), runDialog_([](QDialog& d) { return d.exec(); })
+{
+    build(area);
+}
+
+MeasurePanel::~MeasurePanel() = default;
+
+void MeasurePanel::build(QWidget* area)
+{
+    const int width = twipsToPixels(MainLayout::kMeasureAreaWidthTwips) - 12;
+    lblProof_ = named(new QLabel(area), QStringLiteral("lblProof"));
+    lblProof_->setGeometry(6, 6, width, 20);
+    cboProof_ = named(new QComboBox(area), QStringLiteral("cboProof"));
+    // The calibration can be chosen while the live picture runs (scale bar).
+    cboProof_->setProperty("tag", QStringLiteral("NoDisable"));
+    cboProof_->setGeometry(6, 26, width - 104, 28);
+    connect(cboProof_, &QComboBox::activated, this, &MeasurePanel::cboProof_Click);
+    cmdProofConfig_ = named(new QPushButton(area), QStringLiteral("cmdProofConfig"));
+    cmdProofConfig_->setGeometry(width - 92, 26, 98, 28);
+    connect(cmdProofConfig_, &QPushButton::clicked, this, &MeasurePanel::cmdProofConfig_Click);
+
+    fraTools_ = named(new QGroupBox(area), QStringLiteral("fraTools"));
+    fraTools_->setGeometry(6, 62, width, 180);
+    const int buttonWidth = (width - 18) / 2;
+    for (int i = 0; i < 7; ++i) {
+        auto* button = named(new QToolButton(fraTools_), QStringLiteral("cmdMeasure(%1)").arg(i));
+        button->setCheckable(true);
+        button->setAutoExclusive(true);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
+        cmdMeasure_[static_cast<size_t>(i)] = button;
+    }
+    cmdMeasureConfig_ = named(new QPushButton(fraTools_), QStringLiteral("cmdMeasureConfig"));
+    cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 24 + 3 * 38, buttonWidth, 34);
+    connect(cmdMeasureConfig_, &QPushButton::clicked, this, &MeasurePanel::cmdMeasureConfig_Click);
+
+    lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
+    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
+    grdResult_ = named(new QTableView(area), QStringLiteral("grdResult"));
+    grdResult_->setModel(&results_);
+    grdResult_->verticalHeader()->setVisible(false);
+    grdResult_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grdResult_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grdResult_->horizontalHeader()->setStretchLastSection(true);
+    grdResult_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    grdResult_->setColumnWidth(0, 40);
+    grdResult_->setColumnWidth(1, 118);
+    grdResult_->setColumnWidth(2, 80);
+
+    cmdResultClear_ = named(new QPushButton(area), QStringLiteral("cmdResultClear"));
+    cmdResultRemove_ = named(new QPushButton(area), QStringLiteral("cmdResultRemove"));
+    cmdResultSave_ = named(new QPushButton(area), QStringLiteral("cmdResultSave"));
+    connect(cmdResultClear_, &QPushButton::clicked, this, [this] { results_.clearAll(prompter_, data_.messages); });
+    connect(cmdResultRemove_, &QPushButton::clicked, this, [this] {
+        const QModelIndexList rows = grdResult_->selectionModel()->selectedRows();
+        if (rows.isEmpty())
+            return;
+        int first = rows.front().row() + 1;
+        int last = first;
+        for (const QModelIndex& index : rows) {
+            first = std::min(first, index.row() + 1);
+            last = std::max(last, index.row() + 1);
+        }
+        const auto outcome = results_.removeResults(first, last, prompter_, data_.messages);
+        if (outcome.selectRow > 0)
+            grdResult_->selectRow(outcome.selectRow - 1);
+    });
+    connect(cmdResultSave_, &QPushButton::clicked, this, [this] {
+        std::optional<ResultTable::AverageLine> average;
+        if (data_.settings._2POINTAVERAGE == 1) {
+            // The running average of the two-point results in the table.
+            const QString kind = data_.messages.text(kTwoPointKind);
+            double sum = 0;
+            int n = 0;
+            for (int row = 1; row <= results_.count(); ++row) {
+                if (results_.text(row, 1) == kind) {
+                    sum += results_.value(row);
+                    ++n;
+                }
+            }
+            average = ResultTable::averageLine(data_.messages, n > 0 ? sum / n : 0.0,
+                                               calibration_ ? calibration_->currentEntry().Unit : QString());
+        }
+        results_.cmdResultSave(prompter_, data_.messages, average, &data_.log);
+    });
+
+    chkKeepResult_ = named(new QCheckBox(area), QStringLiteral("chkKeepResult"));
+    connect(chkKeepResult_, &QCheckBox::clicked, this, [this](bool checked) {
+        data_.settings.KEEPRESULT = checked ? 1 : 0;
+        results_.setKeepResult(checked);
+    });
+}
+
+void MeasurePanel::place(const MainLayout& l)
+{
+    if (l.resultGrid.height() > 0)
+        grdResult_->setGeometry(l.resultGrid);
+    const QRect row = l.resultButtons;
+    const int w = (row.width() - 12) / 3;
+    cmdResultClear_->setGeometry(row.x(), row.y(), w, row.height());
+    cmdResultRemove_->setGeometry(row.x() + w + 6, row.y(), w, row.height());
+    cmdResultSave_->setGeometry(row.x() + 2 * (w + 6), row.y(), row.width() - 2 * (w + 6), row.height());
+    chkKeepResult_->setGeometry(l.keepResult);
+}
+
+void MeasurePanel::applySettings()
+{
+    const MessageTable& m = data_.messages;
+    const Settings& s = data_.settings;
+    lblProof_->setText(m(kCalibration));
+    cmdProofConfig_->setText(m(kCalibrate));
+    fraTools_->setTitle(m(kMeasuringTools));
+    cmdMeasureConfig_->setText(m(kMeasureSettings));
+    lblResults_->setText(m(kResults));
+    cmdResultClear_->setText(m(kClear));
+    cmdResultRemove_->setText(m(kRemove));
+    cmdResultSave_->setText(m(kSaveResults));
+    chkKeepResult_->setText(m(kKeepResults));
+    results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
+    chkKeepResult_->setChecked(s.KEEPRESULT != 0);
+    results_.setKeepResult(s.KEEPRESULT != 0);
+    results_.reformat(s.NUMBEROFDECIMALS);
+    data_.valueFormat = ValueFormat::pattern(s.NUMBEROFDECIMALS);
+    applyToolCaptions();
+
+    calibration_ = std::make_unique<CalibrationController>(
+        data_.proofs, data_.settings, data_.messages, prompter_, results_, *this,
+        ProgramFolder::append(data_.folder, s.PROOFFILENAME));
+    fillProofList();
+}
+
+void MeasurePanel::applyToolCaptions()
+{
+    const Settings& s = data_.settings;
+    // The two-point, circle and angle buttons name the tool their mode selects.
+    const std::array<qint32, 7> captions = {s._2POINTCOMMANDMODE == 0 ? 10101 : 10112,
+                                            s.CIRCLEARCSELECT == 0 ? 10102 : 10113,
+                                            10103,
+                                            10104,
+                                            10105,
+                                            s.ANGLECOMMANDMODE == 0 ? 10106 : 10110,
+                                            10111};
+    for (size_t i = 0; i < captions.size(); ++i) {
+        cmdMeasure_[i]->setText(data_.messages.text(captions[i]));
+        cmdMeasure_[i]->setToolTip(data_.messages.text(captions[i]));
+    }
+}
+
+void MeasurePanel::fillProofList()
+{
+    cboProof_->clear();
+    cboProof_->addItems(data_.proofs.names());
+    cboProof_->setCurrentIndex(data_.settings.CURRENTPROOFNO);
+}
+
+void MeasurePanel::cboProof_Click(int index)
+{
+    if (calibration_->selectEntry(index) == CalibrationController::Selection::Declined)
+        cboProof_->setCurrentIndex(calibration_->currentIndex());
+}
+
+void MeasurePanel::cmdProofConfig_Click()
+{
+    if (!calibration_->startProcedure())
+        return;
+    frmProofConfig dialog(*calibration_, data_.messages, data_.log, cboProof_->window());
+    runDialog_(dialog);
+    const auto after = calibration_->dialogClosed();
+    if (after.measure) {
+        emit calibrationMarkingRequested(after.toolNumber, after.guidanceNumber);
+        return;
+    }
+    fillProofList();
+}
+
+void MeasurePanel::cmdMeasureConfig_Click()
+{
+    frmMeasureConfig dialog(data_.settings, data_.messages, prompter_, data_.log, cboProof_->window());
+    runDialog_(dialog);
+    // Either way the settings in force are applied again.
+    applyToolCaptions();
+    data_.valueFormat = ValueFormat::pattern(data_.settings.NUMBEROFDECIMALS);
+    results_.reformat(data_.settings.NUMBEROFDECIMALS);
+    emit measureSettingsChanged();
+}
+
+}  // namespace tavix

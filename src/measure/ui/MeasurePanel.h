@@ -1,0 +1,91 @@
+#pragma once
+
+#include "calib/CalibrationController.h"
+#include "calib/ScaleBarSwitch.h"
+#include "measure/ResultTable.h"
+
+#include <QObject>
+#include <array>
+#include <functional>
+#include <memory>
+
+class QCheckBox;
+class QComboBox;
+class QDialog;
+class QGroupBox;
+class QLabel;
+class QPushButton;
+class QTableView;
+class QToolButton;
+class QWidget;
+
+namespace tavix {
+
+struct AppData;
+struct MainLayout;
+class Prompter;
+
+// The measurement command area: calibration choice and procedure, the tool
+// buttons, the measurement settings, and the result table with its buttons.
+class MeasurePanel : public QObject, public ScaleBarSwitch {
+    Q_OBJECT
+public:
+    // Runs a modal dialog; tests replace it to drive the dialog themselves.
+    using DialogRunner = std::function<int(QDialog&)>;
+
+    MeasurePanel(AppData& data, Prompter& prompter, QWidget* area, QObject* parent = nullptr);
+    ~MeasurePanel() override;
+
+    void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
+
+    // Captions, the calibration list and the check boxes from the settings.
+    void applySettings();
+    // The parts that follow the window's size.
+    void place(const MainLayout& layout);
+
+    ResultTable& results() { return results_; }
+    CalibrationController& calibration() { return *calibration_; }
+
+    // Handlers, public for the window's wiring and for tests.
+    void cboProof_Click(int index);
+    void cmdProofConfig_Click();
+    void cmdMeasureConfig_Click();
+
+signals:
+    // The measurement settings changed: colours, decimals, font size, tool modes.
+    void measureSettingsChanged();
+    // A calibration length is to be marked on the picture with this tool.
+    void calibrationMarkingRequested(qint16 toolNumber, qint16 guidanceNumber);
+
+public:
+    // The scale bar arrives with the overlays; until then it is never on.
+    bool isOn() const override { return false; }
+    void switchOff() override {}
+    void redraw() override {}
+
+private:
+    void build(QWidget* area);
+    void applyToolCaptions();
+    void fillProofList();
+
+    AppData& data_;
+    Prompter& prompter_;
+    ResultTable results_;
+    std::unique_ptr<CalibrationController> calibration_;
+    DialogRunner runDialog_;
+
+    QComboBox* cboProof_ = nullptr;
+    QPushButton* cmdProofConfig_ = nullptr;
+    QGroupBox* fraTools_ = nullptr;
+    std::array<QToolButton*, 7> cmdMeasure_{};
+    QPushButton* cmdMeasureConfig_ = nullptr;
+    QLabel* lblProof_ = nullptr;
+    QLabel* lblResults_ = nullptr;
+    QTableView* grdResult_ = nullptr;
+    QPushButton* cmdResultClear_ = nullptr;
+    QPushButton* cmdResultRemove_ = nullptr;
+    QPushButton* cmdResultSave_ = nullptr;
+    QCheckBox* chkKeepResult_ = nullptr;
+};
+
+}  // namespace tavix
