@@ -5,10 +5,10 @@
 #include "measure/MeasurementStore.h"
 #include "measure/ToolFactory.h"
 
+#include <benchmark/benchmark.h>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
-#include <benchmark/benchmark.h>
 
 #include <cstring>
 #include <memory>
@@ -82,7 +82,10 @@ void FullRedraw999Measurements(benchmark::State& state)
     }
     state.counters["measurements"] = store.size();
 }
-BENCHMARK(FullRedraw999Measurements)->Unit(benchmark::kMillisecond)->Repetitions(9)->ReportAggregatesOnly(true);
+BENCHMARK(FullRedraw999Measurements)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(9)
+    ->ReportAggregatesOnly(true);
 
 // One mouse move over the view: the still picture and the cached overlay
 // layer copied in at the view's magnification, then the rubber band of a
@@ -113,7 +116,10 @@ void PreviewStep(benchmark::State& state, double magnification)
         benchmark::DoNotOptimize(view.constBits());
     }
 }
-BENCHMARK_CAPTURE(PreviewStep, AtOne, 1.0)->Unit(benchmark::kMillisecond)->Repetitions(9)->ReportAggregatesOnly(true);
+BENCHMARK_CAPTURE(PreviewStep, AtOne, 1.0)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(9)
+    ->ReportAggregatesOnly(true);
 BENCHMARK_CAPTURE(PreviewStep, WholePictureInView, 1000.0 / PictureWidth)
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(9)

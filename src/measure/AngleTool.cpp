@@ -15,7 +15,8 @@ int AngleTool::guidance() const
     return numbers[std::min<std::size_t>(points_.size(), 3)];
 }
 
-std::optional<Measurement> AngleTool::measure(const std::vector<PointD>& points, const MeasureContext& context) const
+std::optional<Measurement> AngleTool::measure(const std::vector<PointD>& points,
+                                              const MeasureContext& context) const
 {
     if (points.size() < 4)
         return std::nullopt;
@@ -35,7 +36,8 @@ std::optional<Measurement> AngleTool::measure(const std::vector<PointD>& points,
     shape.marks.push_back(cross);
     const PointD armA = clicked[static_cast<std::size_t>(crossing->farIndexA)];
     const PointD armB = clicked[static_cast<std::size_t>(crossing->farIndexB)];
-    if (const auto mark = ToolGeometry::angleMark(cross, armA, ToolGeometry::bisectorPoint(cross, armA, armB), armB)) {
+    if (const auto mark =
+            ToolGeometry::angleMark(cross, armA, ToolGeometry::bisectorPoint(cross, armA, armB), armB)) {
         shape.polylines.push_back(mark->arc);
         shape.labels.push_back(mark->label);
     } else {

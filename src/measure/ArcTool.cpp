@@ -14,7 +14,8 @@ int ArcTool::guidance() const
     return numbers[std::min<std::size_t>(points_.size(), 2)];
 }
 
-std::optional<Measurement> ArcTool::measure(const std::vector<PointD>& points, const MeasureContext& context) const
+std::optional<Measurement> ArcTool::measure(const std::vector<PointD>& points,
+                                            const MeasureContext& context) const
 {
     if (points.size() < 3)
         return std::nullopt;
@@ -35,7 +36,8 @@ std::optional<Measurement> ArcTool::measure(const std::vector<PointD>& points, c
     if (!CalcAngle(start, c, middle, toMiddle) || !CalcAngle(middle, c, end, fromMiddle) ||
         !CalcAngle(start, c, end, startToEnd))
         return std::nullopt;
-    const double sweep = (toMiddle <= startToEnd && fromMiddle <= startToEnd) ? startToEnd : TwoPi - startToEnd;
+    const double sweep =
+        (toMiddle <= startToEnd && fromMiddle <= startToEnd) ? startToEnd : TwoPi - startToEnd;
     const double degrees = RadToDeg(sweep);
     CheckFinite(degrees);
 
@@ -53,8 +55,8 @@ std::optional<Measurement> ArcTool::measure(const std::vector<PointD>& points, c
     shape.guides = {{centre, points[0]}, {centre, points[2]}};
     shape.marks = {points[0], points[1], points[2], centre};
     shape.labels.push_back({top, QString(), 0, top.y > centre.y});
-    return ToolGeometry::single(Number, {points[0], points[1], points[2]}, {degrees, Caption::Arc, UnitKind::Angle},
-                                std::move(shape), context.decimals);
+    return ToolGeometry::single(Number, {points[0], points[1], points[2]},
+                                {degrees, Caption::Arc, UnitKind::Angle}, std::move(shape), context.decimals);
 }
 
 }  // namespace tavix

@@ -37,7 +37,8 @@ std::size_t AreaTool::pointsNeeded() const
     return std::numeric_limits<std::size_t>::max();
 }
 
-std::optional<Measurement> AreaTool::measure(const std::vector<PointD>& points, const MeasureContext& context) const
+std::optional<Measurement> AreaTool::measure(const std::vector<PointD>& points,
+                                             const MeasureContext& context) const
 {
     if (points.size() < MinimumCorners)
         return std::nullopt;

@@ -16,8 +16,8 @@ std::optional<Measurement> CalibrationTwoPointTool::measure(const std::vector<Po
     // Marking colours, apart from those of measurements.
     shape.lineSlot = 3;
     shape.valueSlot = 2;
-    return ToolGeometry::single(number(), {points[0], points[1]}, {pixels, 0, UnitKind::Pixels}, std::move(shape),
-                                context.decimals);
+    return ToolGeometry::single(number(), {points[0], points[1]}, {pixels, 0, UnitKind::Pixels},
+                                std::move(shape), context.decimals);
 }
 
 std::optional<double> CalibrationTwoPointTool::pixelDistance() const

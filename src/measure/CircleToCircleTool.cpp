@@ -70,8 +70,10 @@ std::optional<Measurement> CircleToCircleTool::measure(const std::vector<PointD>
     Measurement m;
     m.tool = Number;
     m.points.assign(points.begin(), points.begin() + 6);
-    m.values = {{centres, Caption::CircleCentres, UnitKind::Length}, {gap, Caption::CircleEdges, UnitKind::Length}};
-    m.shape.polylines = {ToolGeometry::circlePolyline(*first, space), ToolGeometry::circlePolyline(*second, space)};
+    m.values = {{centres, Caption::CircleCentres, UnitKind::Length},
+                {gap, Caption::CircleEdges, UnitKind::Length}};
+    m.shape.polylines = {ToolGeometry::circlePolyline(*first, space),
+                         ToolGeometry::circlePolyline(*second, space)};
     m.shape.lines = {{centre1, centre2}};
     m.shape.marks = m.points;
     m.shape.marks.push_back(centre1);

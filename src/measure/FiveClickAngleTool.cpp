@@ -23,9 +23,9 @@ Sector sectorOf(PointD armA, PointD cross, PointD armB, PointD picked, double an
     if (!CalcAngle(armA, cross, picked, toA) || !CalcAngle(armB, cross, picked, toB))
         return Sector::Between;  // picked on the crossing itself
     const std::array<double, 4> misfit{
-        std::fabs(toA + toB - angle),           // between the arms
-        std::fabs(toA - toB - angle),           // beyond arm B, beside it
-        std::fabs(toB - toA - angle),           // beyond arm A, beside it
+        std::fabs(toA + toB - angle),            // between the arms
+        std::fabs(toA - toB - angle),            // beyond arm B, beside it
+        std::fabs(toB - toA - angle),            // beyond arm A, beside it
         std::fabs(toA + toB - (TwoPi - angle)),  // behind the crossing
     };
     const auto best = std::min_element(misfit.begin(), misfit.end());

@@ -24,16 +24,16 @@ QString valueLabel(const ResultValue& value, int decimals)
 QString unitText(const ResultValue& value, const QString& calibrationUnit, const MessageTable& messages)
 {
     switch (value.unit) {
-    case UnitKind::Length:
-        return calibrationUnit;
-    case UnitKind::Area:
-        return calibrationUnit + QChar(0x00B2);
-    case UnitKind::Angle:
-        return QString(QChar(0x00B0));
-    case UnitKind::Count:
-        return messages.text(Caption::Points);
-    case UnitKind::Pixels:
-        return QStringLiteral("px");
+        case UnitKind::Length:
+            return calibrationUnit;
+        case UnitKind::Area:
+            return calibrationUnit + QChar(0x00B2);
+        case UnitKind::Angle:
+            return QString(QChar(0x00B0));
+        case UnitKind::Count:
+            return messages.text(Caption::Points);
+        case UnitKind::Pixels:
+            return QStringLiteral("px");
     }
     return {};
 }

@@ -96,7 +96,8 @@ void MeasurementPainter::paint(QPainter& painter, const Shape& shape, const QTra
         const QRectF box = labelRect(label, toTarget);
         painter.fillRect(box, LabelBackground);
         painter.setPen(valueColour);
-        painter.drawText(QPointF(box.left() + LabelPad, box.top() + LabelPad / 2 + metrics_.ascent()), label.text);
+        painter.drawText(QPointF(box.left() + LabelPad, box.top() + LabelPad / 2 + metrics_.ascent()),
+                         label.text);
     }
     painter.setPen(pen);
 }
@@ -107,7 +108,8 @@ void MeasurementPainter::paint(QPainter& painter, const Measurement& m, const QT
     paint(painter, m.shape, toTarget, highlight);
 }
 
-void MeasurementPainter::paintLayer(QImage& layer, const MeasurementStore& store, const QTransform& toTarget) const
+void MeasurementPainter::paintLayer(QImage& layer, const MeasurementStore& store,
+                                    const QTransform& toTarget) const
 {
     layer.fill(Qt::transparent);
     QPainter painter(&layer);

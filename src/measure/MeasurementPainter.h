@@ -29,8 +29,10 @@ public:
     static QTransform viewTransform(double magnification, QPointF offset = {});
 
     // Highlighted drawings take line colour 2 and value colour 2.
-    void paint(QPainter& painter, const Shape& shape, const QTransform& toTarget, bool highlight = false) const;
-    void paint(QPainter& painter, const Measurement& m, const QTransform& toTarget, bool highlight = false) const;
+    void paint(QPainter& painter, const Shape& shape, const QTransform& toTarget,
+               bool highlight = false) const;
+    void paint(QPainter& painter, const Measurement& m, const QTransform& toTarget,
+               bool highlight = false) const;
 
     // Clears the layer (premultiplied ARGB for speed) and draws every stored
     // measurement on it.

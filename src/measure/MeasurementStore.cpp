@@ -14,8 +14,9 @@ void dropValue(Measurement& m, int index)
 {
     m.values.erase(m.values.begin() + index);
     auto& labels = m.shape.labels;
-    labels.erase(std::remove_if(labels.begin(), labels.end(), [&](const Label& l) { return l.value == index; }),
-                 labels.end());
+    labels.erase(
+        std::remove_if(labels.begin(), labels.end(), [&](const Label& l) { return l.value == index; }),
+        labels.end());
     for (Label& l : labels) {
         if (l.value > index)
             --l.value;
@@ -82,8 +83,9 @@ void MeasurementStore::removeRows(int first, int last)
             }
         }
     }
-    entries_.erase(std::remove_if(entries_.begin(), entries_.end(), [](const Entry& e) { return e.rows.empty(); }),
-                   entries_.end());
+    entries_.erase(
+        std::remove_if(entries_.begin(), entries_.end(), [](const Entry& e) { return e.rows.empty(); }),
+        entries_.end());
 }
 
 std::optional<int> MeasurementStore::indexAtRow(int row) const

@@ -20,7 +20,8 @@ OverlayStyle OverlayStyle::fromSettings(const Settings& settings)
 QColor OverlayStyle::classicColor(qint32 value)
 {
     const auto v = static_cast<quint32>(value);
-    return QColor(static_cast<int>(v & 0xFFu), static_cast<int>((v >> 8) & 0xFFu), static_cast<int>((v >> 16) & 0xFFu));
+    return QColor(static_cast<int>(v & 0xFFu), static_cast<int>((v >> 8) & 0xFFu),
+                  static_cast<int>((v >> 16) & 0xFFu));
 }
 
 const QColor& OverlayStyle::line(int slot) const

@@ -11,7 +11,7 @@ struct Settings;
 // The colours and label size of the measurement drawing.
 struct OverlayStyle {
     std::array<QColor, 4> lineColors{Qt::black, Qt::red, Qt::yellow, Qt::green};  // slots 1 to 3
-    std::array<QColor, 3> valueColors{Qt::black, Qt::red, Qt::yellow};             // slots 1 and 2
+    std::array<QColor, 3> valueColors{Qt::black, Qt::red, Qt::yellow};            // slots 1 and 2
     int fontPointSize = 8;
 
     // From MEASURELINECOLOR1..3, MEASUREVALUECOLOR1..2 and MEASUREFONTSIZE.

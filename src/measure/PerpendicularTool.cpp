@@ -32,10 +32,9 @@ std::optional<Measurement> PerpendicularTool::measure(const std::vector<PointD>&
     const UnitSpace space(points[0], context.units);
     const ToolGeometry::Perpendicular p = ToolGeometry::perpendicular(points[0], points[1], points[2], space);
     CalcModule::CheckFinite(p.length);
-    return ToolGeometry::single(Number, {points[0], points[1], points[2]},
-                                {p.length, Caption::Perpendicular, UnitKind::Length},
-                                ToolGeometry::perpendicularShape(points[0], points[1], points[2], p.foot),
-                                context.decimals);
+    return ToolGeometry::single(
+        Number, {points[0], points[1], points[2]}, {p.length, Caption::Perpendicular, UnitKind::Length},
+        ToolGeometry::perpendicularShape(points[0], points[1], points[2], p.foot), context.decimals);
 }
 
 }  // namespace tavix

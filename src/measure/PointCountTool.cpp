@@ -49,7 +49,8 @@ std::size_t PointCountTool::pointsNeeded() const
     return std::numeric_limits<std::size_t>::max();
 }
 
-std::optional<Measurement> PointCountTool::measure(const std::vector<PointD>& points, const MeasureContext&) const
+std::optional<Measurement> PointCountTool::measure(const std::vector<PointD>& points,
+                                                   const MeasureContext&) const
 {
     if (points.empty())
         return std::nullopt;

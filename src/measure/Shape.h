@@ -37,7 +37,10 @@ struct Shape {
     int guideSlot = 3;
     int valueSlot = 1;
 
-    bool empty() const { return lines.empty() && guides.empty() && polylines.empty() && marks.empty() && labels.empty(); }
+    bool empty() const
+    {
+        return lines.empty() && guides.empty() && polylines.empty() && marks.empty() && labels.empty();
+    }
 };
 
 }  // namespace tavix

@@ -41,7 +41,8 @@ std::optional<Circle> circleThrough(PointD p0, PointD p1, PointD p2, const UnitS
     if (!CalcCircle3Points(p0, p1, p2, centre, radius))
         return std::nullopt;
     Circle circle;
-    if (!CalcCircle3Points(space.toUnits(p0), space.toUnits(p1), space.toUnits(p2), circle.centre, circle.radius))
+    if (!CalcCircle3Points(space.toUnits(p0), space.toUnits(p1), space.toUnits(p2), circle.centre,
+                           circle.radius))
         return std::nullopt;
     return circle;
 }

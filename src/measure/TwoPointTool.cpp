@@ -19,8 +19,9 @@ std::optional<Measurement> TwoPointTool::measure(const std::vector<PointD>& poin
     CalcModule::CheckFinite(distance);
     Shape shape = ToolGeometry::path({points[0], points[1]});
     shape.labels.push_back({CalcModule::CalcMidPoint(points[0], points[1]), QString(), 0});
-    return ToolGeometry::single(Number, {points[0], points[1]}, {distance, Caption::Distance, UnitKind::Length},
-                                std::move(shape), context.decimals);
+    return ToolGeometry::single(Number, {points[0], points[1]},
+                                {distance, Caption::Distance, UnitKind::Length}, std::move(shape),
+                                context.decimals);
 }
 
 }  // namespace tavix

@@ -40,7 +40,10 @@ INSTANTIATE_TEST_SUITE_P(
         AngleCase{"ObtuseArms", {{5, 0}, {10, 0}, {-5, 5}, {-10, 10}}, 1, 1, 135},
         AngleCase{"ArmsTakenFromTheFartherPoints", {{10, 0}, {5, 0}, {-10, 10}, {-5, 5}}, 1, 1, 135},
         // Square in pixels, but y counts twice as much as x: (1, 2) against (1, -2).
-        AngleCase{"AngleInUnitsWhenTheFactorsDiffer", {{10, 10}, {20, 20}, {10, -10}, {20, -20}}, 1, 2,
+        AngleCase{"AngleInUnitsWhenTheFactorsDiffer",
+                  {{10, 10}, {20, 20}, {10, -10}, {20, -20}},
+                  1,
+                  2,
                   std::acos(-0.6) * 180 / 3.14159265358979}),
     [](const auto& info) { return std::string(info.param.name); });
 

@@ -35,7 +35,8 @@ INSTANTIATE_TEST_SUITE_P(
                       AreaCase{"ZeroYFactorCountsAsOne", rectangle, 0.5, 0, 10000},
                       AreaCase{"Triangle", {{0, 0}, {4, 0}, {0, 3}}, 1, 1, 6},
                       AreaCase{"ClockwiseOrderGivesThePositiveArea", {{0, 0}, {0, 3}, {4, 0}}, 1, 1, 6},
-                      AreaCase{"ConcaveL", {{0, 0}, {20, 0}, {20, 10}, {10, 10}, {10, 20}, {0, 20}}, 1, 1, 300}),
+                      AreaCase{
+                          "ConcaveL", {{0, 0}, {20, 0}, {20, 10}, {10, 10}, {10, 20}, {0, 20}}, 1, 1, 300}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(AreaTool, DoubleClick_DoesNotClose_WithFewerThanThreeCorners)

@@ -29,12 +29,13 @@ TEST_P(CircleDiameter, GivesTheDiameterOfTheCircleThroughTheThreePoints)
 
 INSTANTIATE_TEST_SUITE_P(
     CircleTool, CircleDiameter,
-    ::testing::Values(CircleCase{"RightAngleCornerPoints", {0, 0}, {2, 0}, {0, 2}, 1, 1, 2 * std::sqrt(2.0)},
-                      CircleCase{"RightAngleCornerPointsTimesFactor", {0, 0}, {2, 0}, {0, 2}, 0.5, 0.5, std::sqrt(2.0)},
-                      CircleCase{"ZeroFactorsCountAsOne", {0, 0}, {2, 0}, {0, 2}, 0, 0, 2 * std::sqrt(2.0)},
-                      CircleCase{"AroundAnOffCentre", {150, 100}, {100, 150}, {50, 100}, 1, 1, 100},
-                      // Points of an ellipse in pixels that is a circle of radius 10 in units.
-                      CircleCase{"CircleInUnitsWhenTheFactorsDiffer", {10, 0}, {0, 5}, {-10, 0}, 1, 2, 20}),
+    ::testing::Values(
+        CircleCase{"RightAngleCornerPoints", {0, 0}, {2, 0}, {0, 2}, 1, 1, 2 * std::sqrt(2.0)},
+        CircleCase{"RightAngleCornerPointsTimesFactor", {0, 0}, {2, 0}, {0, 2}, 0.5, 0.5, std::sqrt(2.0)},
+        CircleCase{"ZeroFactorsCountAsOne", {0, 0}, {2, 0}, {0, 2}, 0, 0, 2 * std::sqrt(2.0)},
+        CircleCase{"AroundAnOffCentre", {150, 100}, {100, 150}, {50, 100}, 1, 1, 100},
+        // Points of an ellipse in pixels that is a circle of radius 10 in units.
+        CircleCase{"CircleInUnitsWhenTheFactorsDiffer", {10, 0}, {0, 5}, {-10, 0}, 1, 2, 20}),
     [](const auto& info) { return std::string(info.param.name); });
 
 struct NoCircleCase {

@@ -32,14 +32,15 @@ TEST_P(LineToPointDistance, MeasuresSquareToTheLine)
 
 INSTANTIATE_TEST_SUITE_P(
     LineToPointTool, LineToPointDistance,
-    ::testing::Values(LinePointCase{"HorizontalLine", {0, 0}, {10, 0}, {5, 7}, 1, 1, 7, {5, 0}},
-                      LinePointCase{"HorizontalLineTimesFactor", {0, 0}, {10, 0}, {5, 7}, 0.5, 0.5, 3.5, {5, 0}},
-                      LinePointCase{"VerticalLine", {3, 0}, {3, 10}, {10, 4}, 1, 1, 7, {3, 4}},
-                      LinePointCase{"DiagonalLine", {0, 0}, {10, 10}, {0, 10}, 1, 1, std::sqrt(50.0), {5, 5}},
-                      LinePointCase{"FootBeyondTheClickedLine", {0, 0}, {10, 0}, {30, -4}, 1, 1, 4, {30, 0}},
-                      LinePointCase{"SquareToAHorizontalLineTakesTheYFactor", {0, 0}, {10, 0}, {5, 7}, 2, 0.5, 3.5, {5, 0}},
-                      LinePointCase{"ZeroFactorsCountAsOne", {0, 0}, {10, 0}, {5, 7}, 0, 0, 7, {5, 0}},
-                      LinePointCase{"SinglePointLineCountsAsHorizontal", {5, 5}, {5, 5}, {100, 8}, 1, 1, 3, {100, 5}}),
+    ::testing::Values(
+        LinePointCase{"HorizontalLine", {0, 0}, {10, 0}, {5, 7}, 1, 1, 7, {5, 0}},
+        LinePointCase{"HorizontalLineTimesFactor", {0, 0}, {10, 0}, {5, 7}, 0.5, 0.5, 3.5, {5, 0}},
+        LinePointCase{"VerticalLine", {3, 0}, {3, 10}, {10, 4}, 1, 1, 7, {3, 4}},
+        LinePointCase{"DiagonalLine", {0, 0}, {10, 10}, {0, 10}, 1, 1, std::sqrt(50.0), {5, 5}},
+        LinePointCase{"FootBeyondTheClickedLine", {0, 0}, {10, 0}, {30, -4}, 1, 1, 4, {30, 0}},
+        LinePointCase{"SquareToAHorizontalLineTakesTheYFactor", {0, 0}, {10, 0}, {5, 7}, 2, 0.5, 3.5, {5, 0}},
+        LinePointCase{"ZeroFactorsCountAsOne", {0, 0}, {10, 0}, {5, 7}, 0, 0, 7, {5, 0}},
+        LinePointCase{"SinglePointLineCountsAsHorizontal", {5, 5}, {5, 5}, {100, 8}, 1, 1, 3, {100, 5}}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(LineToPointTool, Result_IsADistanceWithALabelHalfWayUpThePerpendicular)

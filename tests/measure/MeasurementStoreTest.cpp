@@ -18,7 +18,8 @@ Measurement lineAt(double y, double length = 100)
 // Two circles apart: two values, two rows.
 Measurement twoCircles()
 {
-    return *ToolFactory::measure(103, {{1, 0}, {0, 1}, {-1, 0}, {11, 0}, {10, 1}, {9, 0}}, contextWith(1, 1, 1));
+    return *ToolFactory::measure(103, {{1, 0}, {0, 1}, {-1, 0}, {11, 0}, {10, 1}, {9, 0}},
+                                 contextWith(1, 1, 1));
 }
 
 std::vector<int> rowsOf(const MeasurementStore& store, int index)

@@ -66,12 +66,13 @@ TEST_P(FirstGuidance, IsTheToolsFirstGuidanceNumber)
 }
 
 INSTANTIATE_TEST_SUITE_P(ToolFactory, FirstGuidance,
-                         ::testing::Values(GuidanceCase{100, 30}, GuidanceCase{101, 32}, GuidanceCase{108, 57},
-                                           GuidanceCase{102, 34}, GuidanceCase{109, 60}, GuidanceCase{103, 37},
-                                           GuidanceCase{104, 43}, GuidanceCase{105, 50}, GuidanceCase{106, 47},
-                                           GuidanceCase{107, 52}, GuidanceCase{21, 70}, GuidanceCase{22, 71},
-                                           GuidanceCase{23, 72}, GuidanceCase{24, 73}, GuidanceCase{10, 0},
-                                           GuidanceCase{11, 0}, GuidanceCase{110, 0}),
+                         ::testing::Values(GuidanceCase{100, 30}, GuidanceCase{101, 32},
+                                           GuidanceCase{108, 57}, GuidanceCase{102, 34},
+                                           GuidanceCase{109, 60}, GuidanceCase{103, 37},
+                                           GuidanceCase{104, 43}, GuidanceCase{105, 50},
+                                           GuidanceCase{106, 47}, GuidanceCase{107, 52}, GuidanceCase{21, 70},
+                                           GuidanceCase{22, 71}, GuidanceCase{23, 72}, GuidanceCase{24, 73},
+                                           GuidanceCase{10, 0}, GuidanceCase{11, 0}, GuidanceCase{110, 0}),
                          [](const auto& info) { return "Tool" + std::to_string(info.param.tool); });
 
 class CreatedTool : public ::testing::TestWithParam<int> {};

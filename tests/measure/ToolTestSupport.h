@@ -44,8 +44,8 @@ inline void clickAll(MeasureTool& tool, const std::vector<PointD>& clicks, bool 
 }
 
 // The first value of what the clicks give, or nothing.
-inline std::optional<double> valueOf(MeasureTool& tool, const std::vector<PointD>& clicks, const MeasureContext& c,
-                                     bool doubleClickAtEnd = false)
+inline std::optional<double> valueOf(MeasureTool& tool, const std::vector<PointD>& clicks,
+                                     const MeasureContext& c, bool doubleClickAtEnd = false)
 {
     clickAll(tool, clicks, doubleClickAtEnd);
     const std::optional<Measurement> m = tool.result(c);
@@ -74,8 +74,10 @@ inline bool passesNear(const Shape& shape, PointD p, double tolerance)
 inline bool hasLine(const Shape& shape, PointD a, PointD b, double tolerance = 1e-9)
 {
     for (const Segment& s : shape.lines) {
-        const bool same = CalcModule::CalcDistance(s.a, a) <= tolerance && CalcModule::CalcDistance(s.b, b) <= tolerance;
-        const bool swapped = CalcModule::CalcDistance(s.a, b) <= tolerance && CalcModule::CalcDistance(s.b, a) <= tolerance;
+        const bool same =
+            CalcModule::CalcDistance(s.a, a) <= tolerance && CalcModule::CalcDistance(s.b, b) <= tolerance;
+        const bool swapped =
+            CalcModule::CalcDistance(s.a, b) <= tolerance && CalcModule::CalcDistance(s.b, a) <= tolerance;
         if (same || swapped)
             return true;
     }
