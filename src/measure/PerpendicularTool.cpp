@@ -13,9 +13,10 @@ int PerpendicularTool::guidance() const
 
 void PerpendicularTool::startNext()
 {
-    if (points_.size() > 2)
-        points_.resize(2);
-    measuredOnce_ = points_.size() == 2;
+    if (!complete())
+        return;
+    points_.resize(2);
+    measuredOnce_ = true;
 }
 
 void PerpendicularTool::reset()

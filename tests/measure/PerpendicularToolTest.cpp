@@ -75,6 +75,15 @@ TEST(PerpendicularTool, StartNext_KeepsTheBaseLine_ForTheNextPoint)
     EXPECT_EQ(m->points, (std::vector<PointD>{{0, 0}, {100, 0}, {50, -30}}));
 }
 
+TEST(PerpendicularTool, StartNext_ChangesNothing_BeforeTheFirstPoint)
+{
+    PerpendicularTool tool;
+    clickAll(tool, {{0, 0}, {100, 0}});
+    tool.startNext();
+    EXPECT_EQ(tool.clickCount(), 2);
+    EXPECT_EQ(tool.guidance(), 45);
+}
+
 TEST(PerpendicularTool, Reset_DropsTheBaseLine)
 {
     PerpendicularTool tool;

@@ -1,5 +1,7 @@
 #include "measure/TwoPointTool.h"
 
+#include "common/RunError.h"
+
 #include "ToolTestSupport.h"
 
 #include <cmath>
@@ -117,6 +119,34 @@ TEST(TwoPointTool, Preview_ShowsOnlyThePointer_BeforeTheFirstClick)
     const Shape shape = tool.preview({5, 6}, contextWith(1, 1));
     EXPECT_TRUE(shape.lines.empty());
     EXPECT_EQ(shape.marks, (std::vector<PointD>{{5, 6}}));
+}
+
+TEST(TwoPointTool, Result_RaisesOverflow_WhenTheValueIsNoFiniteNumber)
+{
+    TwoPointTool tool;
+    clickAll(tool, {{0, 0}, {1e200, 0}});
+    try {
+        tool.result(contextWith(1e200, 1e200));
+        FAIL() << "no run-time error";
+    } catch (const RunError& e) {
+        EXPECT_EQ(e.number(), err::Overflow);
+    }
+}
+
+TEST(TwoPointTool, Preview_FallsBackToTheLine_WhenTheLiveValueOverflows)
+{
+    TwoPointTool tool;
+    tool.addPoint({0, 0});
+    const Shape shape = tool.preview({1e200, 0}, contextWith(1e200, 1e200));
+    EXPECT_TRUE(hasLine(shape, {0, 0}, {1e200, 0}));
+    EXPECT_TRUE(shape.labels.empty());
+}
+
+TEST(TwoPointTool, Preview_IsEmpty_OnceComplete)
+{
+    TwoPointTool tool;
+    clickAll(tool, {{0, 0}, {3, 4}});
+    EXPECT_TRUE(tool.preview({9, 9}, contextWith(1, 1)).empty());
 }
 
 TEST(TwoPointTool, Reset_DropsThePlacedPoint)
