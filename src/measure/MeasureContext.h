@@ -1,0 +1,14 @@
+#pragma once
+
+#include "measure/CalcModule.h"
+
+namespace tavix {
+
+// What turns a tool's pixels into a result: the selected calibration and the
+// number of decimals of the value labels.
+struct MeasureContext {
+    CalcModule::UnitContext units;
+    int decimals = 0;  // NUMBEROFDECIMALS
+};
+
+}  // namespace tavix
