@@ -63,7 +63,7 @@ public:
 
 private:
     void ensureScene();
-    void ensurePrepared();
+    void preparePass();
     void ensureFinished();
     void ensureNoise();
     void buildMatrix();
@@ -72,18 +72,21 @@ private:
     QSize size_;
     SimLook look_;
     bool sceneDirty_ = true;
-    bool preparedDirty_ = true;
+    bool matrixDirty_ = true;
+    bool preparedValid_ = false;
+    bool diagonal_ = false;
     bool finishedDirty_ = true;
 
     QImage scene_;  // lit scene, RGB888
     QImage particleMask_;
     std::array<int, 9> matrix_{};  // colour matrix x gains, 12 fractional bits
     std::array<std::array<uchar, 256>, 3> tables_{};
-    std::vector<uchar> prepared_;  // after gains and matrix, flipped; 3 * width per row
+    std::vector<uchar> prepared_;  // after gains and a mixing matrix, flipped; 3 * width per row
     std::vector<uchar> finished_;  // after the tables
     double meanLevel_ = 0;
 
-    std::vector<std::int8_t> noise_;  // rows of (width + kNoiseSlack) pixels, the same value for R, G, B
+    std::vector<std::int16_t> unitNoise_;  // rows of (width + slack) pixels, standard deviation 1024
+    std::vector<std::int8_t> noise_;       // the same scaled to the gain, one value for each of R, G, B
     double noiseSigma_ = -1;
 };
 
