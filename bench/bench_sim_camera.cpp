@@ -5,11 +5,11 @@
 #include "common/SafeFile.h"
 #include "files/BmpFile.h"
 
+#include <benchmark/benchmark.h>
 #include <QFile>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QTemporaryDir>
-#include <benchmark/benchmark.h>
 #include <cstring>
 #include <vector>
 

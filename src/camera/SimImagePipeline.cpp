@@ -125,9 +125,9 @@ void SimImagePipeline::setSize(QSize size)
 void SimImagePipeline::setLook(const SimLook& look)
 {
     const SimLook& o = look_;
-    if (look.rgbGain != o.rgbGain || look.flipH != o.flipH || look.flipV != o.flipV || look.colour != o.colour ||
-        look.saturation != o.saturation || look.hue != o.hue || look.colourCorrection != o.colourCorrection ||
-        look.colourProcessing != o.colourProcessing)
+    if (look.rgbGain != o.rgbGain || look.flipH != o.flipH || look.flipV != o.flipV ||
+        look.colour != o.colour || look.saturation != o.saturation || look.hue != o.hue ||
+        look.colourCorrection != o.colourCorrection || look.colourProcessing != o.colourProcessing)
         matrixDirty_ = true;
     if (look.exposureMs != o.exposureMs || look.gain != o.gain || look.blackLevel != o.blackLevel ||
         look.brightness != o.brightness || look.contrast != o.contrast || look.gamma != o.gamma ||
@@ -164,8 +164,8 @@ void SimImagePipeline::buildMatrix()
         m = multiply(greyMatrix(), m);
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j)
-            matrix_[static_cast<size_t>(3 * i + j)] =
-                static_cast<int>(std::lround(m[i][j] * look_.rgbGain[static_cast<size_t>(j)] / 64.0 * (1 << kMatrixShift)));
+            matrix_[static_cast<size_t>(3 * i + j)] = static_cast<int>(
+                std::lround(m[i][j] * look_.rgbGain[static_cast<size_t>(j)] / 64.0 * (1 << kMatrixShift)));
 }
 
 void SimImagePipeline::preparePass()
@@ -214,7 +214,8 @@ void SimImagePipeline::buildTables()
             x = (x - 128.0) * contrast + 128.0 + look_.brightness;
             if (look_.gammaOn)
                 x = 255.0 * std::pow(std::clamp(x, 0.0, 255.0) / 255.0, exponent);
-            table[static_cast<size_t>(v)] = clampByte(static_cast<int>(std::lround(std::clamp(x, -1.0, 256.0))));
+            table[static_cast<size_t>(v)] =
+                clampByte(static_cast<int>(std::lround(std::clamp(x, -1.0, 256.0))));
         }
     }
 }
@@ -244,7 +245,8 @@ void SimImagePipeline::ensureFinished()
         for (int c = 0; c < 3; ++c)
             for (int v = 0; v < 256; ++v)
                 folded[static_cast<size_t>(c)][static_cast<size_t>(v)] =
-                    tables_[static_cast<size_t>(c)][clampByte((matrix_[static_cast<size_t>(4 * c)] * v + half) >> kMatrixShift)];
+                    tables_[static_cast<size_t>(c)]
+                           [clampByte((matrix_[static_cast<size_t>(4 * c)] * v + half) >> kMatrixShift)];
         const uchar* t0 = folded[0].data();
         const uchar* t1 = folded[1].data();
         const uchar* t2 = folded[2].data();
@@ -315,7 +317,8 @@ void SimImagePipeline::ensureNoise()
     const double scale = sigma / kUnitNoise;
     for (size_t i = 0; i < pixels; ++i) {
         const auto v = static_cast<std::int8_t>(std::clamp(std::lround(unitNoise_[i] * scale), -127L, 127L));
-        noise_[3 * i] = noise_[3 * i + 1] = noise_[3 * i + 2] = v;  // the same for R, G, B so that grey stays grey
+        noise_[3 * i] = noise_[3 * i + 1] = noise_[3 * i + 2] =
+            v;  // the same for R, G, B so that grey stays grey
     }
 }
 
@@ -326,7 +329,8 @@ QColor SimImagePipeline::process(QColor lit)
     int out[3];
     for (int c = 0; c < 3; ++c) {
         const auto* row = &matrix_[static_cast<size_t>(3 * c)];
-        const int v = (row[0] * in[0] + row[1] * in[1] + row[2] * in[2] + (1 << (kMatrixShift - 1))) >> kMatrixShift;
+        const int v =
+            (row[0] * in[0] + row[1] * in[1] + row[2] * in[2] + (1 << (kMatrixShift - 1))) >> kMatrixShift;
         out[c] = tables_[static_cast<size_t>(c)][clampByte(v)];
     }
     return QColor(out[0], out[1], out[2]);

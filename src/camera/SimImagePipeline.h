@@ -23,7 +23,7 @@ struct SimLook {
     std::array<int, 3> rgbOffset{0, 0, 0};   // added output levels
     bool flipH = false;
     bool flipV = false;
-    bool colour = true;  // false: grey, R = G = B
+    bool colour = true;   // false: grey, R = G = B
     int saturation = 64;  // 64 = x1
     int hue = 0;          // degrees around the grey axis; +120 turns red into green
     bool colourCorrection = false;
@@ -53,7 +53,8 @@ public:
     // Writes one frame of the set size, RGB888, into `dst`. `previous` is the
     // last frame (same size and stride), blended in while TNR is on, or null. `noiseSeed` picks
     // where the noise pattern is laid this time.
-    void compose(uchar* dst, qsizetype bytesPerLine, const uchar* previous, QPointF particleUm, std::uint32_t noiseSeed);
+    void compose(uchar* dst, qsizetype bytesPerLine, const uchar* previous, QPointF particleUm,
+                 std::uint32_t noiseSeed);
 
     // The mean grey level of the processed still scene (without noise), for
     // the automatic exposure.
