@@ -19,8 +19,9 @@ struct ModeSpec {
 
 // Resolution index -> size and frame rate.
 constexpr ModeSpec kModes[] = {
-    {320, 240, 120}, {640, 480, 90},   {752, 480, 85},   {800, 600, 75},  {1024, 768, 60}, {1280, 1024, 45},
-    {1600, 1200, 40}, {2048, 1536, 35}, {2592, 1944, 30}, {3840, 2748, 15}, {1920, 1200, 38},
+    {320, 240, 120},  {640, 480, 90},   {752, 480, 85},   {800, 600, 75},
+    {1024, 768, 60},  {1280, 1024, 45}, {1600, 1200, 40}, {2048, 1536, 35},
+    {2592, 1944, 30}, {3840, 2748, 15}, {1920, 1200, 38},
 };
 
 bool knownMode(std::int32_t mode)
@@ -38,15 +39,15 @@ struct ParamSpec {
 };
 
 constexpr ParamSpec kParams[] = {
-    {1, false, false, 0, -64, 64},    {2, false, false, 32, 0, 64},     {3, false, false, 64, 16, 255},
-    {4, false, false, 0, 0, 1},       {5, false, false, 0, 0, 1},       {6, false, false, 0, 0, 1},
-    {7, true, false, 960, 1, 50000},  {8, false, false, 128, 16, 240},  {9, false, false, 64, 0, 255},
-    {10, false, false, 64, 0, 255},   {11, false, false, 64, 0, 255},   {12, true, true, 4, 0, 64},
-    {13, false, false, 32, 32, 255},  {14, false, false, 1, 0, 1},      {15, false, false, 48, 12, 96},
-    {19, false, false, 64, 0, 128},   {24, false, false, 0, 0, 1},      {43, false, false, 0, 0, 1},
-    {106, false, false, 0, -64, 64},  {107, false, false, 0, -64, 64},  {108, false, false, 0, -64, 64},
+    {1, false, false, 0, -64, 64},     {2, false, false, 32, 0, 64},    {3, false, false, 64, 16, 255},
+    {4, false, false, 0, 0, 1},        {5, false, false, 0, 0, 1},      {6, false, false, 0, 0, 1},
+    {7, true, false, 960, 1, 50000},   {8, false, false, 128, 16, 240}, {9, false, false, 64, 0, 255},
+    {10, false, false, 64, 0, 255},    {11, false, false, 64, 0, 255},  {12, true, true, 4, 0, 64},
+    {13, false, false, 32, 32, 255},   {14, false, false, 1, 0, 1},     {15, false, false, 48, 12, 96},
+    {19, false, false, 64, 0, 128},    {24, false, false, 0, 0, 1},     {43, false, false, 0, 0, 1},
+    {106, false, false, 0, -64, 64},   {107, false, false, 0, -64, 64}, {108, false, false, 0, -64, 64},
     {109, false, false, 0, -180, 180}, {110, false, false, 0, 0, 1},    {111, false, false, 1, 0, 1},
-    {115, false, false, 0, 0, 1},     {117, false, false, 1, 0, 1},     {147, false, false, 30, 1, 30},
+    {115, false, false, 0, 0, 1},      {117, false, false, 1, 0, 1},    {147, false, false, 30, 1, 30},
 };
 
 const ParamSpec* specOf(int type)
@@ -89,9 +90,13 @@ QString argText(const T& first, const Rest&... rest)
 
 }  // namespace
 
-SimCamera::SimCamera() : SimCamera(Options{}, nullptr) {}
+SimCamera::SimCamera() : SimCamera(Options{}, nullptr)
+{
+}
 
-SimCamera::SimCamera(Clock* clock) : SimCamera(Options{}, clock) {}
+SimCamera::SimCamera(Clock* clock) : SimCamera(Options{}, clock)
+{
+}
 
 SimCamera::SimCamera(Options options, Clock* clock) : options_(std::move(options)), clock_(clock)
 {
@@ -469,7 +474,8 @@ void SimCamera::run()
         if (fate == FrameFate::NotStarted || fate == FrameFate::Disconnected)
             return;
         std::unique_lock lock(mutex_);
-        const auto period = std::chrono::duration_cast<std::chrono::steady_clock::duration>(Ms(framePeriodMsLocked()));
+        const auto period =
+            std::chrono::duration_cast<std::chrono::steady_clock::duration>(Ms(framePeriodMsLocked()));
         next += period;
         const auto now = std::chrono::steady_clock::now();
         if (next < now - period)
@@ -555,7 +561,8 @@ int SimCamera::renderLocked(std::uint64_t sequence)
     pipeline_.setSize(size);
     pipeline_.setLook(look);
     const bool blend = previous >= 0 && ringSize_[static_cast<size_t>(previous)] == size;
-    pipeline_.compose(buffer.data(), ringStride(size), blend ? ring_[static_cast<size_t>(previous)].data() : nullptr,
+    pipeline_.compose(buffer.data(), ringStride(size),
+                      blend ? ring_[static_cast<size_t>(previous)].data() : nullptr,
                       SimScene::particleCentre(now), static_cast<std::uint32_t>(rng_()));
 
     // Automatic exposure steers the still scene's mean grey towards the target.
@@ -568,8 +575,9 @@ int SimCamera::renderLocked(std::uint64_t sequence)
     if (autoExposure && params_[kExposure].autoOn && std::abs(mean - target) > 3.0) {
         const double ratio = std::clamp(target / std::max(mean, 1.0), 0.5, 2.0);
         const ParamSpec* spec = specOf(kExposure);
-        autoExposureRaw_ = std::clamp(static_cast<std::int32_t>(std::lround(autoExposureRaw_ * std::pow(ratio, 0.8))),
-                                      spec->min, spec->max);
+        autoExposureRaw_ =
+            std::clamp(static_cast<std::int32_t>(std::lround(autoExposureRaw_ * std::pow(ratio, 0.8))),
+                       spec->min, spec->max);
     }
     return index;
 }
@@ -626,8 +634,8 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (index < 0)
             return kNoFrame;
         const QSize size = ringSize_[static_cast<size_t>(index)];
-        if (!BmpFile::encode(ring_[static_cast<size_t>(index)].data(), size.width(), size.height(), ringStride(size),
-                             QImage::Format_RGB888, bmpBuffer_))
+        if (!BmpFile::encode(ring_[static_cast<size_t>(index)].data(), size.width(), size.height(),
+                             ringStride(size), QImage::Format_RGB888, bmpBuffer_))
             return kNoFrame;
     }
     return SafeFile::writeScratch(path, bmpBuffer_) == 0 ? 0 : kWriteFailed;

@@ -89,9 +89,9 @@ public:
         int cameraCount = 1;
         QString name = QStringLiteral("SimCam 1296");
         QString version = QStringLiteral("1.0.0.0");
-        int dropEvery = 0;        // every Nth frame is lost: not delivered, not counted
-        int breakEvery = 0;       // every Nth frame is broken: counted as broken, not delivered
-        int disconnectAfter = 0;  // after N frames the stream ends as if unplugged
+        int dropEvery = 0;             // every Nth frame is lost: not delivered, not counted
+        int breakEvery = 0;            // every Nth frame is broken: counted as broken, not delivered
+        int disconnectAfter = 0;       // after N frames the stream ends as if unplugged
         bool omitDefaultMode = false;  // the mode list lacks the camera's default mode
         bool whiteBalanceNeverEnds = false;
     };
@@ -137,9 +137,9 @@ public:
     int SetParamOnePush(int cam, int type) override;
 
     // Ground truth for tests and the user guide.
-    static QSize modeSize(std::int32_t mode);           // 0 x 0 for an unknown mode
+    static QSize modeSize(std::int32_t mode);              // 0 x 0 for an unknown mode
     static double micrometresPerPixel(std::int32_t mode);  // 0 for an unknown mode
-    static double modeFrameRate(std::int32_t mode);     // at 48 MHz
+    static double modeFrameRate(std::int32_t mode);        // at 48 MHz
     static const SimScene::Geometry& scene() { return SimScene::geometry(); }
 
     // Test hooks.

@@ -19,6 +19,7 @@ namespace {
 constexpr int kNoiseRows = 128;
 constexpr int kNoiseSlack = 128;  // pixels of horizontal play for the per-frame offset
 constexpr int kMatrixShift = 12;
+constexpr double kUnitNoise = 1024.0;  // one standard deviation in the stored unit noise
 
 using Matrix = std::array<std::array<double, 3>, 3>;
 
@@ -117,17 +118,17 @@ void SimImagePipeline::setSize(QSize size)
     if (size == size_)
         return;
     size_ = size;
-    sceneDirty_ = preparedDirty_ = finishedDirty_ = true;
+    sceneDirty_ = matrixDirty_ = finishedDirty_ = true;
     noiseSigma_ = -1;
 }
 
 void SimImagePipeline::setLook(const SimLook& look)
 {
     const SimLook& o = look_;
-    if (look.rgbGain != o.rgbGain || look.flipH != o.flipH || look.flipV != o.flipV || look.colour != o.colour ||
-        look.saturation != o.saturation || look.hue != o.hue || look.colourCorrection != o.colourCorrection ||
-        look.colourProcessing != o.colourProcessing)
-        preparedDirty_ = true;
+    if (look.rgbGain != o.rgbGain || look.flipH != o.flipH || look.flipV != o.flipV ||
+        look.colour != o.colour || look.saturation != o.saturation || look.hue != o.hue ||
+        look.colourCorrection != o.colourCorrection || look.colourProcessing != o.colourProcessing)
+        matrixDirty_ = true;
     if (look.exposureMs != o.exposureMs || look.gain != o.gain || look.blackLevel != o.blackLevel ||
         look.brightness != o.brightness || look.contrast != o.contrast || look.gamma != o.gamma ||
         look.gammaOn != o.gammaOn || look.rgbOffset != o.rgbOffset || look.colour != o.colour)
@@ -146,7 +147,8 @@ void SimImagePipeline::ensureScene()
     finished_.assign(static_cast<size_t>(bytes), 0);
 
     sceneDirty_ = false;
-    preparedDirty_ = true;
+    preparedValid_ = false;
+    finishedDirty_ = true;
 }
 
 void SimImagePipeline::buildMatrix()
@@ -162,33 +164,37 @@ void SimImagePipeline::buildMatrix()
         m = multiply(greyMatrix(), m);
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j)
-            matrix_[static_cast<size_t>(3 * i + j)] =
-                static_cast<int>(std::lround(m[i][j] * look_.rgbGain[static_cast<size_t>(j)] / 64.0 * (1 << kMatrixShift)));
+            matrix_[static_cast<size_t>(3 * i + j)] = static_cast<int>(
+                std::lround(m[i][j] * look_.rgbGain[static_cast<size_t>(j)] / 64.0 * (1 << kMatrixShift)));
 }
 
-void SimImagePipeline::ensurePrepared()
+void SimImagePipeline::preparePass()
 {
-    ensureScene();
-    if (!preparedDirty_)
-        return;
-    buildMatrix();
     const int w = size_.width();
     const int h = size_.height();
-    const auto& a = matrix_;
+    // Locals, not members: stores through uchar* could alias them and force
+    // a reload of every coefficient for every pixel.
+    const int a0 = matrix_[0], a1 = matrix_[1], a2 = matrix_[2];
+    const int a3 = matrix_[3], a4 = matrix_[4], a5 = matrix_[5];
+    const int a6 = matrix_[6], a7 = matrix_[7], a8 = matrix_[8];
     constexpr int half = 1 << (kMatrixShift - 1);
+    const auto row = [&](const uchar* src, uchar* dst, int step) {
+        for (int x = 0; x < w; ++x, src += step, dst += 3) {
+            const int r = src[0], g = src[1], b = src[2];
+            dst[0] = clampByte((a0 * r + a1 * g + a2 * b + half) >> kMatrixShift);
+            dst[1] = clampByte((a3 * r + a4 * g + a5 * b + half) >> kMatrixShift);
+            dst[2] = clampByte((a6 * r + a7 * g + a8 * b + half) >> kMatrixShift);
+        }
+    };
     for (int y = 0; y < h; ++y) {
         const uchar* src = scene_.constScanLine(look_.flipV ? h - 1 - y : y);
         uchar* dst = prepared_.data() + static_cast<qsizetype>(y) * w * 3;
-        for (int x = 0; x < w; ++x) {
-            const uchar* p = src + 3 * (look_.flipH ? w - 1 - x : x);
-            const int r = p[0], g = p[1], b = p[2];
-            dst[3 * x] = clampByte((a[0] * r + a[1] * g + a[2] * b + half) >> kMatrixShift);
-            dst[3 * x + 1] = clampByte((a[3] * r + a[4] * g + a[5] * b + half) >> kMatrixShift);
-            dst[3 * x + 2] = clampByte((a[6] * r + a[7] * g + a[8] * b + half) >> kMatrixShift);
-        }
+        if (look_.flipH)
+            row(src + 3 * (w - 1), dst, -3);
+        else
+            row(src, dst, 3);
     }
-    preparedDirty_ = false;
-    finishedDirty_ = true;
+    preparedValid_ = true;
 }
 
 void SimImagePipeline::buildTables()
@@ -208,34 +214,74 @@ void SimImagePipeline::buildTables()
             x = (x - 128.0) * contrast + 128.0 + look_.brightness;
             if (look_.gammaOn)
                 x = 255.0 * std::pow(std::clamp(x, 0.0, 255.0) / 255.0, exponent);
-            table[static_cast<size_t>(v)] = clampByte(static_cast<int>(std::lround(std::clamp(x, -1.0, 256.0))));
+            table[static_cast<size_t>(v)] =
+                clampByte(static_cast<int>(std::lround(std::clamp(x, -1.0, 256.0))));
         }
     }
 }
 
 void SimImagePipeline::ensureFinished()
 {
-    ensurePrepared();
+    ensureScene();
+    if (matrixDirty_) {
+        buildMatrix();
+        const auto& m = matrix_;
+        diagonal_ = m[1] == 0 && m[2] == 0 && m[3] == 0 && m[5] == 0 && m[6] == 0 && m[7] == 0;
+        preparedValid_ = false;
+        matrixDirty_ = false;
+        finishedDirty_ = true;
+    }
     if (!finishedDirty_)
         return;
     buildTables();
-    const qsizetype n = static_cast<qsizetype>(prepared_.size());
-    const uchar* src = prepared_.data();
-    uchar* dst = finished_.data();
-    const uchar* t0 = tables_[0].data();
-    const uchar* t1 = tables_[1].data();
-    const uchar* t2 = tables_[2].data();
-    for (qsizetype i = 0; i + 2 < n; i += 3) {
-        dst[i] = t0[src[i]];
-        dst[i + 1] = t1[src[i + 1]];
-        dst[i + 2] = t2[src[i + 2]];
+    const int w = size_.width();
+    const int h = size_.height();
+
+    if (diagonal_) {
+        // Gains without mixing (the usual colour settings) fold into the
+        // tables: one pass from the scene, flips included.
+        std::array<std::array<uchar, 256>, 3> folded;
+        constexpr int half = 1 << (kMatrixShift - 1);
+        for (int c = 0; c < 3; ++c)
+            for (int v = 0; v < 256; ++v)
+                folded[static_cast<size_t>(c)][static_cast<size_t>(v)] =
+                    tables_[static_cast<size_t>(c)]
+                           [clampByte((matrix_[static_cast<size_t>(4 * c)] * v + half) >> kMatrixShift)];
+        const uchar* t0 = folded[0].data();
+        const uchar* t1 = folded[1].data();
+        const uchar* t2 = folded[2].data();
+        for (int y = 0; y < h; ++y) {
+            const uchar* src = scene_.constScanLine(look_.flipV ? h - 1 - y : y);
+            uchar* dst = finished_.data() + static_cast<qsizetype>(y) * w * 3;
+            const int step = look_.flipH ? -3 : 3;
+            if (look_.flipH)
+                src += 3 * (w - 1);
+            for (int x = 0; x < w; ++x, src += step, dst += 3) {
+                dst[0] = t0[src[0]];
+                dst[1] = t1[src[1]];
+                dst[2] = t2[src[2]];
+            }
+        }
+    } else {
+        if (!preparedValid_)
+            preparePass();
+        const qsizetype n = static_cast<qsizetype>(prepared_.size());
+        const uchar* src = prepared_.data();
+        uchar* dst = finished_.data();
+        const uchar* t0 = tables_[0].data();
+        const uchar* t1 = tables_[1].data();
+        const uchar* t2 = tables_[2].data();
+        for (qsizetype i = 0; i + 2 < n; i += 3) {
+            dst[i] = t0[src[i]];
+            dst[i + 1] = t1[src[i + 1]];
+            dst[i + 2] = t2[src[i + 2]];
+        }
     }
 
     double sum = 0;
     double count = 0;
-    const int w = size_.width();
-    for (int y = 3; y < size_.height(); y += 8) {
-        const uchar* p = dst + static_cast<qsizetype>(y) * w * 3;
+    for (int y = 3; y < h; y += 8) {
+        const uchar* p = finished_.data() + static_cast<qsizetype>(y) * w * 3;
         for (int x = 3; x < w; x += 8) {
             sum += kLuma[0] * p[3 * x] + kLuma[1] * p[3 * x + 1] + kLuma[2] * p[3 * x + 2];
             ++count;
@@ -247,22 +293,32 @@ void SimImagePipeline::ensureFinished()
 
 void SimImagePipeline::ensureNoise()
 {
+    const int rowPixels = size_.width() + kNoiseSlack;
+    const size_t pixels = static_cast<size_t>(rowPixels) * kNoiseRows;
+    if (unitNoise_.size() != pixels) {
+        // The sum of four uniforms is near enough to a normal distribution;
+        // its standard deviation is 2 / sqrt(3). Made once per size.
+        std::mt19937 rng(12345);
+        std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+        const double scale = kUnitNoise / (2.0 / std::sqrt(3.0));
+        unitNoise_.resize(pixels);
+        for (auto& v : unitNoise_) {
+            const double n = (uniform(rng) + uniform(rng) + uniform(rng) + uniform(rng)) * scale;
+            v = static_cast<std::int16_t>(std::clamp(std::lround(n), -32000L, 32000L));
+        }
+        noiseSigma_ = -1;
+    }
     // Read noise grows with the analogue gain.
     const double sigma = 1.6 * std::sqrt(look_.gain / 32.0);
     if (sigma == noiseSigma_)
         return;
     noiseSigma_ = sigma;
-    const int rowPixels = size_.width() + kNoiseSlack;
-    noise_.resize(static_cast<size_t>(rowPixels) * 3 * kNoiseRows);
-    std::mt19937 rng(12345);
-    std::uniform_real_distribution<double> uniform(-1.0, 1.0);
-    // The sum of four uniforms is near enough to a normal distribution; its
-    // standard deviation is 2 / sqrt(3).
-    const double scale = sigma / (2.0 / std::sqrt(3.0));
-    for (size_t i = 0; i < noise_.size(); i += 3) {
-        const double n = (uniform(rng) + uniform(rng) + uniform(rng) + uniform(rng)) * scale;
-        const auto v = static_cast<std::int8_t>(std::clamp(std::lround(n), -127L, 127L));
-        noise_[i] = noise_[i + 1] = noise_[i + 2] = v;  // the same for R, G, B so that grey stays grey
+    noise_.resize(pixels * 3);
+    const double scale = sigma / kUnitNoise;
+    for (size_t i = 0; i < pixels; ++i) {
+        const auto v = static_cast<std::int8_t>(std::clamp(std::lround(unitNoise_[i] * scale), -127L, 127L));
+        noise_[3 * i] = noise_[3 * i + 1] = noise_[3 * i + 2] =
+            v;  // the same for R, G, B so that grey stays grey
     }
 }
 
@@ -273,7 +329,8 @@ QColor SimImagePipeline::process(QColor lit)
     int out[3];
     for (int c = 0; c < 3; ++c) {
         const auto* row = &matrix_[static_cast<size_t>(3 * c)];
-        const int v = (row[0] * in[0] + row[1] * in[1] + row[2] * in[2] + (1 << (kMatrixShift - 1))) >> kMatrixShift;
+        const int v =
+            (row[0] * in[0] + row[1] * in[1] + row[2] * in[2] + (1 << (kMatrixShift - 1))) >> kMatrixShift;
         out[c] = tables_[static_cast<size_t>(c)][clampByte(v)];
     }
     return QColor(out[0], out[1], out[2]);

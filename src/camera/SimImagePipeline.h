@@ -23,7 +23,7 @@ struct SimLook {
     std::array<int, 3> rgbOffset{0, 0, 0};   // added output levels
     bool flipH = false;
     bool flipV = false;
-    bool colour = true;  // false: grey, R = G = B
+    bool colour = true;   // false: grey, R = G = B
     int saturation = 64;  // 64 = x1
     int hue = 0;          // degrees around the grey axis; +120 turns red into green
     bool colourCorrection = false;
@@ -53,7 +53,8 @@ public:
     // Writes one frame of the set size, RGB888, into `dst`. `previous` is the
     // last frame (same size and stride), blended in while TNR is on, or null. `noiseSeed` picks
     // where the noise pattern is laid this time.
-    void compose(uchar* dst, qsizetype bytesPerLine, const uchar* previous, QPointF particleUm, std::uint32_t noiseSeed);
+    void compose(uchar* dst, qsizetype bytesPerLine, const uchar* previous, QPointF particleUm,
+                 std::uint32_t noiseSeed);
 
     // The mean grey level of the processed still scene (without noise), for
     // the automatic exposure.
@@ -63,7 +64,7 @@ public:
 
 private:
     void ensureScene();
-    void ensurePrepared();
+    void preparePass();
     void ensureFinished();
     void ensureNoise();
     void buildMatrix();
@@ -72,18 +73,21 @@ private:
     QSize size_;
     SimLook look_;
     bool sceneDirty_ = true;
-    bool preparedDirty_ = true;
+    bool matrixDirty_ = true;
+    bool preparedValid_ = false;
+    bool diagonal_ = false;
     bool finishedDirty_ = true;
 
     QImage scene_;  // lit scene, RGB888
     QImage particleMask_;
     std::array<int, 9> matrix_{};  // colour matrix x gains, 12 fractional bits
     std::array<std::array<uchar, 256>, 3> tables_{};
-    std::vector<uchar> prepared_;  // after gains and matrix, flipped; 3 * width per row
+    std::vector<uchar> prepared_;  // after gains and a mixing matrix, flipped; 3 * width per row
     std::vector<uchar> finished_;  // after the tables
     double meanLevel_ = 0;
 
-    std::vector<std::int8_t> noise_;  // rows of (width + kNoiseSlack) pixels, the same value for R, G, B
+    std::vector<std::int16_t> unitNoise_;  // rows of (width + slack) pixels, standard deviation 1024
+    std::vector<std::int8_t> noise_;       // the same scaled to the gain, one value for each of R, G, B
     double noiseSigma_ = -1;
 };
 

@@ -151,7 +151,8 @@ QColor SimScene::lampColour()
 
 QColor SimScene::particleColour()
 {
-    return QColor(qRound(kLamp[0] * kParticle[0]), qRound(kLamp[1] * kParticle[1]), qRound(kLamp[2] * kParticle[2]));
+    return QColor(qRound(kLamp[0] * kParticle[0]), qRound(kLamp[1] * kParticle[1]),
+                  qRound(kLamp[2] * kParticle[2]));
 }
 
 QImage SimScene::render(QSize size)
@@ -189,7 +190,8 @@ QImage SimScene::render(QSize size)
         p.setPen(QPen(reflectance(kInk), g.angle.lineWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
         const QPointF v = g.angle.vertex;
         const auto rayEnd = [&](double deg) {
-            return v + QPointF(std::cos(qDegreesToRadians(deg)), -std::sin(qDegreesToRadians(deg))) * g.angle.length;
+            return v + QPointF(std::cos(qDegreesToRadians(deg)), -std::sin(qDegreesToRadians(deg))) *
+                           g.angle.length;
         };
         const QPointF tip[3] = {rayEnd(g.angle.firstDeg), v, rayEnd(g.angle.secondDeg)};
         p.drawPolyline(tip, 3);

@@ -34,8 +34,8 @@ quint16 u16(const uchar* p)
 
 quint32 u32(const uchar* p)
 {
-    return static_cast<quint32>(p[0]) | (static_cast<quint32>(p[1]) << 8) | (static_cast<quint32>(p[2]) << 16) |
-           (static_cast<quint32>(p[3]) << 24);
+    return static_cast<quint32>(p[0]) | (static_cast<quint32>(p[1]) << 8) |
+           (static_cast<quint32>(p[2]) << 16) | (static_cast<quint32>(p[3]) << 24);
 }
 
 void put16(uchar* p, quint32 v)
@@ -116,7 +116,8 @@ __attribute__((target("ssse3"))) void unpack3to4Ssse3(const uchar* src, uchar* d
     int i = 0;
     for (; i + 6 <= pixels; i += 4) {  // reads 16 of the 18 bytes of six pixels
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i * 3));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i * 4), _mm_or_si128(_mm_shuffle_epi8(v, mask), alpha));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i * 4),
+                         _mm_or_si128(_mm_shuffle_epi8(v, mask), alpha));
     }
     unpack3to4Scalar(src + i * 3, dst + i * 4, pixels - i);
 }
@@ -151,14 +152,14 @@ constexpr bool kLittleEndian = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
 bool encodable(QImage::Format format)
 {
     switch (format) {
-    case QImage::Format_RGB888:
-    case QImage::Format_BGR888:
-        return true;
-    case QImage::Format_RGB32:
-    case QImage::Format_ARGB32:
-        return kLittleEndian;
-    default:
-        return false;
+        case QImage::Format_RGB888:
+        case QImage::Format_BGR888:
+            return true;
+        case QImage::Format_RGB32:
+        case QImage::Format_ARGB32:
+            return kLittleEndian;
+        default:
+            return false;
     }
 }
 
@@ -216,14 +217,15 @@ Parse parse(const uchar* data, qsizetype size, Layout& l)
 
     if (bits == 24 && compression == kRgb) {
         l.stride = rowBytes(l.width);
-    } else if (bits == 32 && (compression == kRgb || compression == kBitFields || compression == kAlphaBitFields)) {
+    } else if (bits == 32 &&
+               (compression == kRgb || compression == kBitFields || compression == kAlphaBitFields)) {
         if (compression != kRgb) {
             const bool hasAlphaMask = headerSize >= 56 || compression == kAlphaBitFields;
             if (size < 66 + (hasAlphaMask ? 4 : 0))
                 return Parse::Invalid;
             const quint32 alphaMask = hasAlphaMask ? u32(data + 66) : 0;
-            if (u32(data + 54) != 0x00ff0000u || u32(data + 58) != 0x0000ff00u || u32(data + 62) != 0x000000ffu ||
-                (alphaMask != 0 && alphaMask != 0xff000000u))
+            if (u32(data + 54) != 0x00ff0000u || u32(data + 58) != 0x0000ff00u ||
+                u32(data + 62) != 0x000000ffu || (alphaMask != 0 && alphaMask != 0xff000000u))
                 return Parse::Qt;
             l.alpha = alphaMask != 0;
         }
@@ -243,23 +245,24 @@ bool decodeInto(const uchar* data, qsizetype size, QImage& image)
 {
     Layout l;
     switch (parse(data, size, l)) {
-    case Parse::Invalid:
-        return false;
-    case Parse::Qt: {
-        QImage decoded = decodeWithQt(data, size);
-        if (decoded.isNull())
+        case Parse::Invalid:
             return false;
-        image = std::move(decoded);
-        return true;
-    }
-    case Parse::Own:
-        break;
+        case Parse::Qt: {
+            QImage decoded = decodeWithQt(data, size);
+            if (decoded.isNull())
+                return false;
+            image = std::move(decoded);
+            return true;
+        }
+        case Parse::Own:
+            break;
     }
 
     const QImage::Format format =
         l.bits == 24 ? QImage::Format_RGB888 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     QImage target;
-    if (image.width() == l.width && image.height() == l.height && image.format() == format && image.isDetached())
+    if (image.width() == l.width && image.height() == l.height && image.format() == format &&
+        image.isDetached())
         target = std::move(image);  // keeps its pages: no page faults on the next still
     else
         target = QImage(l.width, l.height, format);
@@ -329,15 +332,15 @@ bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPe
         const uchar* src = bits + static_cast<qsizetype>(height - 1 - y) * bytesPerLine;
         uchar* dst = p + kHeaderSize + static_cast<qsizetype>(y) * stride;
         switch (format) {
-        case QImage::Format_RGB888:
-            fns.swap3(src, dst, width);
-            break;
-        case QImage::Format_BGR888:
-            std::memcpy(dst, src, static_cast<size_t>(width) * 3);
-            break;
-        default:  // RGB32, ARGB32
-            fns.pack4to3(src, dst, width);
-            break;
+            case QImage::Format_RGB888:
+                fns.swap3(src, dst, width);
+                break;
+            case QImage::Format_BGR888:
+                std::memcpy(dst, src, static_cast<size_t>(width) * 3);
+                break;
+            default:  // RGB32, ARGB32
+                fns.pack4to3(src, dst, width);
+                break;
         }
         if (pad)
             std::memset(dst + width * 3, 0, static_cast<size_t>(pad));
@@ -350,8 +353,8 @@ bool BmpFile::encode(const QImage& image, QByteArray& out)
     if (image.isNull())
         return false;
     if (encodable(image.format())) {
-        const bool ok = encode(image.constBits(), image.width(), image.height(), image.bytesPerLine(), image.format(),
-                               out);
+        const bool ok = encode(image.constBits(), image.width(), image.height(), image.bytesPerLine(),
+                               image.format(), out);
         if (ok && image.dotsPerMeterX() > 0 && image.dotsPerMeterY() > 0) {
             put32(reinterpret_cast<uchar*>(out.data()) + 38, static_cast<quint32>(image.dotsPerMeterX()));
             put32(reinterpret_cast<uchar*>(out.data()) + 42, static_cast<quint32>(image.dotsPerMeterY()));
@@ -402,7 +405,9 @@ int BmpFile::read(const QString& path, QImage& image)
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return err::FileNotFound;
-    return decodeInto(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), image) ? 0 : kInvalidPicture;
+    return decodeInto(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), image)
+               ? 0
+               : kInvalidPicture;
 }
 
 }  // namespace tavix

@@ -23,8 +23,8 @@ public:
     // Format_ARGB32 (alpha dropped) into `out`, reusing its storage when it is
     // large enough, so that repeated saves of one size allocate nothing.
     // Returns false for an empty picture or another format.
-    static bool encode(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
-                       QByteArray& out);
+    static bool encode(const uchar* bits, int width, int height, qsizetype bytesPerLine,
+                       QImage::Format format, QByteArray& out);
     // Any picture; formats other than the above are converted first.
     static bool encode(const QImage& image, QByteArray& out);
 

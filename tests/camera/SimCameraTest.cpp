@@ -1,7 +1,8 @@
+#include "TempDir.h"
 #include "camera/SimCamera.h"
 #include "files/BmpFile.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QFile>
 #include <QImageReader>
 #include <QLineF>
@@ -9,7 +10,6 @@
 #include <QThread>
 #include <atomic>
 #include <functional>
-#include <gtest/gtest.h>
 #include <set>
 
 using namespace tavix;
@@ -286,7 +286,8 @@ TEST_P(SimCameraModes, ModeSizeAndScale_AreDocumented)
     EXPECT_EQ(SimCamera::modeSize(c.mode), QSize(c.width, c.height));
     EXPECT_DOUBLE_EQ(SimCamera::micrometresPerPixel(c.mode), c.umPerPixel);
     if (c.width > 0) {
-        EXPECT_DOUBLE_EQ(c.width * SimCamera::micrometresPerPixel(c.mode), 1296.0);  // one field at every size
+        EXPECT_DOUBLE_EQ(c.width * SimCamera::micrometresPerPixel(c.mode),
+                         1296.0);  // one field at every size
     }
 }
 
@@ -325,13 +326,14 @@ INSTANTIATE_TEST_SUITE_P(
     Table, SimCameraRanges,
     ::testing::Values(RangeCase{1, 0, 0, -64, 64}, RangeCase{2, 0, 32, 0, 64}, RangeCase{3, 0, 64, 16, 255},
                       RangeCase{4, 0, 0, 0, 1}, RangeCase{5, 0, 0, 0, 1}, RangeCase{6, 0, 0, 0, 1},
-                      RangeCase{7, 1, 960, 1, 50000}, RangeCase{8, 0, 128, 16, 240}, RangeCase{9, 0, 64, 0, 255},
-                      RangeCase{10, 0, 64, 0, 255}, RangeCase{11, 0, 64, 0, 255}, RangeCase{12, 1, 4, 0, 64},
-                      RangeCase{13, 0, 32, 32, 255}, RangeCase{14, 0, 1, 0, 1}, RangeCase{15, 0, 48, 12, 96},
-                      RangeCase{19, 0, 64, 0, 128}, RangeCase{24, 0, 0, 0, 1}, RangeCase{43, 0, 0, 0, 1},
-                      RangeCase{106, 0, 0, -64, 64}, RangeCase{107, 0, 0, -64, 64}, RangeCase{108, 0, 0, -64, 64},
-                      RangeCase{109, 0, 0, -180, 180}, RangeCase{110, 0, 0, 0, 1}, RangeCase{111, 0, 1, 0, 1},
-                      RangeCase{115, 0, 0, 0, 1}, RangeCase{117, 0, 1, 0, 1}),
+                      RangeCase{7, 1, 960, 1, 50000}, RangeCase{8, 0, 128, 16, 240},
+                      RangeCase{9, 0, 64, 0, 255}, RangeCase{10, 0, 64, 0, 255}, RangeCase{11, 0, 64, 0, 255},
+                      RangeCase{12, 1, 4, 0, 64}, RangeCase{13, 0, 32, 32, 255}, RangeCase{14, 0, 1, 0, 1},
+                      RangeCase{15, 0, 48, 12, 96}, RangeCase{19, 0, 64, 0, 128}, RangeCase{24, 0, 0, 0, 1},
+                      RangeCase{43, 0, 0, 0, 1}, RangeCase{106, 0, 0, -64, 64}, RangeCase{107, 0, 0, -64, 64},
+                      RangeCase{108, 0, 0, -64, 64}, RangeCase{109, 0, 0, -180, 180},
+                      RangeCase{110, 0, 0, 0, 1}, RangeCase{111, 0, 1, 0, 1}, RangeCase{115, 0, 0, 0, 1},
+                      RangeCase{117, 0, 1, 0, 1}),
     [](const auto& info) { return "Type" + std::to_string(info.param.type); });
 
 TEST_F(SimCameraTest, Exposure_OffersMoreThan4096_ForTheRoughSlider)
@@ -946,7 +948,8 @@ TEST_P(SimCameraGeometry, MicrometerTicks_LieWhereTheScaleSays)
 
 TEST_P(SimCameraGeometry, VerticalScaleTicks_LieWhereTheScaleSays)
 {
-    const QImage rotated = frame().transformed(QTransform().rotate(90));  // columns become rows, top to the right
+    const QImage rotated =
+        frame().transformed(QTransform().rotate(90));  // columns become rows, top to the right
     const SimScene::Scale& scale = SimScene::geometry().verticalScale;
     const double s = SimCamera::micrometresPerPixel(GetParam());
     const QSize original(rotated.height(), rotated.width());
@@ -977,7 +980,8 @@ TEST_P(SimCameraGeometry, LargeCircle_HasItsDocumentedCentreAndDiameter)
     const double left = crossing(image, row, static_cast<int>(centre.x()), -1, level);
     const double right = crossing(image, row, static_cast<int>(centre.x()), +1, level);
 
-    const double chord = 2 * std::sqrt(std::pow(circle.diameter / 2 / s, 2) - std::pow(row + 0.5 - centre.y(), 2));
+    const double chord =
+        2 * std::sqrt(std::pow(circle.diameter / 2 / s, 2) - std::pow(row + 0.5 - centre.y(), 2));
     EXPECT_NEAR(right - left, chord, 1.0);
     EXPECT_NEAR((left + right) / 2, centre.x(), 1.0);
     EXPECT_NEAR((right - left) * s, circle.diameter, 1.5 * s);
@@ -1396,29 +1400,74 @@ TEST_P(SimCameraFailingCall, ReturnsTheInjectedStatus)
 INSTANTIATE_TEST_SUITE_P(
     Calls, SimCameraFailingCall,
     ::testing::Values(
-        FailCase{"GetVersion", [](SimCamera& c) { QString v; return c.GetVersion(1, v); }},
+        FailCase{"GetVersion",
+                 [](SimCamera& c) {
+                     QString v;
+                     return c.GetVersion(1, v);
+                 }},
         FailCase{"Init", [](SimCamera& c) { return c.Init(); }},
-        FailCase{"GetName", [](SimCamera& c) { QString n; return c.GetName(kCam, n); }},
-        FailCase{"Open", [](SimCamera& c) { c.Close(kCam); return c.Open(kCam); }},
+        FailCase{"GetName",
+                 [](SimCamera& c) {
+                     QString n;
+                     return c.GetName(kCam, n);
+                 }},
+        FailCase{"Open",
+                 [](SimCamera& c) {
+                     c.Close(kCam);
+                     return c.Open(kCam);
+                 }},
         FailCase{"IsOpen", [](SimCamera& c) { return c.IsOpen(kCam); }},
         FailCase{"Close", [](SimCamera& c) { return c.Close(kCam); }},
-        FailCase{"GetModeList", [](SimCamera& c) { std::vector<std::int32_t> m; return c.GetModeList(kCam, m); }},
-        FailCase{"GetMode", [](SimCamera& c) { std::int32_t m; return c.GetMode(kCam, m); }},
+        FailCase{"GetModeList",
+                 [](SimCamera& c) {
+                     std::vector<std::int32_t> m;
+                     return c.GetModeList(kCam, m);
+                 }},
+        FailCase{"GetMode",
+                 [](SimCamera& c) {
+                     std::int32_t m;
+                     return c.GetMode(kCam, m);
+                 }},
         FailCase{"SetMode", [](SimCamera& c) { return c.SetMode(kCam, 1); }},
         FailCase{"SetDisplayMode", [](SimCamera& c) { return c.SetDisplayMode(kCam, 1, 0, 0, 0, 0); }},
         FailCase{"Start", [](SimCamera& c) { return c.Start(kCam, 0, nullptr, -1, 0); }},
         FailCase{"IsStarted", [](SimCamera& c) { return c.IsStarted(kCam); }},
         FailCase{"Stop", [](SimCamera& c) { return c.Stop(kCam); }},
-        FailCase{"GetGoodFrames", [](SimCamera& c) { std::int32_t n; return c.GetGoodFrames(kCam, n); }},
-        FailCase{"GetBrokenFrames", [](SimCamera& c) { std::int32_t n; return c.GetBrokenFrames(kCam, n); }},
-        FailCase{"SaveToFile", [](SimCamera& c) { return c.SaveToFile(kCam, QStringLiteral("/tmp/never.bmp")); }},
-        FailCase{"SaveAvi", [](SimCamera& c) { return c.SaveAvi(kCam, QStringLiteral("/tmp/never.avi"), 0, 1); }},
+        FailCase{"GetGoodFrames",
+                 [](SimCamera& c) {
+                     std::int32_t n;
+                     return c.GetGoodFrames(kCam, n);
+                 }},
+        FailCase{"GetBrokenFrames",
+                 [](SimCamera& c) {
+                     std::int32_t n;
+                     return c.GetBrokenFrames(kCam, n);
+                 }},
+        FailCase{"SaveToFile",
+                 [](SimCamera& c) { return c.SaveToFile(kCam, QStringLiteral("/tmp/never.bmp")); }},
+        FailCase{"SaveAvi",
+                 [](SimCamera& c) { return c.SaveAvi(kCam, QStringLiteral("/tmp/never.avi"), 0, 1); }},
         FailCase{"SetCamParameter", [](SimCamera& c) { return c.SetCamParameter(kCam, 43, 1); }},
-        FailCase{"GetCamParameter", [](SimCamera& c) { std::int32_t v; return c.GetCamParameter(kCam, 1, v); }},
+        FailCase{"GetCamParameter",
+                 [](SimCamera& c) {
+                     std::int32_t v;
+                     return c.GetCamParameter(kCam, 1, v);
+                 }},
         FailCase{"GetCamParameterRange",
-                 [](SimCamera& c) { CamParamRange r; return c.GetCamParameterRange(kCam, 1, r); }},
-        FailCase{"GetExposure", [](SimCamera& c) { float ms; return c.GetExposure(kCam, ms); }},
-        FailCase{"GetParamAuto", [](SimCamera& c) { std::int32_t f; return c.GetParamAuto(kCam, 7, f); }},
+                 [](SimCamera& c) {
+                     CamParamRange r;
+                     return c.GetCamParameterRange(kCam, 1, r);
+                 }},
+        FailCase{"GetExposure",
+                 [](SimCamera& c) {
+                     float ms;
+                     return c.GetExposure(kCam, ms);
+                 }},
+        FailCase{"GetParamAuto",
+                 [](SimCamera& c) {
+                     std::int32_t f;
+                     return c.GetParamAuto(kCam, 7, f);
+                 }},
         FailCase{"SetParamAuto", [](SimCamera& c) { return c.SetParamAuto(kCam, 7, 1); }},
         FailCase{"SetParamAutoDef", [](SimCamera& c) { return c.SetParamAutoDef(kCam, 7); }},
         FailCase{"SetParamOnePush", [](SimCamera& c) { return c.SetParamOnePush(kCam, 6); }}),

@@ -1,14 +1,14 @@
-#include "files/BmpFile.h"
 #include "TempDir.h"
+#include "files/BmpFile.h"
 
+#include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <QBuffer>
 #include <QFile>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QRandomGenerator>
 #include <csignal>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
 
 using namespace tavix;
 using tavix::test::TempDir;
@@ -46,8 +46,8 @@ QImage randomImage(int width, int height, QImage::Format format, quint32 seed = 
     for (int y = 0; y < ca.height(); ++y)
         for (int x = 0; x < ca.width(); ++x)
             if (ca.pixel(x, y) != cb.pixel(x, y))
-                return ::testing::AssertionFailure()
-                       << "pixel (" << x << "," << y << ") " << std::hex << ca.pixel(x, y) << " vs " << cb.pixel(x, y);
+                return ::testing::AssertionFailure() << "pixel (" << x << "," << y << ") " << std::hex
+                                                     << ca.pixel(x, y) << " vs " << cb.pixel(x, y);
     return ::testing::AssertionSuccess();
 }
 
@@ -336,7 +336,8 @@ TEST(BmpFile, Read_Returns481AndKeepsPicture_WhenFileIsCutOff)
 TEST(BmpFile, Read_Returns481_ForTextFile)
 {
     TempDir dir;
-    const QString path = dir.write(QStringLiteral("text.bmp"), "BM but not a bitmap at all, just some words\r\n");
+    const QString path =
+        dir.write(QStringLiteral("text.bmp"), "BM but not a bitmap at all, just some words\r\n");
     QImage image;
 
     EXPECT_EQ(BmpFile::read(path, image), BmpFile::kInvalidPicture);
