@@ -9,6 +9,9 @@
 #include "common/Prompter.h"
 #include "common/RunError.h"
 #include "common/Twips.h"
+#include "camera/ui/StillViewWidget.h"
+#include "measure/MeasureSession.h"
+#include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
 
 #include <QCloseEvent>
@@ -151,6 +154,7 @@ bool frmMain::Form_Load()
             return false;
         placeRunTimeControls();
         applySettingsToControls();
+        connectMeasuring();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
         return true;
@@ -177,9 +181,51 @@ bool frmMain::openCamera()
     return camera_->open();
 }
 
+void frmMain::connectMeasuring()
+{
+    auto units = [this] {
+        const ProofEntry& entry = data_.proofs.at(data_.settings.CURRENTPROOFNO);
+        // Tools work in picture pixels, so the zoom does not enter here.
+        return CalcModule::UnitContext{entry.XFactor, entry.YFactor, 1.0, measure_->calibration().takingValue()};
+    };
+    session_ = std::make_unique<MeasureSession>(data_, measure_->results(), *guidance_, prompter_, units);
+    StillViewWidget* still = camera_->stillView();
+    still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
+    connect(still, &StillViewWidget::pictureMoved, session_.get(), &MeasureSession::move);
+    connect(still, &StillViewWidget::pictureReleased, session_.get(), &MeasureSession::release);
+    connect(still, &StillViewWidget::pictureDoubleClicked, session_.get(), &MeasureSession::doubleClick);
+    connect(still, &StillViewWidget::cancelRequested, session_.get(), &MeasureSession::cancel);
+    connect(session_.get(), &MeasureSession::previewChanged, still, &StillViewWidget::setPreview);
+    connect(session_.get(), &MeasureSession::overlayChanged, still, &StillViewWidget::invalidateOverlay);
+    connect(session_.get(), &MeasureSession::highlightChanged, still, &StillViewWidget::setHighlight);
+    connect(measure_.get(), &MeasurePanel::toolButtonClicked, session_.get(), &MeasureSession::selectButton);
+    connect(measure_.get(), &MeasurePanel::rowsSelected, session_.get(), &MeasureSession::highlightRows);
+    connect(measure_.get(), &MeasurePanel::calibrationMarkingRequested, this, [this](qint16 tool, qint16) {
+        measure_->releaseToolButtons();
+        session_->selectTool(tool);
+    });
+    connect(session_.get(), &MeasureSession::calibrationLengthMarked, this, [this](double pixels) {
+        session_->clearTool();
+        measure_->calibrationLengthMarked(pixels, Magnification::valueOf(cboScale_->currentText()));
+    });
+    connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this, still] {
+        session_->relabel();
+        still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
+    });
+}
+
 void frmMain::stillShownChanged(bool shown)
 {
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
+    if (!session_)
+        return;
+    // A new still, or the live picture again: the results of the last still
+    // are kept (greyed) or dropped as chkKeepResult says.
+    measure_->results().ClearResults(0);
+    if (!shown) {
+        session_->clearTool();
+        measure_->releaseToolButtons();
+    }
 }
 
 void frmMain::cboScale_Click()

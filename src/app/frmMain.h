@@ -19,6 +19,7 @@ class CameraPanel;
 class Clock;
 class CommentLineEdit;
 class MeasurePanel;
+class MeasureSession;
 class Prompter;
 
 // The program's main window: start-up, layout, close and exit. Controllers of
@@ -40,6 +41,7 @@ public:
     AppData& data() { return data_; }
     CameraPanel& camera() { return *camera_; }
     MeasurePanel& measure() { return *measure_; }
+    MeasureSession& measuring() { return *session_; }
     Guidance& guidance() { return *guidance_; }
 
     // While set, closing the window or pressing the exit button asks first.
@@ -74,6 +76,7 @@ private:
     bool openCamera();
     void stillShownChanged(bool shown);
     void cboScale_Click();
+    void connectMeasuring();
 
     AppData data_;
     Prompter& prompter_;
@@ -81,6 +84,7 @@ private:
     DriverFactory driverFactory_;
     std::unique_ptr<CameraPanel> camera_;
     std::unique_ptr<MeasurePanel> measure_;
+    std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<Guidance> guidance_;
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window

@@ -15,6 +15,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QItemSelectionModel>
 #include <QTableView>
 #include <QToolButton>
 
@@ -80,6 +81,7 @@ void MeasurePanel::build(QWidget* area)
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
         cmdMeasure_[static_cast<size_t>(i)] = button;
+        connect(button, &QToolButton::clicked, this, [this, i] { emit toolButtonClicked(i); });
     }
     cmdMeasureConfig_ = named(new QPushButton(fraTools_), QStringLiteral("cmdMeasureConfig"));
     cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 24 + 3 * 38, buttonWidth, 34);
@@ -97,6 +99,26 @@ void MeasurePanel::build(QWidget* area)
     grdResult_->setColumnWidth(0, 40);
     grdResult_->setColumnWidth(1, 118);
     grdResult_->setColumnWidth(2, 80);
+    connect(grdResult_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        const QModelIndexList rows = grdResult_->selectionModel()->selectedRows();
+        if (rows.isEmpty()) {
+            emit rowsSelected(0, -1);
+            return;
+        }
+        int first = rows.front().row() + 1;
+        int last = first;
+        for (const QModelIndex& index : rows) {
+            first = std::min(first, index.row() + 1);
+            last = std::max(last, index.row() + 1);
+        }
+        emit rowsSelected(first, last);
+    });
+    connect(&results_, &ResultTable::selectionRequested, this, [this](int row) {
+        if (row >= 1 && row <= results_.count())
+            grdResult_->selectRow(row - 1);
+        else
+            grdResult_->clearSelection();
+    });
 
     cmdResultClear_ = named(new QPushButton(area), QStringLiteral("cmdResultClear"));
     cmdResultRemove_ = named(new QPushButton(area), QStringLiteral("cmdResultRemove"));
@@ -214,6 +236,31 @@ void MeasurePanel::cmdProofConfig_Click()
 {
     if (!calibration_->startProcedure())
         return;
+    runProofDialog();
+}
+
+void MeasurePanel::calibrationLengthMarked(double pixels, double magnification)
+{
+    const auto marked = calibration_->finishMarking(pixels, magnification);
+    if (marked.runError != 0)
+        data_.log.write(QStringLiteral("frmMain:picStillView_MouseUp Error.(%1)").arg(marked.runError));
+    releaseToolButtons();
+    runProofDialog();
+}
+
+void MeasurePanel::releaseToolButtons()
+{
+    // Exclusive buttons cannot all be unchecked while exclusive.
+    for (QToolButton* button : cmdMeasure_)
+        button->setAutoExclusive(false);
+    for (QToolButton* button : cmdMeasure_) {
+        button->setChecked(false);
+        button->setAutoExclusive(true);
+    }
+}
+
+void MeasurePanel::runProofDialog()
+{
     frmProofConfig dialog(*calibration_, data_.messages, data_.log, cboProof_->window());
     runDialog_(dialog);
     const auto after = calibration_->dialogClosed();

@@ -50,8 +50,16 @@ public:
     void cboProof_Click(int index);
     void cmdProofConfig_Click();
     void cmdMeasureConfig_Click();
+    // A calibration length was marked on the picture: its true length is asked
+    // and the calibration dialog comes back.
+    void calibrationLengthMarked(double pixels, double magnification);
+    // No tool button pressed (the live picture runs, or a marking ended).
+    void releaseToolButtons();
 
 signals:
+    void toolButtonClicked(int index);
+    // Result rows first..last (1-based) are selected in the grid.
+    void rowsSelected(int first, int last);
     // The measurement settings changed: colours, decimals, font size, tool modes.
     void measureSettingsChanged();
     // A calibration length is to be marked on the picture with this tool.
@@ -67,6 +75,7 @@ private:
     void build(QWidget* area);
     void applyToolCaptions();
     void fillProofList();
+    void runProofDialog();
 
     AppData& data_;
     Prompter& prompter_;

@@ -1,0 +1,155 @@
+#include "measure/MeasureSession.h"
+
+#include "common/AppData.h"
+#include "common/Guidance.h"
+#include "common/HandlerGuard.h"
+#include "common/Prompter.h"
+#include "measure/ResultTable.h"
+#include "measure/ToolFactory.h"
+
+namespace tavix {
+
+MeasureSession::MeasureSession(AppData& data, ResultTable& results, Guidance& guidance, Prompter& prompter,
+                               UnitSource units, QObject* parent)
+    : QObject(parent),
+      data_(data),
+      results_(results),
+      guidance_(guidance),
+      prompter_(prompter),
+      units_(std::move(units))
+{
+    connect(&results_, &ResultTable::measurementsCleared, this, [this] {
+        store_.clear();
+        emit overlayChanged();
+    });
+    connect(&results_, &ResultTable::rowsRemovedFromStore, this, [this](int first, int last) {
+        store_.removeRows(first, last);
+        emit overlayChanged();
+    });
+    connect(&results_, &ResultTable::redrawRequested, this, [this] { emit overlayChanged(); });
+}
+
+MeasureSession::~MeasureSession() = default;
+
+MeasureContext MeasureSession::context() const
+{
+    return {units_(), data_.settings.NUMBEROFDECIMALS};
+}
+
+int MeasureSession::toolNumber() const
+{
+    return tool_ ? tool_->number() : 0;
+}
+
+void MeasureSession::selectButton(int index)
+{
+    if (const auto number = ToolFactory::toolForButton(index, data_.settings))
+        selectTool(*number);
+}
+
+void MeasureSession::selectTool(int toolNumber)
+{
+    tool_ = ToolFactory::create(toolNumber);
+    emit previewChanged({});
+    showGuidance();
+}
+
+void MeasureSession::clearTool()
+{
+    tool_.reset();
+    emit previewChanged({});
+    guidance_.HideGuidance();
+}
+
+void MeasureSession::showGuidance()
+{
+    if (tool_)
+        guidance_.DispGuidance(static_cast<qint16>(tool_->guidance()));
+}
+
+void MeasureSession::move(PointD p)
+{
+    if (!tool_ || tool_->clickCount() == 0)
+        return;
+    emit previewChanged(tool_->preview(p, context()));
+}
+
+void MeasureSession::release(PointD p, Qt::MouseButton button)
+{
+    if (!tool_)
+        return;
+    if (button == Qt::RightButton) {
+        cancel();
+        return;
+    }
+    if (button != Qt::LeftButton)
+        return;
+    runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
+        tool_->addPoint(p);
+        if (tool_->complete())
+            complete();
+        else
+            showGuidance();
+    });
+}
+
+void MeasureSession::doubleClick(PointD)
+{
+    if (!tool_)
+        return;
+    runGuarded(data_.log, "frmMain:picStillView_DblClick", [&] {
+        if (tool_->finishOnDoubleClick() && tool_->complete())
+            complete();
+    });
+}
+
+void MeasureSession::cancel()
+{
+    if (!tool_)
+        return;
+    tool_->reset();
+    emit previewChanged({});
+    showGuidance();
+}
+
+void MeasureSession::complete()
+{
+    const std::optional<Measurement> result = tool_->result(context());
+    tool_->startNext();
+    emit previewChanged({});
+    showGuidance();
+    if (!result)
+        return;  // e.g. three points on one line: no circle, no row
+    if (!result->addsResultRows()) {
+        emit calibrationLengthMarked(result->values.empty() ? 0.0 : result->values.front().value);
+        return;
+    }
+    const int rows = static_cast<int>(result->values.size());
+    if (results_.count() + rows > ResultTable::kMaxResults) {
+        ResultTable::tellTableFull(prompter_, data_.messages);
+        return;
+    }
+    const QString unit = data_.proofs.at(data_.settings.CURRENTPROOFNO).Unit;
+    int firstRow = 0;
+    for (const ResultValue& value : result->values) {
+        const int row = results_.addResult(data_.messages.text(value.kindCaption), value.value,
+                                           unitText(value, unit, data_.messages));
+        if (firstRow == 0)
+            firstRow = row;
+    }
+    store_.add(*result, firstRow);
+    emit overlayChanged();
+}
+
+void MeasureSession::relabel()
+{
+    store_.relabel(data_.settings.NUMBEROFDECIMALS);
+    emit overlayChanged();
+}
+
+void MeasureSession::highlightRows(int first, int last)
+{
+    emit highlightChanged(store_.indexesInRows(first, last));
+}
+
+}  // namespace tavix

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "measure/MeasureContext.h"
+#include "measure/MeasureTool.h"
+#include "measure/MeasurementStore.h"
+
+#include <QObject>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tavix {
+
+struct AppData;
+class Guidance;
+class Prompter;
+class ResultTable;
+
+// The measuring on the still picture: the selected tool, the clicks that feed
+// it, the measurements of the picture and their rows in the result table.
+class MeasureSession : public QObject {
+    Q_OBJECT
+public:
+    // The selected calibration entry's factors, and whether a calibration
+    // length is being marked (lengths then stay in pixels).
+    using UnitSource = std::function<CalcModule::UnitContext()>;
+
+    MeasureSession(AppData& data, ResultTable& results, Guidance& guidance, Prompter& prompter, UnitSource units,
+                   QObject* parent = nullptr);
+    ~MeasureSession() override;
+
+    // cmdMeasure(index): the tool its setting selects, with its guidance.
+    void selectButton(int index);
+    // A tool by number (the calibration marking tools 21 to 24).
+    void selectTool(int toolNumber);
+    // No tool: the live picture runs.
+    void clearTool();
+    int toolNumber() const;
+
+    // Mouse over the still, in picture pixels.
+    void move(PointD p);
+    void release(PointD p, Qt::MouseButton button);
+    void doubleClick(PointD p);
+    // Right click or Esc: the measurement in progress is dropped.
+    void cancel();
+
+    const MeasurementStore& store() const { return store_; }
+    MeasureContext context() const;
+
+    // The value labels again with the decimals in force.
+    void relabel();
+
+    // The result rows first..last are selected: their measurements are highlighted.
+    void highlightRows(int first, int last);
+
+signals:
+    void previewChanged(const tavix::Shape& preview);
+    void overlayChanged();
+    void highlightChanged(const std::vector<int>& indexes);
+    // A calibration marking is complete: the pixel length marked.
+    void calibrationLengthMarked(double pixels);
+
+private:
+    void complete();
+    void showGuidance();
+
+    AppData& data_;
+    ResultTable& results_;
+    Guidance& guidance_;
+    Prompter& prompter_;
+    UnitSource units_;
+    std::unique_ptr<MeasureTool> tool_;
+    MeasurementStore store_;
+};
+
+}  // namespace tavix
