@@ -411,3 +411,56 @@ TEST_F(Measuring, CalibratedOnTheMicrometer_MeasuresTheLargeDiscWithinHalfAPixel
     const double halfPixel = 0.5 * SimCamera::micrometresPerPixel(8);
     EXPECT_NEAR(diameter, g.largeCircle.diameter, halfPixel) << "measured " << diameter;
 }
+
+// One measurement of every tool on one still, a row selected: the overlay and
+// the table as a user sees them. With TAVIX_SCREENSHOT=file.png the window is
+// also saved as a picture to look at.
+TEST_F(Measuring, EveryTool_OnOneStill_WithARowHighlighted)
+{
+    start();
+    Settings& s = w->data().settings;
+    tool(0);
+    click(150, 880);
+    click(450, 880);
+    tool(1);
+    click(90, 245);
+    click(176, 160);
+    click(262, 245);
+    tool(2);
+    click(320, 245);
+    click(371, 196);
+    click(420, 245);
+    click(560, 600);
+    click(620, 540);
+    click(680, 600);
+    tool(3);
+    click(700, 80);
+    click(1100, 80);
+    click(900, 200);
+    QTest::keyClick(still(), Qt::Key_Escape);
+    tool(4);
+    click(838, 118);
+    click(1037, 118);
+    doubleClick(1037, 217);
+    tool(5);
+    click(540, 350);
+    click(760, 350);
+    click(540, 350);
+    click(700, 220);
+    tool(6);
+    click(300, 700);
+    click(420, 700);
+    doubleClick(360, 760);
+    s.CIRCLEARCSELECT = 1;
+    tool(1);
+    click(900, 600);
+    click(1000, 500);
+    click(1100, 600);
+    EXPECT_GE(results().count(), 9);
+    find<QTableView>("grdResult")->selectRow(1);
+    QCoreApplication::processEvents();
+    const QImage shot = w->grab().toImage();
+    EXPECT_FALSE(shot.isNull());
+    if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+        shot.save(file);
+}
