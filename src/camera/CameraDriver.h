@@ -47,6 +47,9 @@ public:
 
     // "sim", "icube", ... as the status bar names the driver.
     virtual QString driverName() const = 0;
+    // True when the camera draws the live picture into a native window itself
+    // (Start's window); false when it hands frames to the sink.
+    virtual bool drawsIntoWindow() const { return false; }
 
     // Fills the API version text; a result of 1 is failure.
     virtual int GetVersion(int which, QString& version) = 0;

@@ -43,6 +43,7 @@ public:
     const QString& libraryPath() const { return libraryPath_; }
 
     QString driverName() const override { return QStringLiteral("icube"); }
+    bool drawsIntoWindow() const override { return true; }  // the SDK draws the stream itself
 
     int GetVersion(int which, QString& version) override;
     int Init() override;

@@ -58,7 +58,8 @@ bool CameraPanel::open()
 {
     w_.status[0]->setText(data_.messages.text(kCamera) + QStringLiteral(": ") + driver_->driverName());
     CameraSession::View view;
-    view.window = cameraView_->winId();
+    // Only a camera that draws itself needs a native window (which costs a little on every paint).
+    view.window = driver_->drawsIntoWindow() ? cameraView_->winId() : 0;
     view.sink = &liveView_;
     view.placeCameraView = [this](QSize size) { placeCameraView(size); };
     view.showResolution = [this](const QString& text) { w_.status[5]->setText(text); };
