@@ -14,6 +14,8 @@
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
@@ -35,18 +37,6 @@ enum Caption : qint32 {
     kJpegQuality = 40022,
     kComment = 40027,
 };
-
-QString indexedName(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
-
-template <typename W>
-W* named(W* widget, const QString& name)
-{
-    widget->setObjectName(name);
-    return widget;
-}
 
 }  // namespace
 

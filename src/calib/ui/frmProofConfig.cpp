@@ -5,6 +5,8 @@
 #include "common/MessageTable.h"
 #include "common/NumberText.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -35,18 +37,6 @@ enum Caption : qint32 {
     kBothAxes = 14009,
     kSameFactor = 14010,
 };
-
-QString indexedName(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
-
-template <typename W>
-W* named(W* widget, const QString& name)
-{
-    widget->setObjectName(name);
-    return widget;
-}
 
 // A length as the dialog shows it; none typed yet shows nothing.
 QString valueText(double value)

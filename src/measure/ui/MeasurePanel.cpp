@@ -9,6 +9,8 @@
 #include "measure/ValueFormat.h"
 #include "measure/ui/frmMeasureConfig.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -40,13 +42,6 @@ enum Caption : qint32 {
     kTwoPointKind = 11132,
 };
 
-template <typename W>
-W* named(W* widget, const QString& name)
-{
-    widget->setObjectName(name);
-    return widget;
-}
-
 }  // namespace
 
 MeasurePanel::MeasurePanel(AppData& data, Prompter& prompter, QWidget* area, QObject* parent)
@@ -75,7 +70,7 @@ void MeasurePanel::build(QWidget* area)
     fraTools_->setGeometry(6, 62, width, 180);
     const int buttonWidth = (width - 18) / 2;
     for (int i = 0; i < 7; ++i) {
-        auto* button = named(new QToolButton(fraTools_), QStringLiteral("cmdMeasure(%1)").arg(i));
+        auto* button = named(new QToolButton(fraTools_), indexedName("cmdMeasure", i));
         button->setCheckable(true);
         button->setAutoExclusive(true);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);

@@ -7,6 +7,8 @@
 #include "common/Prompter.h"
 #include "common/Settings.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QGridLayout>
@@ -57,18 +59,6 @@ qint32& colorSetting(Settings& s, int index)
         default:
             return s.SCALECOLOR;
     }
-}
-
-QString indexedName(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
-
-template <typename W>
-W* named(W* widget, const QString& name)
-{
-    widget->setObjectName(name);
-    return widget;
 }
 
 void select(const std::array<QRadioButton*, 2>& pair, bool second)
