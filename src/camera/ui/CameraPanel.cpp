@@ -117,6 +117,12 @@ void CameraPanel::toggleLiveStill()
     showStill();
 }
 
+void CameraPanel::redrawStill()
+{
+    if (capture_.reload(data_.tempBitmapPath(), still_))
+        stillView_->setPicture(still_);
+}
+
 void CameraPanel::showStill()
 {
     stillShown_ = true;

@@ -47,6 +47,9 @@ public:
     // cmdPlayStop in run state 0: live to still or back.
     void toggleLiveStill();
     bool stillShown() const { return stillShown_; }
+    // Shows the held still again, without its measurements, from the
+    // temporary bitmap; the camera is not asked for a new picture.
+    void redrawStill();
 
     // The held still, full size (picTempView).
     const QImage& still() const { return still_; }

@@ -175,6 +175,20 @@ TEST_F(LiveStill, FailedStill_IsLoggedAndKeepsThePreviousStill)
     EXPECT_EQ(w->camera().still(), first);
 }
 
+TEST_F(LiveStill, Redraw_ShowsTheHeldStillAgain_WithoutAskingTheCamera)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    QTest::mouseClick(find<QPushButton>(*w, "cmdPlayStop"), Qt::LeftButton);
+    const QImage held = w->camera().still();
+    sim->setRecordCalls(true);
+    w->camera().redrawStill();
+    EXPECT_FALSE(sim->calls().join(QLatin1Char(' ')).contains(QStringLiteral("SaveToFile")));
+    EXPECT_EQ(w->camera().still(), held);
+    EXPECT_EQ(find<StillViewWidget>(*w, "picStillView")->picture(), held);
+}
+
 TEST_F(LiveStill, Magnification_ScalesTheStillAndScrolls)
 {
     auto w = start();
