@@ -5,6 +5,7 @@
 #include <QtMath>
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace tavix {
 
@@ -201,20 +202,23 @@ QImage SimScene::render(QSize size)
     }
 
     QImage lit(size, QImage::Format_RGB888);
-    const double cx = size.width() / 2.0;
-    const double cy = size.height() / 2.0;
-    const double rr = cx * cx + cy * cy;
+    const float cx = size.width() / 2.0f;
+    const float cy = size.height() / 2.0f;
+    const float falloff = static_cast<float>(kVignetting) / (cx * cx + cy * cy);
+    std::vector<float> columnSq(static_cast<size_t>(size.width()));
+    for (int x = 0; x < size.width(); ++x)
+        columnSq[static_cast<size_t>(x)] = (x + 0.5f - cx) * (x + 0.5f - cx);
+    const float lamp[3] = {kLamp[0] / 255.0f, kLamp[1] / 255.0f, kLamp[2] / 255.0f};
     for (int y = 0; y < size.height(); ++y) {
         const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y));
         uchar* dst = lit.scanLine(y);
-        const double dy = y + 0.5 - cy;
+        const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
         for (int x = 0; x < size.width(); ++x) {
-            const double dx = x + 0.5 - cx;
-            const double light = 1.0 - kVignetting * (dx * dx + dy * dy) / rr;
+            const float light = 1.0f - falloff * (columnSq[static_cast<size_t>(x)] + rowSq);
             const QRgb c = src[x];
-            dst[3 * x] = static_cast<uchar>(qRed(c) * kLamp[0] * light / 255.0 + 0.5);
-            dst[3 * x + 1] = static_cast<uchar>(qGreen(c) * kLamp[1] * light / 255.0 + 0.5);
-            dst[3 * x + 2] = static_cast<uchar>(qBlue(c) * kLamp[2] * light / 255.0 + 0.5);
+            dst[3 * x] = static_cast<uchar>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f);
+            dst[3 * x + 1] = static_cast<uchar>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f);
+            dst[3 * x + 2] = static_cast<uchar>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f);
         }
     }
     return lit;
