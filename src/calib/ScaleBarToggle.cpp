@@ -34,9 +34,16 @@ void ScaleBarToggle::switchOn()
         uncheck();
         return;
     }
-    busy_ = true;
-    const bool accepted = hooks_.runDialog();
-    busy_ = false;
+    bool accepted = false;
+    {
+        // Cleared however the dialog ends, so a failed opening does not lock the box.
+        struct Busy {
+            bool& flag;
+            explicit Busy(bool& f) : flag(f) { flag = true; }
+            ~Busy() { flag = false; }
+        } busy(busy_);
+        accepted = hooks_.runDialog();
+    }
     if (!accepted) {
         uncheck();
         return;

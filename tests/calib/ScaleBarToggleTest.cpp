@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <QStringList>
 #include <optional>
+#include <stdexcept>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;
@@ -252,4 +253,23 @@ TEST_F(ScaleBarToggleTest, Click_DoesNothing_WhenCheckedAgainWhileOn)
 
     EXPECT_TRUE(calls.isEmpty());
     EXPECT_TRUE(toggle.isOn());
+}
+
+TEST_F(ScaleBarToggleTest, Click_WorksAgain_AfterDialogFailedToOpen)
+{
+    bool fail = true;
+    ScaleBarToggle::Hooks h = hooks();
+    h.runDialog = [&] {
+        if (fail)
+            throw std::runtime_error("no dialog");
+        return true;
+    };
+    ScaleBarToggle failing{messages, prompter, [this]() -> const ProofEntry& { return entry; }, h};
+    EXPECT_THROW(failing.chkScale_Click(true), std::runtime_error);
+    fail = false;
+
+    failing.chkScale_Click(true);
+
+    EXPECT_TRUE(failing.isOn());
+    EXPECT_EQ(calls, QStringList{QStringLiteral("draw")});
 }
