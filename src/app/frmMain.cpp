@@ -9,6 +9,9 @@
 #include "common/Prompter.h"
 #include "common/RunError.h"
 #include "common/Twips.h"
+#include "calib/ui/OverlayPanel.h"
+#include "camera/Resolution.h"
+#include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
@@ -17,6 +20,7 @@
 #include "common/ui/WidgetNames.h"
 
 #include <QCloseEvent>
+#include <QMouseEvent>
 #include <QComboBox>
 #include <QFile>
 #include <QFontDatabase>
@@ -94,6 +98,11 @@ void frmMain::buildViewCommandArea()
     cboScale_->setMaxVisibleItems(16);
     connect(cboScale_, &QComboBox::activated, this, [this] { cboScale_Click(); });
 
+    OverlayPanel::Sources overlaySources;
+    overlaySources.magnification = [this] { return shownMagnification(); };
+    overlaySources.pictureBox = [this] { return shownPictureBox(); };
+    overlays_ = std::make_unique<OverlayPanel>(data_, prompter_, picViewArea_, picViewCommandArea_, overlaySources);
+
     lblComment_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblComment"));
     for (int i = 0; i < 2; ++i) {
         txtComment_[i] = named(new CommentLineEdit(picViewCommandArea_), indexedName("txtComment", i));
@@ -112,7 +121,7 @@ void frmMain::buildViewCommandArea()
 void frmMain::buildMeasureCommandArea()
 {
     picMeasureCommandArea_ = named(new QWidget(central_), QStringLiteral("picMeasureCommandArea"));
-    measure_ = std::make_unique<MeasurePanel>(data_, prompter_, picMeasureCommandArea_);
+    measure_ = std::make_unique<MeasurePanel>(data_, prompter_, overlays_->scaleBar(), picMeasureCommandArea_);
 }
 
 void frmMain::buildStatusBar()
@@ -145,6 +154,7 @@ bool frmMain::Form_Load()
         placeRunTimeControls();
         applySettingsToControls();
         connectMeasuring();
+        connectOverlays();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
         return true;
@@ -204,6 +214,55 @@ void frmMain::connectMeasuring()
     });
 }
 
+void frmMain::connectOverlays()
+{
+    CrossLines& crosses = overlays_->crossLines();
+    connect(&crosses, &CrossLines::guidanceRequested, this, [this](qint16 n) { guidance_->DispGuidance(n); });
+    connect(&crosses, &CrossLines::guidanceEnded, this, [this] { guidance_->HideGuidance(); });
+    connect(overlays_.get(), &OverlayPanel::crossToolChanged, this, [this](qint16 tool) {
+        if (tool == CrossLines::kNoTool)
+            return;
+        // Placing a cross takes the mouse from the measuring tools.
+        session_->clearTool();
+        measure_->releaseToolButtons();
+    });
+    connect(measure_.get(), &MeasurePanel::toolButtonClicked, &crosses, &CrossLines::toolReplaced);
+    connect(overlays_.get(), &OverlayPanel::jpegQualityChanged, this, [this] {
+        lblJpegQty_->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ")
+                             + QString::number(data_.settings.JPEGQTY));
+    });
+    connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this] {
+        overlays_->crossLines().applySettings();
+        overlays_->layoutChanged();
+    });
+    // The crosses follow the pointer over either picture.
+    for (QWidget* picture : {static_cast<QWidget*>(camera_->cameraView()), static_cast<QWidget*>(camera_->stillView())}) {
+        picture->setMouseTracking(true);
+        picture->installEventFilter(this);
+    }
+}
+
+double frmMain::shownMagnification() const
+{
+    if (camera_ && camera_->stillShown())
+        return Magnification::valueOf(cboScale_->currentText());
+    // The live picture is scaled to fit the area.
+    const QSize mode = camera_ ? Resolution::size(camera_->session().currentMode()) : QSize();
+    return mode.isEmpty() || !camera_ ? 1.0 : double(camera_->cameraView()->width()) / mode.width();
+}
+
+QRect frmMain::shownPictureBox() const
+{
+    if (!camera_)
+        return {};
+    if (!camera_->stillShown())
+        return camera_->cameraView()->geometry();
+    // The part of the still that the scroll area shows, in area coordinates.
+    QWidget* still = camera_->stillView();
+    const QRect visible = still->visibleRegion().boundingRect();
+    return QRect(still->mapTo(picViewArea_, visible.topLeft()), visible.size());
+}
+
 void frmMain::stillShownChanged(bool shown)
 {
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
@@ -212,6 +271,7 @@ void frmMain::stillShownChanged(bool shown)
     // A new still, or the live picture again: the results of the last still
     // are kept (greyed) or dropped as chkKeepResult says.
     measure_->results().ClearResults(0);
+    overlays_->layoutChanged();
     if (!shown) {
         session_->clearTool();
         measure_->releaseToolButtons();
@@ -224,6 +284,8 @@ void frmMain::cboScale_Click()
     lblZoom_->setText(Magnification::label(magnification));
     if (camera_)
         camera_->setMagnification(magnification);
+    if (overlays_)
+        overlays_->layoutChanged();
 }
 
 void frmMain::endStartup(const QString& title)
@@ -268,6 +330,7 @@ void frmMain::applySettingsToControls()
     lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));
     measure_->applySettings();
+    overlays_->applySettings();
     cboScale_->setCurrentIndex(s.DEFAULTSCALE < cboScale_->count() ? s.DEFAULTSCALE : 0);
     cboScale_Click();
 }
@@ -285,6 +348,14 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == central_ && event->type() == QEvent::Resize)
         Form_Resize();
+    if (overlays_ && (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease)) {
+        auto* picture = qobject_cast<QWidget*>(watched);
+        const QPoint areaPoint = picture->mapTo(picViewArea_, static_cast<QMouseEvent*>(event)->position().toPoint());
+        if (event->type() == QEvent::MouseMove)
+            overlays_->pointerMoved(areaPoint);
+        else if (overlays_->pointerReleased(areaPoint))
+            return true;  // the release placed a cross, not a measuring point
+    }
     return QMainWindow::eventFilter(watched, event);
 }
 
@@ -304,6 +375,8 @@ void frmMain::Form_Resize()
         measure_->place(l);
         if (camera_)
             camera_->refit();
+        if (overlays_)
+            overlays_->layoutChanged();
     } catch (const std::exception& e) {
         const auto* runError = dynamic_cast<const RunError*>(&e);
         data_.log.write(QStringLiteral("frmMain:Form_Resize Error.(%1)").arg(runError ? runError->number() : err::InvalidCall));

@@ -20,6 +20,7 @@ class Clock;
 class CommentLineEdit;
 class MeasurePanel;
 class MeasureSession;
+class OverlayPanel;
 class Prompter;
 
 // The program's main window: start-up, layout, close and exit. Controllers of
@@ -42,6 +43,7 @@ public:
     CameraPanel& camera() { return *camera_; }
     MeasurePanel& measure() { return *measure_; }
     MeasureSession& measuring() { return *session_; }
+    OverlayPanel& overlays() { return *overlays_; }
     Guidance& guidance() { return *guidance_; }
 
     // While set, closing the window or pressing the exit button asks first.
@@ -77,12 +79,16 @@ private:
     void stillShownChanged(bool shown);
     void cboScale_Click();
     void connectMeasuring();
+    void connectOverlays();
+    double shownMagnification() const;
+    QRect shownPictureBox() const;
 
     AppData data_;
     Prompter& prompter_;
     Clock& clock_;
     DriverFactory driverFactory_;
     std::unique_ptr<CameraPanel> camera_;
+    std::unique_ptr<OverlayPanel> overlays_;
     std::unique_ptr<MeasurePanel> measure_;
     std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<Guidance> guidance_;

@@ -6,6 +6,8 @@
 #include "common/Settings.h"
 #include "common/Twips.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QFontMetrics>
 #include <QLabel>
 #include <QWidget>
@@ -14,11 +16,6 @@
 namespace tavix {
 
 namespace {
-
-QString indexedName(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
 
 QRectF toTwips(const QRect& pixels)
 {

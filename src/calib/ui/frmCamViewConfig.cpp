@@ -6,6 +6,8 @@
 #include "common/Prompter.h"
 #include "common/Settings.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QButtonGroup>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -29,18 +31,6 @@ enum Caption : qint32 {
     kColour = 13012,       // Label1(1)
     kSaveSetting = 30000,
 };
-
-QString indexedName(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
-
-template <typename W>
-W* named(W* widget, const QString& name)
-{
-    widget->setObjectName(name);
-    return widget;
-}
 
 }  // namespace
 

@@ -6,6 +6,8 @@
 #include "common/Prompter.h"
 #include "common/Settings.h"
 
+#include "common/ui/WidgetNames.h"
+
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QGridLayout>
@@ -34,18 +36,6 @@ constexpr int kPositionCount = 5;
 // The axis names beside the lengths are the dialog's own; the length message
 // quotes them.
 const std::array<const char*, 2> kAxisCaptions = {"X axis", "Y axis"};
-
-QString indexedName(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
-
-template <typename W>
-W* named(W* widget, const QString& name)
-{
-    widget->setObjectName(name);
-    return widget;
-}
 
 }  // namespace
 

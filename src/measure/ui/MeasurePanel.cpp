@@ -44,8 +44,13 @@ enum Caption : qint32 {
 
 }  // namespace
 
-MeasurePanel::MeasurePanel(AppData& data, Prompter& prompter, QWidget* area, QObject* parent)
-    : QObject(parent), data_(data), prompter_(prompter), runDialog_([](QDialog& d) { return d.exec(); })
+MeasurePanel::MeasurePanel(AppData& data, Prompter& prompter, ScaleBarSwitch& scaleBar, QWidget* area,
+                           QObject* parent)
+    : QObject(parent),
+      data_(data),
+      prompter_(prompter),
+      scaleBar_(scaleBar),
+      runDialog_([](QDialog& d) { return d.exec(); })
 {
     build(area);
 }
@@ -192,7 +197,7 @@ void MeasurePanel::applySettings()
     applyToolCaptions();
 
     calibration_ = std::make_unique<CalibrationController>(
-        data_.proofs, data_.settings, data_.messages, prompter_, results_, *this,
+        data_.proofs, data_.settings, data_.messages, prompter_, results_, scaleBar_,
         ProgramFolder::append(data_.folder, s.PROOFFILENAME));
     fillProofList();
 }

@@ -27,13 +27,14 @@ class Prompter;
 
 // The measurement command area: calibration choice and procedure, the tool
 // buttons, the measurement settings, and the result table with its buttons.
-class MeasurePanel : public QObject, public ScaleBarSwitch {
+class MeasurePanel : public QObject {
     Q_OBJECT
 public:
     // Runs a modal dialog; tests replace it to drive the dialog themselves.
     using DialogRunner = std::function<int(QDialog&)>;
 
-    MeasurePanel(AppData& data, Prompter& prompter, QWidget* area, QObject* parent = nullptr);
+    MeasurePanel(AppData& data, Prompter& prompter, ScaleBarSwitch& scaleBar, QWidget* area,
+                 QObject* parent = nullptr);
     ~MeasurePanel() override;
 
     void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
@@ -65,12 +66,6 @@ signals:
     // A calibration length is to be marked on the picture with this tool.
     void calibrationMarkingRequested(qint16 toolNumber, qint16 guidanceNumber);
 
-public:
-    // The scale bar arrives with the overlays; until then it is never on.
-    bool isOn() const override { return false; }
-    void switchOff() override {}
-    void redraw() override {}
-
 private:
     void build(QWidget* area);
     void applyToolCaptions();
@@ -79,6 +74,7 @@ private:
 
     AppData& data_;
     Prompter& prompter_;
+    ScaleBarSwitch& scaleBar_;
     ResultTable results_;
     std::unique_ptr<CalibrationController> calibration_;
     DialogRunner runDialog_;
