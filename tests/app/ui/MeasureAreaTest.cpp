@@ -26,7 +26,10 @@ protected:
     void SetUp() override
     {
         test::copyShippedData(dir);
-        auto factory = [](AppData&) { return std::unique_ptr<CameraDriver>(std::make_unique<SimCamera>()); };
+        auto factory = [](AppData& data) {
+            data.settings.CURRENTPROOFNO = 0;
+            return std::unique_ptr<CameraDriver>(std::make_unique<SimCamera>());
+        };
         w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
         ASSERT_TRUE(w->Form_Load());
         w->show();

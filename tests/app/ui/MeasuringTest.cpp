@@ -38,6 +38,7 @@ protected:
     {
         auto factory = [mode](AppData& data) {
             data.settings.DEFAULTRESOLUTION = static_cast<qint16>(mode);
+            data.settings.CURRENTPROOFNO = 0;  // 0.5 MIC per pixel
             return std::unique_ptr<CameraDriver>(std::make_unique<SimCamera>());
         };
         w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
@@ -102,7 +103,7 @@ protected:
 
 }  // namespace
 
-// Proof1 of the shipped calibration file: 0.5 MIC per pixel on both axes.
+// The first entry of the shipped calibration file: 0.5 MIC per pixel on both axes.
 struct ToolCase {
     const char* name;
     int button;
