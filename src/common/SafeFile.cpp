@@ -30,10 +30,17 @@ int write(const QString& path, const QByteArray& content, const PartWrittenHook&
 
 int writeScratch(const QString& path, const QByteArray& content)
 {
+    // Written over the old content and cut to size afterwards, not truncated
+    // first: ext4 flushes a file that was emptied and written again when it is
+    // closed, which made a 15 MB bitmap take 17 ms instead of 2 ms.
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+    // A file that may be written but not read is emptied the usual way.
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered) &&
+        !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         return QFileInfo(path).absoluteDir().exists() ? err::PathFileAccess : err::PathNotFound;
-    return file.write(content) == content.size() ? 0 : err::DiskFull;
+    if (file.write(content) != content.size())
+        return err::DiskFull;
+    return file.resize(content.size()) ? 0 : err::DiskFull;
 }
 
 }  // namespace tavix::SafeFile

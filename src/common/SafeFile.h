@@ -17,8 +17,9 @@ using PartWrittenHook = std::function<void()>;
 int write(const QString& path, const QByteArray& content, const PartWrittenHook& partWritten = {});
 
 // For scratch files that are read back at once and never kept (the camera's
-// temporary still bitmap): written in place, without waiting for the disk,
-// which the safe write does and which costs more than the write itself.
+// temporary still bitmap): written in place, over the old content and then
+// cut to size, without waiting for the disk, which the safe write does and
+// which costs more than the write itself. A failed write leaves a broken file.
 int writeScratch(const QString& path, const QByteArray& content);
 
 }  // namespace tavix::SafeFile
