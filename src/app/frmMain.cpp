@@ -15,10 +15,12 @@
 #include "camera/ui/StillViewWidget.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
+#include "files/ui/PicturePanel.h"
 #include "measure/ui/MeasurePanel.h"
 
 #include "common/ui/WidgetNames.h"
 
+#include <QCheckBox>
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QComboBox>
@@ -38,7 +40,6 @@ enum Caption : qint32 {
     kSavePicture = 40002,
     kExit = 40003,
     kZoom = 40021,
-    kJpegQuality = 40022,
     kComment = 40027,
 };
 
@@ -93,7 +94,6 @@ void frmMain::buildViewCommandArea()
 
     lblScale_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblScale"));
     cboScale_ = named(new QComboBox(picViewCommandArea_), QStringLiteral("cboScale"));
-    lblZoom_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblZoom"));
     cboScale_->addItems(Magnification::entries());
     cboScale_->setMaxVisibleItems(16);
     connect(cboScale_, &QComboBox::activated, this, [this] { cboScale_Click(); });
@@ -101,6 +101,10 @@ void frmMain::buildViewCommandArea()
     OverlayPanel::Sources overlaySources;
     overlaySources.magnification = [this] { return shownMagnification(); };
     overlaySources.pictureBox = [this] { return shownPictureBox(); };
+    overlaySources.openSaveSetting = [this] {
+        if (pictures_)
+            pictures_->openSaveSetting();
+    };
     overlays_ = std::make_unique<OverlayPanel>(data_, prompter_, picViewArea_, picViewCommandArea_, overlaySources);
 
     lblComment_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblComment"));
@@ -109,12 +113,6 @@ void frmMain::buildViewCommandArea()
         txtComment_[i]->setProperty("tag", QLatin1String(kNoDisable));
     }
 
-    // Fixed design places; the controls that follow the window's size are
-    // placed by the layout.
-    const int row = 28;
-    lblScale_->setGeometry(6, 38, 44, row);
-    cboScale_->setGeometry(50, 38, 76, row);
-    lblZoom_->setGeometry(132, 38, 50, row);
     lblComment_->setGeometry(6, 70, 64, 24);
 }
 
@@ -130,6 +128,9 @@ void frmMain::buildStatusBar()
     bar->setObjectName(QStringLiteral("sbriCube"));
     bar->setSizeGripEnabled(true);
     static const char* const captions[] = {"", "Frames:", "FPS:", "Average:", "Bad frames:", "Resolution:"};
+    lblZoom_ = named(new QLabel(bar), QStringLiteral("lblZoom"));
+    lblZoom_->setMinimumWidth(50);
+    bar->addWidget(lblZoom_);
     for (int i = 0; i < 6; ++i) {
         sbriCube_[i] = named(new QLabel(QLatin1String(captions[i]), bar), indexedName("sbriCubePanel", i));
         sbriCube_[i]->setMinimumWidth(i == 0 ? 140 : 90);
@@ -151,10 +152,11 @@ bool frmMain::Form_Load()
         lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
         if (!openCamera())
             return false;
-        placeRunTimeControls();
         applySettingsToControls();
         connectMeasuring();
         connectOverlays();
+        connectPictures();
+        placeRunTimeControls();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
         return true;
@@ -227,10 +229,7 @@ void frmMain::connectOverlays()
         measure_->releaseToolButtons();
     });
     connect(measure_.get(), &MeasurePanel::toolButtonClicked, &crosses, &CrossLines::toolReplaced);
-    connect(overlays_.get(), &OverlayPanel::jpegQualityChanged, this, [this] {
-        lblJpegQty_->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ")
-                             + QString::number(data_.settings.JPEGQTY));
-    });
+    connect(overlays_.get(), &OverlayPanel::jpegQualityChanged, this, [this] { pictures_->applySettings(); });
     connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this] {
         overlays_->crossLines().applySettings();
         overlays_->layoutChanged();
@@ -240,6 +239,26 @@ void frmMain::connectOverlays()
         picture->setMouseTracking(true);
         picture->installEventFilter(this);
     }
+}
+
+void frmMain::connectPictures()
+{
+    PicturePanel::Parts parts;
+    parts.picLoad = cmdPicLoad_;
+    parts.picSave = cmdPicSave_;
+    parts.jpegQuality = lblJpegQty_;
+    parts.commandArea = picViewCommandArea_;
+    parts.viewArea = picViewArea_;
+    parts.scale = cboScale_;
+    parts.comments = {txtComment_[0], txtComment_[1]};
+    parts.resetMagnification = [this] {
+        cboScale_->setCurrentIndex(cboScale_->findText(QStringLiteral("x 1.0")));
+        cboScale_Click();
+    };
+    pictures_ = std::make_unique<PicturePanel>(data_, prompter_, *camera_, *session_, measure_->results(),
+                                               *guidance_, parts);
+    pictures_->applySettings();
+    pictures_->measureSave()->setEnabled(camera_->stillShown());
 }
 
 double frmMain::shownMagnification() const
@@ -266,6 +285,8 @@ QRect frmMain::shownPictureBox() const
 void frmMain::stillShownChanged(bool shown)
 {
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
+    if (pictures_)
+        pictures_->measureSave()->setEnabled(shown);
     if (!session_)
         return;
     // A new still, or the live picture again: the results of the last still
@@ -311,11 +332,21 @@ void frmMain::applyFonts()
 
 void frmMain::placeRunTimeControls()
 {
-    const int row = 28;
-    cmdPlayStop_->setGeometry(6, 6, 110, row);
-    cmdPicLoad_->setGeometry(122, 6, 110, row);
-    cmdPicSave_->setGeometry(238, 6, 110, row);
-    lblJpegQty_->setGeometry(356, 6, 120, row);
+    // The view command strip's two rows; cmdExit and the comment lines follow the window's width.
+    struct Place {
+        const char* name;
+        QRect rect;
+    };
+    static const Place places[] = {
+        {"cmdPlayStop", {6, 6, 110, 28}},     {"cmdPicLoad", {122, 6, 110, 28}},
+        {"cmdPicSave", {238, 6, 110, 28}},    {"chkMeasureSave", {356, 6, 160, 28}},
+        {"lblScale", {6, 38, 44, 28}},        {"cboScale", {50, 38, 76, 28}},
+        {"chkScale", {134, 38, 104, 28}},     {"chkCross", {242, 38, 112, 28}},
+        {"cmdCamViewConfig", {358, 38, 110, 28}}, {"lblJpegQty", {476, 38, 112, 28}},
+    };
+    for (const Place& place : places)
+        if (auto* w = picViewCommandArea_->findChild<QWidget*>(QLatin1String(place.name)))
+            w->setGeometry(place.rect);
     Form_Resize();
 }
 
@@ -326,7 +357,6 @@ void frmMain::applySettingsToControls()
     cmdPicLoad_->setText(m(kLoadPicture));
     cmdPicSave_->setText(m(kSavePicture));
     cmdExit_->setText(m(kExit));
-    lblJpegQty_->setText(m(kJpegQuality) + QStringLiteral(": ") + QString::number(s.JPEGQTY));
     lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));
     measure_->applySettings();

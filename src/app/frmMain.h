@@ -21,6 +21,7 @@ class CommentLineEdit;
 class MeasurePanel;
 class MeasureSession;
 class OverlayPanel;
+class PicturePanel;
 class Prompter;
 
 // The program's main window: start-up, layout, close and exit. Controllers of
@@ -44,6 +45,7 @@ public:
     MeasurePanel& measure() { return *measure_; }
     MeasureSession& measuring() { return *session_; }
     OverlayPanel& overlays() { return *overlays_; }
+    PicturePanel& pictures() { return *pictures_; }
     Guidance& guidance() { return *guidance_; }
 
     // While set, closing the window or pressing the exit button asks first.
@@ -80,6 +82,7 @@ private:
     void cboScale_Click();
     void connectMeasuring();
     void connectOverlays();
+    void connectPictures();
     double shownMagnification() const;
     QRect shownPictureBox() const;
 
@@ -91,6 +94,7 @@ private:
     std::unique_ptr<OverlayPanel> overlays_;
     std::unique_ptr<MeasurePanel> measure_;
     std::unique_ptr<MeasureSession> session_;
+    std::unique_ptr<PicturePanel> pictures_;
     std::unique_ptr<Guidance> guidance_;
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window

@@ -32,13 +32,10 @@ OverlayPanel::OverlayPanel(AppData& data, Prompter& prompter, QWidget* viewArea,
         data_.log);
     crossOverlay_ = std::make_unique<CrossLineOverlay>(viewArea, crossLines_);
 
-    const int row = 28;
+    // The window places them with the other controls of the strip.
     chkScale_ = named(new QCheckBox(commandArea), QStringLiteral("chkScale"));
-    chkScale_->setGeometry(190, 38, 110, row);
     chkCross_ = named(new QCheckBox(commandArea), QStringLiteral("chkCross"));
-    chkCross_->setGeometry(304, 38, 120, row);
     cmdCamViewConfig_ = named(new QPushButton(commandArea), QStringLiteral("cmdCamViewConfig"));
-    cmdCamViewConfig_->setGeometry(430, 38, 120, row);
 
     ScaleBarToggle::Hooks hooks;
     hooks.runDialog = [this] {

@@ -123,6 +123,12 @@ void CameraPanel::redrawStill()
         stillView_->setPicture(still_);
 }
 
+void CameraPanel::showPicture(const QImage& picture)
+{
+    still_ = picture;
+    stillView_->setPicture(still_);
+}
+
 void CameraPanel::showStill()
 {
     stillShown_ = true;

@@ -50,6 +50,8 @@ public:
     // Shows the held still again, without its measurements, from the
     // temporary bitmap; the camera is not asked for a new picture.
     void redrawStill();
+    // A picture loaded from a file becomes the still.
+    void showPicture(const QImage& picture);
 
     // The held still, full size (picTempView).
     const QImage& still() const { return still_; }

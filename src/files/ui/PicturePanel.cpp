@@ -1,0 +1,161 @@
+#include "files/ui/PicturePanel.h"
+
+#include "camera/ui/CameraPanel.h"
+#include "camera/ui/StillViewWidget.h"
+#include "common/AppData.h"
+#include "common/Guidance.h"
+#include "common/HandlerGuard.h"
+#include "common/SettingsFile.h"
+#include "common/ui/WidgetNames.h"
+#include "files/PictureFiles.h"
+#include "files/ui/frmJpegQty.h"
+#include "files/ui/frmSaveSetting.h"
+#include "measure/MeasureSession.h"
+#include "measure/MeasurementPainter.h"
+#include "measure/ResultTable.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScrollArea>
+
+namespace tavix {
+
+namespace {
+enum Caption : qint32 { kWithMeasurements = 40008, kJpegQuality = 40022 };
+}  // namespace
+
+PicturePanel::PicturePanel(AppData& data, Prompter& prompter, CameraPanel& camera, MeasureSession& measuring,
+                           ResultTable& results, Guidance& guidance, const Parts& parts, QObject* parent)
+    : QObject(parent),
+      data_(data),
+      prompter_(prompter),
+      camera_(camera),
+      measuring_(measuring),
+      results_(results),
+      guidance_(guidance),
+      parts_(parts),
+      runDialog_([](QDialog& d) { return d.exec(); })
+{
+    // The window places it with the other controls of the strip.
+    chkMeasureSave_ = named(new QCheckBox(parts_.commandArea), QStringLiteral("chkMeasureSave"));
+    chkMeasureSave_->setChecked(true);
+    chkMeasureSave_->show();
+    parts_.jpegQuality->setCursor(Qt::PointingHandCursor);
+    parts_.jpegQuality->installEventFilter(this);
+    connect(parts_.picSave, &QPushButton::clicked, this, &PicturePanel::cmdPicSave_Click);
+    connect(parts_.picLoad, &QPushButton::clicked, this, &PicturePanel::cmdPicLoad_Click);
+}
+
+void PicturePanel::applySettings()
+{
+    chkMeasureSave_->setText(data_.messages.text(kWithMeasurements));
+    showJpegQuality();
+}
+
+void PicturePanel::showJpegQuality()
+{
+    parts_.jpegQuality->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ")
+                                + QString::number(data_.settings.JPEGQTY));
+    parts_.jpegQuality->setToolTip(data_.messages.text(12000));
+}
+
+bool PicturePanel::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == parts_.jpegQuality && event->type() == QEvent::MouseButtonRelease
+        && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+        lblJpegQty_Click();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void PicturePanel::lblJpegQty_Click()
+{
+    SettingsFile file(data_.iniPath(), data_.log);
+    frmJpegQty dialog(data_.settings, file, data_.messages, data_.log, parts_.jpegQuality->window());
+    runDialog_(dialog);
+    showJpegQuality();
+}
+
+void PicturePanel::openSaveSetting()
+{
+    frmSaveSetting dialog(data_.settings, prompter_, data_.messages, data_.log, parts_.jpegQuality->window());
+    runDialog_(dialog);
+}
+
+void PicturePanel::cmdPicSave_Click()
+{
+    runGuarded(data_.log, QStringLiteral("frmMain:cmdPicSave"), [this] {
+        const bool wasLive = !camera_.stillShown();
+        if (wasLive)
+            camera_.toggleLiveStill();
+        auto resume = [&] {
+            if (wasLive && camera_.stillShown())
+                camera_.toggleLiveStill();
+        };
+        const QString name = prompter_.fileName(PictureFiles::saveDialog(data_.messages));
+        // A name for a video clip belongs to the recording, which is not part of this window yet.
+        if (name.isEmpty() || PictureFiles::isRecording(name)) {
+            resume();
+            return;
+        }
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        StillViewWidget* still = camera_.stillView();
+        auto* viewport = qobject_cast<QWidget*>(still->parent());
+        PictureFiles::View view;
+        view.magnification = still->magnification();
+        view.scrollOffset = -still->mapTo(viewport, QPoint(0, 0));
+        view.areaSize = viewport ? viewport->size() : parts_.viewArea->size();
+        PictureFiles::OverlayPainter overlay;
+        if (chkMeasureSave_->isChecked()) {
+            overlay = [this](QPainter& painter, const QTransform& toImage) {
+                const MeasurementPainter measurementPainter(OverlayStyle::fromSettings(data_.settings));
+                for (const auto& entry : measuring_.store().entries())
+                    measurementPainter.paint(painter, entry.measurement, toImage);
+            };
+        }
+        PictureFiles::SaveRequest request;
+        request.fileName = name;
+        request.source = PictureFiles::sourcePicture(data_.settings.STILL1XSAVE, camera_.still(), view, overlay);
+        request.comments = {parts_.comments[0]->text(), parts_.comments[1]->text()};
+        if (guidance_.showing())
+            request.comments = {guidance_.savedComment(0), guidance_.savedComment(1)};
+        request.jpegQuality = data_.settings.JPEGQTY;
+        request.tempBitmapPath = data_.tempBitmapPath();
+        const auto result = PictureFiles::savePicture(request);
+        QApplication::restoreOverrideCursor();
+        PictureFiles::reportSaveFailure(result, prompter_, data_.messages, data_.log);
+        resume();
+    });
+}
+
+void PicturePanel::cmdPicLoad_Click()
+{
+    runGuarded(data_.log, QStringLiteral("frmMain:cmdPicLoad"), [this] {
+        if (!PictureFiles::confirmLoad(prompter_, data_.messages, results_, data_.settings.KEEPRESULT))
+            return;
+        const QString name = prompter_.fileName(PictureFiles::loadDialog(data_.messages));
+        if (name.isEmpty())
+            return;
+        const auto loaded = PictureFiles::loadPicture(name);
+        if (loaded.error != 0) {
+            PictureFiles::reportLoadFailure(loaded, name, prompter_, data_.messages, data_.log);
+            return;
+        }
+        if (!camera_.stillShown())
+            camera_.toggleLiveStill();
+        parts_.resetMagnification();
+        camera_.showPicture(loaded.picture);
+        guidance_.HideGuidance();
+        parts_.comments[0]->setText(loaded.comments[0]);
+        parts_.comments[1]->setText(loaded.comments[1]);
+        results_.ClearResults(0);
+    });
+}
+
+}  // namespace tavix
