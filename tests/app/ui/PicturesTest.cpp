@@ -1,0 +1,139 @@
+#include "app/frmMain.h"
+#include "camera/SimCamera.h"
+#include "camera/ui/CameraPanel.h"
+#include "camera/ui/StillViewWidget.h"
+#include "common/Clock.h"
+#include "files/ui/PicturePanel.h"
+#include "measure/ResultTable.h"
+#include "measure/ui/MeasurePanel.h"
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QImageReader>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTest>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+using namespace tavix;
+using tavix::test::ScriptedPrompter;
+using tavix::test::TempDir;
+
+namespace {
+
+class Pictures : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        test::copyShippedData(dir);
+        auto factory = [](AppData& data) {
+            data.settings.STILL1XSAVE = 1;
+            return std::unique_ptr<CameraDriver>(std::make_unique<SimCamera>());
+        };
+        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
+        ASSERT_TRUE(w->Form_Load());
+        w->resize(1200, 800);
+        w->show();
+        QElapsedTimer timer;
+        timer.start();
+        while (w->camera().liveView().counters().received == 0 && timer.elapsed() < 20000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        click("cmdPlayStop");
+        ASSERT_TRUE(w->camera().stillShown());
+        // The user's comments, typed before a tool's hints take the comment lines.
+        w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->setText(QStringLiteral("Sample 7, polished"));
+        w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->setText(QStringLiteral("x10 objective"));
+        // One red two-point line across the still.
+        click("cmdMeasure(0)");
+        auto* still = w->camera().stillView();
+        QTest::mouseClick(still, Qt::LeftButton, {}, QPoint(100, 700));
+        QTest::mouseClick(still, Qt::LeftButton, {}, QPoint(500, 700));
+        ASSERT_EQ(w->measure().results().count(), 1);
+    }
+
+    void click(const char* name)
+    {
+        auto* button = w->findChild<QAbstractButton*>(QLatin1String(name));
+        ASSERT_NE(button, nullptr) << name;
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    // ImageMagick, installed by the dependency script, reads the file as the format it claims.
+    static void expectIdentified(const QString& path, const QByteArray& format)
+    {
+        const QString identify = QStandardPaths::findExecutable(QStringLiteral("identify"));
+        if (identify.isEmpty())
+            GTEST_SKIP() << "ImageMagick's identify is not installed";
+        QProcess p;
+        p.start(identify, {path});
+        ASSERT_TRUE(p.waitForFinished(20000));
+        EXPECT_EQ(p.exitCode(), 0);
+        EXPECT_TRUE(p.readAllStandardOutput().contains(" " + format + " 1280x1024 "));
+    }
+
+    static bool reddish(QRgb c) { return qRed(c) > 200 && qGreen(c) < 80 && qBlue(c) < 80; }
+
+    TempDir dir;
+    ScriptedPrompter prompter;
+    SystemClock clock;
+    std::unique_ptr<frmMain> w;
+};
+
+}  // namespace
+
+TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
+{
+    const QString path = dir.file(QStringLiteral("sample.bmp"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+    QImage saved(path);
+    ASSERT_FALSE(saved.isNull());
+    EXPECT_EQ(saved.size(), w->camera().still().size());
+    EXPECT_TRUE(reddish(saved.pixel(300, 700))) << "the measurement is drawn into the picture";
+    EXPECT_EQ(dir.read(QStringLiteral("sample.txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
+    expectIdentified(path, "BMP");
+
+    w->guidance().HideGuidance();
+    w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->clear();
+    w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->clear();
+    auto* scale = w->findChild<QComboBox*>(QStringLiteral("cboScale"));
+    scale->setCurrentIndex(scale->findText(QStringLiteral("x 2.0")));
+    prompter.answers.push_back(Prompter::Answer::Yes);  // the unsaved result may go
+    prompter.fileNames.push_back(path);
+    click("cmdPicLoad");
+    EXPECT_EQ(w->camera().still().convertToFormat(QImage::Format_RGB32), saved.convertToFormat(QImage::Format_RGB32));
+    EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->text(), QStringLiteral("Sample 7, polished"));
+    EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->text(), QStringLiteral("x10 objective"));
+    EXPECT_EQ(scale->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->measure().results().count(), 0);
+}
+
+TEST_F(Pictures, JpegWithoutMeasurements_KeepsThePictureClean)
+{
+    w->findChild<QCheckBox*>(QStringLiteral("chkMeasureSave"))->setChecked(false);
+    const QString path = dir.file(QStringLiteral("sample.JPG"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+    QImageReader reader(path);
+    EXPECT_EQ(reader.format(), QByteArray("jpeg"));
+    const QImage saved = reader.read();
+    ASSERT_FALSE(saved.isNull());
+    EXPECT_FALSE(reddish(saved.pixel(300, 700)));
+    expectIdentified(path, "JPEG");
+}
+
+TEST_F(Pictures, NameEndingInJpeg_WritesNoPictureButTheComment)
+{
+    const QString path = dir.file(QStringLiteral("sample.jpeg"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+    EXPECT_FALSE(dir.exists(QStringLiteral("sample.jpeg")));
+    // The comment file replaces the name's last four characters.
+    EXPECT_EQ(dir.read(QStringLiteral("sample..txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
+}
