@@ -74,7 +74,8 @@ protected:
         p.start(identify, {path});
         ASSERT_TRUE(p.waitForFinished(20000));
         EXPECT_EQ(p.exitCode(), 0);
-        EXPECT_TRUE(p.readAllStandardOutput().contains(" " + format + " 1280x1024 "));
+        const QByteArray out = p.readAllStandardOutput();
+        EXPECT_TRUE(out.contains(" " + format) && out.contains(" 1280x1024 ")) << out.constData();
     }
 
     static bool reddish(QRgb c) { return qRed(c) > 200 && qGreen(c) < 80 && qBlue(c) < 80; }
@@ -97,7 +98,7 @@ TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
     EXPECT_EQ(saved.size(), w->camera().still().size());
     EXPECT_TRUE(reddish(saved.pixel(300, 700))) << "the measurement is drawn into the picture";
     EXPECT_EQ(dir.read(QStringLiteral("sample.txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
-    expectIdentified(path, "BMP");
+    expectIdentified(path, "BMP");  // a version 3 bitmap: "BMP3"
 
     w->guidance().HideGuidance();
     w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->clear();
