@@ -58,8 +58,9 @@ TEST_P(VisiblePartOnScreen, VisiblePart_IsWhatTheScrolledStillViewShows)
     scroll->horizontalScrollBar()->setValue(GetParam().scroll.x());
     scroll->verticalScrollBar()->setValue(GetParam().scroll.y());
     QApplication::processEvents();
-    if (GetParam().scroll != QPoint())
+    if (GetParam().scroll != QPoint()) {
         ASSERT_NE(view->pos(), QPoint(0, 0)) << "the view did not scroll";
+    }
     const QColor background = scroll->viewport()->palette().color(scroll->viewport()->backgroundRole());
 
     const QImage screen = scroll->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
