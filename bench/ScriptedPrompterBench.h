@@ -8,7 +8,10 @@ namespace tavix::bench {
 class SilentPrompter : public Prompter {
 public:
     Answer message(const Message& m) override { return m.defaultAnswer; }
-    std::optional<QString> input(const QString&, const QString&, const QString&) override { return std::nullopt; }
+    std::optional<QString> input(const QString&, const QString&, const QString&) override
+    {
+        return std::nullopt;
+    }
     QString fileName(const FileRequest&) override { return {}; }
     QColor color(const QColor& start) override { return start; }
     QString folder(const QString&, const QString& start) override { return start; }

@@ -4,14 +4,15 @@
 // - frames produced, shown and replaced per second at 30 fps;
 // - freeze: the camera's bitmap written and read back into the still;
 // - start-up: from the main window's load to the first live frame painted.
+#include "ScriptedPrompterBench.h"
 #include "app/frmMain.h"
 #include "camera/LiveView.h"
 #include "camera/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "common/Clock.h"
 #include "files/BmpFile.h"
-#include "ScriptedPrompterBench.h"
 
+#include <benchmark/benchmark.h>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -19,7 +20,6 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QTemporaryDir>
-#include <benchmark/benchmark.h>
 #include <cstring>
 #include <thread>
 

@@ -3,10 +3,10 @@
 #include "common/AppData.h"
 #include "common/Lifecycle.h"
 
+#include <benchmark/benchmark.h>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <benchmark/benchmark.h>
 
 namespace {
 

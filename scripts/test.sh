@@ -7,6 +7,9 @@ cd "$(dirname "$0")/.."
 bash scripts/deps.sh
 jobs=$(nproc)
 
+# The sources keep the project's format.
+find src tests bench fuzz \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run --Werror
+
 cmake --preset asan >/dev/null
 cmake --build --preset asan -j "$jobs"
 # Leaks reported by LeakSanitizer fail the tests; the suppressions file lists known foreign ones.

@@ -12,11 +12,16 @@ namespace {
 QMessageBox::Icon toQt(Prompter::Icon icon)
 {
     switch (icon) {
-    case Prompter::Icon::Critical: return QMessageBox::Critical;
-    case Prompter::Icon::Question: return QMessageBox::Question;
-    case Prompter::Icon::Exclamation: return QMessageBox::Warning;
-    case Prompter::Icon::Information: return QMessageBox::Information;
-    case Prompter::Icon::None: break;
+        case Prompter::Icon::Critical:
+            return QMessageBox::Critical;
+        case Prompter::Icon::Question:
+            return QMessageBox::Question;
+        case Prompter::Icon::Exclamation:
+            return QMessageBox::Warning;
+        case Prompter::Icon::Information:
+            return QMessageBox::Information;
+        case Prompter::Icon::None:
+            break;
     }
     return QMessageBox::NoIcon;
 }
@@ -24,10 +29,14 @@ QMessageBox::Icon toQt(Prompter::Icon icon)
 QMessageBox::StandardButton toQt(Prompter::Answer answer)
 {
     switch (answer) {
-    case Prompter::Answer::Yes: return QMessageBox::Yes;
-    case Prompter::Answer::No: return QMessageBox::No;
-    case Prompter::Answer::Cancel: return QMessageBox::Cancel;
-    case Prompter::Answer::Ok: break;
+        case Prompter::Answer::Yes:
+            return QMessageBox::Yes;
+        case Prompter::Answer::No:
+            return QMessageBox::No;
+        case Prompter::Answer::Cancel:
+            return QMessageBox::Cancel;
+        case Prompter::Answer::Ok:
+            break;
     }
     return QMessageBox::Ok;
 }
@@ -38,21 +47,33 @@ Prompter::Answer QtPrompter::message(const Message& m)
 {
     QMessageBox box(toQt(m.icon), m.title, m.text, QMessageBox::NoButton, parent_);
     switch (m.buttons) {
-    case Buttons::Ok: box.setStandardButtons(QMessageBox::Ok); break;
-    case Buttons::YesNo: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
-    case Buttons::OkCancel: box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel); break;
+        case Buttons::Ok:
+            box.setStandardButtons(QMessageBox::Ok);
+            break;
+        case Buttons::YesNo:
+            box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+            break;
+        case Buttons::OkCancel:
+            box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
+            break;
     }
     box.setDefaultButton(toQt(m.defaultAnswer));
     switch (box.exec()) {
-    case QMessageBox::Yes: return Answer::Yes;
-    case QMessageBox::No: return Answer::No;
-    case QMessageBox::Cancel: return Answer::Cancel;
-    default: break;
+        case QMessageBox::Yes:
+            return Answer::Yes;
+        case QMessageBox::No:
+            return Answer::No;
+        case QMessageBox::Cancel:
+            return Answer::Cancel;
+        default:
+            break;
     }
-    return m.buttons == Buttons::YesNo ? Answer::No : (m.buttons == Buttons::OkCancel ? Answer::Cancel : Answer::Ok);
+    return m.buttons == Buttons::YesNo ? Answer::No
+                                       : (m.buttons == Buttons::OkCancel ? Answer::Cancel : Answer::Ok);
 }
 
-std::optional<QString> QtPrompter::input(const QString& prompt, const QString& title, const QString& defaultText)
+std::optional<QString> QtPrompter::input(const QString& prompt, const QString& title,
+                                         const QString& defaultText)
 {
     bool ok = false;
     const QString text = QInputDialog::getText(parent_, title, prompt, QLineEdit::Normal, defaultText, &ok);

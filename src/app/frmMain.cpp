@@ -1,32 +1,32 @@
 #include "app/frmMain.h"
 
 #include "app/CommentLineEdit.h"
-#include "camera/CameraDriver.h"
-#include "camera/ui/CameraPanel.h"
 #include "calib/Magnification.h"
+#include "calib/ui/OverlayPanel.h"
+#include "camera/CameraDriver.h"
+#include "camera/Resolution.h"
+#include "camera/ui/CameraPanel.h"
+#include "camera/ui/CameraViewWidget.h"
+#include "camera/ui/StillViewWidget.h"
 #include "common/Lifecycle.h"
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/RunError.h"
 #include "common/Twips.h"
-#include "calib/ui/OverlayPanel.h"
-#include "camera/Resolution.h"
-#include "camera/ui/CameraViewWidget.h"
-#include "camera/ui/StillViewWidget.h"
+#include "files/ui/PicturePanel.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
-#include "files/ui/PicturePanel.h"
 #include "measure/ui/MeasurePanel.h"
 
 #include "common/ui/WidgetNames.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QMouseEvent>
 #include <QComboBox>
 #include <QFile>
 #include <QFontDatabase>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
 
@@ -105,7 +105,8 @@ void frmMain::buildViewCommandArea()
         if (pictures_)
             pictures_->openSaveSetting();
     };
-    overlays_ = std::make_unique<OverlayPanel>(data_, prompter_, picViewArea_, picViewCommandArea_, overlaySources);
+    overlays_ =
+        std::make_unique<OverlayPanel>(data_, prompter_, picViewArea_, picViewCommandArea_, overlaySources);
 
     lblComment_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblComment"));
     for (int i = 0; i < 2; ++i) {
@@ -119,7 +120,8 @@ void frmMain::buildViewCommandArea()
 void frmMain::buildMeasureCommandArea()
 {
     picMeasureCommandArea_ = named(new QWidget(central_), QStringLiteral("picMeasureCommandArea"));
-    measure_ = std::make_unique<MeasurePanel>(data_, prompter_, overlays_->scaleBar(), picMeasureCommandArea_);
+    measure_ =
+        std::make_unique<MeasurePanel>(data_, prompter_, overlays_->scaleBar(), picMeasureCommandArea_);
 }
 
 void frmMain::buildStatusBar()
@@ -162,7 +164,8 @@ bool frmMain::Form_Load()
         return true;
     } catch (const std::exception& e) {
         const auto* runError = dynamic_cast<const RunError*>(&e);
-        data_.log.write(QStringLiteral("frmMain:Form_Load Error.(%1)").arg(runError ? runError->number() : err::InvalidCall));
+        data_.log.write(QStringLiteral("frmMain:Form_Load Error.(%1)")
+                            .arg(runError ? runError->number() : err::InvalidCall));
         prompter_.message({Lifecycle::kEndedText, data_.messages.text(11051), Prompter::Icon::Critical});
         if (QFile::exists(data_.graphPath()))
             QFile::remove(data_.graphPath());
@@ -188,7 +191,8 @@ void frmMain::connectMeasuring()
     auto units = [this] {
         const ProofEntry& entry = data_.proofs.at(data_.settings.CURRENTPROOFNO);
         // Tools work in picture pixels, so the zoom does not enter here.
-        return CalcModule::UnitContext{entry.XFactor, entry.YFactor, 1.0, measure_->calibration().takingValue()};
+        return CalcModule::UnitContext{entry.XFactor, entry.YFactor, 1.0,
+                                       measure_->calibration().takingValue()};
     };
     session_ = std::make_unique<MeasureSession>(data_, measure_->results(), *guidance_, prompter_, units);
     StillViewWidget* still = camera_->stillView();
@@ -235,7 +239,8 @@ void frmMain::connectOverlays()
         overlays_->layoutChanged();
     });
     // The crosses follow the pointer over either picture.
-    for (QWidget* picture : {static_cast<QWidget*>(camera_->cameraView()), static_cast<QWidget*>(camera_->stillView())}) {
+    for (QWidget* picture :
+         {static_cast<QWidget*>(camera_->cameraView()), static_cast<QWidget*>(camera_->stillView())}) {
         picture->setMouseTracking(true);
         picture->installEventFilter(this);
     }
@@ -338,11 +343,16 @@ void frmMain::placeRunTimeControls()
         QRect rect;
     };
     static const Place places[] = {
-        {"cmdPlayStop", {6, 6, 110, 28}},     {"cmdPicLoad", {122, 6, 110, 28}},
-        {"cmdPicSave", {238, 6, 110, 28}},    {"chkMeasureSave", {356, 6, 160, 28}},
-        {"lblScale", {6, 38, 44, 28}},        {"cboScale", {50, 38, 76, 28}},
-        {"chkScale", {134, 38, 104, 28}},     {"chkCross", {242, 38, 112, 28}},
-        {"cmdCamViewConfig", {358, 38, 110, 28}}, {"lblJpegQty", {476, 38, 112, 28}},
+        {"cmdPlayStop", {6, 6, 110, 28}},
+        {"cmdPicLoad", {122, 6, 110, 28}},
+        {"cmdPicSave", {238, 6, 110, 28}},
+        {"chkMeasureSave", {356, 6, 160, 28}},
+        {"lblScale", {6, 38, 44, 28}},
+        {"cboScale", {50, 38, 76, 28}},
+        {"chkScale", {134, 38, 104, 28}},
+        {"chkCross", {242, 38, 112, 28}},
+        {"cmdCamViewConfig", {358, 38, 110, 28}},
+        {"lblJpegQty", {476, 38, 112, 28}},
     };
     for (const Place& place : places)
         if (auto* w = picViewCommandArea_->findChild<QWidget*>(QLatin1String(place.name)))
@@ -380,7 +390,8 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event)
         Form_Resize();
     if (overlays_ && (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease)) {
         auto* picture = qobject_cast<QWidget*>(watched);
-        const QPoint areaPoint = picture->mapTo(picViewArea_, static_cast<QMouseEvent*>(event)->position().toPoint());
+        const QPoint areaPoint =
+            picture->mapTo(picViewArea_, static_cast<QMouseEvent*>(event)->position().toPoint());
         if (event->type() == QEvent::MouseMove)
             overlays_->pointerMoved(areaPoint);
         else if (overlays_->pointerReleased(areaPoint))
@@ -409,7 +420,8 @@ void frmMain::Form_Resize()
             overlays_->layoutChanged();
     } catch (const std::exception& e) {
         const auto* runError = dynamic_cast<const RunError*>(&e);
-        data_.log.write(QStringLiteral("frmMain:Form_Resize Error.(%1)").arg(runError ? runError->number() : err::InvalidCall));
+        data_.log.write(QStringLiteral("frmMain:Form_Resize Error.(%1)")
+                            .arg(runError ? runError->number() : err::InvalidCall));
     }
 }
 
@@ -423,8 +435,8 @@ void frmMain::cmdExit_Click()
 
 void frmMain::closeEvent(QCloseEvent* event)
 {
-    if (!unloadRequested_ && confirmOnClose_
-        && !prompter_.askYesNo(data_.messages.text(20110), data_.messages.text(19000))) {
+    if (!unloadRequested_ && confirmOnClose_ &&
+        !prompter_.askYesNo(data_.messages.text(20110), data_.messages.text(19000))) {
         event->ignore();
         return;
     }

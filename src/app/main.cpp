@@ -14,7 +14,8 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Tavix"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Live view, still pictures and measurement for cameras."));
+    parser.setApplicationDescription(
+        QStringLiteral("Live view, still pictures and measurement for cameras."));
     parser.addHelpOption();
     QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The program folder (holds Tavix.Ini)."),
                             QStringLiteral("DIR"));
@@ -24,7 +25,8 @@ int main(int argc, char** argv)
     parser.addOption(camera);
     parser.process(app);
 
-    const QString folder = tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(parser.value(home)));
+    const QString folder =
+        tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(parser.value(home)));
     tavix::QtPrompter prompter;
     tavix::SystemClock clock;
     const QString cameraOption = parser.value(camera);

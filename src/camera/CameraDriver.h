@@ -9,7 +9,7 @@ namespace tavix {
 
 // The range record of a camera parameter, in the SDK's field order.
 struct CamParamRange {
-    std::int32_t enabled = 0;  // 0: the camera does not offer the parameter
+    std::int32_t enabled = 0;   // 0: the camera does not offer the parameter
     std::int32_t autoMode = 0;  // 1: the parameter has an automatic mode
     std::int32_t third = 0;     // not used by the program
     std::int32_t defaultValue = 0;

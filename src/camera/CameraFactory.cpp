@@ -16,9 +16,11 @@ Choice create(const QString& name, const QString& programFolder)
         return {std::move(icube), note};
     }
     if (!icube->loaded())
-        return {std::make_unique<SimCamera>(), icube->errorText() + QStringLiteral("; using the simulated camera")};
+        return {std::make_unique<SimCamera>(),
+                icube->errorText() + QStringLiteral("; using the simulated camera")};
     if (icube->Init() < 1)
-        return {std::make_unique<SimCamera>(), QStringLiteral("No ICubeSDK camera found; using the simulated camera")};
+        return {std::make_unique<SimCamera>(),
+                QStringLiteral("No ICubeSDK camera found; using the simulated camera")};
     return {std::move(icube), {}};
 }
 

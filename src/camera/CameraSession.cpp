@@ -32,8 +32,8 @@ bool CameraSession::fatal(const QString& logLine, int status)
 bool CameraSession::noCamera(const QString& logLine)
 {
     log_.write(logLine);
-    prompter_.message({messages_.text(20104) + QStringLiteral("\r\n") + messages_.text(20105), messages_.text(11103),
-                       Prompter::Icon::Critical});
+    prompter_.message({messages_.text(20104) + QStringLiteral("\r\n") + messages_.text(20105),
+                       messages_.text(11103), Prompter::Icon::Critical});
     shutdown();
     return false;
 }

@@ -21,8 +21,8 @@ class CameraSession {
 public:
     // What the session needs of the main window.
     struct View {
-        quintptr window = 0;         // native window of picCameraView, for drivers that draw
-        FrameSink* sink = nullptr;   // for drivers that hand frames over
+        quintptr window = 0;                         // native window of picCameraView, for drivers that draw
+        FrameSink* sink = nullptr;                   // for drivers that hand frames over
         std::function<void(QSize)> placeCameraView;  // size picCameraView to the mode
         std::function<void(const QString&)> showResolution;  // the status bar's panel
     };

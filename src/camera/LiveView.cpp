@@ -77,11 +77,17 @@ void LiveView::scaleInto(const FrameView& frame, QImage& dst, std::vector<int>& 
         return;
     int bpp = 3;
     switch (frame.format) {
-    case QImage::Format_Grayscale8: bpp = 1; break;
-    case QImage::Format_RGB32:
-    case QImage::Format_ARGB32:
-    case QImage::Format_ARGB32_Premultiplied: bpp = 4; break;
-    default: bpp = 3; break;
+        case QImage::Format_Grayscale8:
+            bpp = 1;
+            break;
+        case QImage::Format_RGB32:
+        case QImage::Format_ARGB32:
+        case QImage::Format_ARGB32_Premultiplied:
+            bpp = 4;
+            break;
+        default:
+            bpp = 3;
+            break;
     }
     const bool bgra = bpp == 4;  // 0xAARRGGBB in memory order B, G, R, A
     const int sw = frame.width;
@@ -96,7 +102,8 @@ void LiveView::scaleInto(const FrameView& frame, QImage& dst, std::vector<int>& 
     for (int y = 0; y < dh; ++y) {
         const int sy = std::min(sh - 1, static_cast<int>((static_cast<long long>(y) * sh + sh / 2) / dh));
         const uchar* row0 = frame.bits + static_cast<qsizetype>(sy) * frame.bytesPerLine;
-        const uchar* row1 = frame.bits + static_cast<qsizetype>(std::min(sh - 1, sy + 1)) * frame.bytesPerLine;
+        const uchar* row1 =
+            frame.bits + static_cast<qsizetype>(std::min(sh - 1, sy + 1)) * frame.bytesPerLine;
         auto* out = reinterpret_cast<QRgb*>(dst.scanLine(y));
         const int* off = xOffsets.data();
         for (int x = 0; x < dw; ++x, off += 2) {

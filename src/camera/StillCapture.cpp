@@ -10,7 +10,12 @@ namespace tavix {
 
 StillCapture::StillCapture(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages,
                            Prompter& prompter, Clock& clock, Reader reader)
-    : driver_(driver), log_(log), messages_(messages), prompter_(prompter), clock_(clock), reader_(std::move(reader))
+    : driver_(driver),
+      log_(log),
+      messages_(messages),
+      prompter_(prompter),
+      clock_(clock),
+      reader_(std::move(reader))
 {
 }
 

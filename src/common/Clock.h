@@ -22,7 +22,10 @@ class SystemClock : public Clock {
 public:
     SystemClock() { timer_.start(); }
     qint64 tickMs() const override { return timer_.elapsed(); }
-    double secondsSinceMidnight() const override { return QTime::currentTime().msecsSinceStartOfDay() / 1000.0; }
+    double secondsSinceMidnight() const override
+    {
+        return QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
+    }
     void sleepMs(int ms) override
     {
         if (ms > 0)

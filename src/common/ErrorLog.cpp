@@ -5,13 +5,15 @@
 
 namespace tavix {
 
-ErrorLog::ErrorLog(QString path, Clock clock) : path_(std::move(path)), clock_(std::move(clock)) {}
+ErrorLog::ErrorLog(QString path, Clock clock) : path_(std::move(path)), clock_(std::move(clock))
+{
+}
 
 QString ErrorLog::timestamp(const QDateTime& when)
 {
     const QLocale locale = QLocale::system();
-    return locale.toString(when.date(), QLocale::ShortFormat) + QLatin1Char(' ')
-           + when.time().toString(QStringLiteral("HH:mm:ss"));
+    return locale.toString(when.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+           when.time().toString(QStringLiteral("HH:mm:ss"));
 }
 
 void ErrorLog::write(const QString& message) const

@@ -15,7 +15,9 @@ bool isLineEnd(QChar c)
 }
 }  // namespace
 
-FreeFieldReader::FreeFieldReader(QString text) : text_(std::move(text)) {}
+FreeFieldReader::FreeFieldReader(QString text) : text_(std::move(text))
+{
+}
 
 void FreeFieldReader::skipBlanks()
 {

@@ -25,7 +25,7 @@ struct MainLayout {
     // Inside their areas:
     QRect exitButton;  // cmdExit
     QRect comment0, comment1;
-    QRect resultGrid;  // grdResult; empty when there is no room for it
+    QRect resultGrid;     // grdResult; empty when there is no room for it
     QRect resultButtons;  // the row under the grid
     QRect keepResult;
 

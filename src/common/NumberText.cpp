@@ -35,8 +35,8 @@ qsizetype numberPrefix(const QString& s, qsizetype pos)
     }
     if (digits == 0)
         return 0;
-    if (i < n && (s[i] == QLatin1Char('E') || s[i] == QLatin1Char('e') || s[i] == QLatin1Char('D')
-                  || s[i] == QLatin1Char('d'))) {
+    if (i < n && (s[i] == QLatin1Char('E') || s[i] == QLatin1Char('e') || s[i] == QLatin1Char('D') ||
+                  s[i] == QLatin1Char('d'))) {
         qsizetype j = i + 1;
         if (j < n && (s[j] == QLatin1Char('+') || s[j] == QLatin1Char('-')))
             ++j;

@@ -15,7 +15,8 @@ namespace {
 
 bool holdsIni(const QString& folder)
 {
-    return !folder.isEmpty() && QFileInfo(QDir(folder).filePath(QLatin1String(ProgramFolder::kIniName))).isFile();
+    return !folder.isEmpty() &&
+           QFileInfo(QDir(folder).filePath(QLatin1String(ProgramFolder::kIniName))).isFile();
 }
 
 // Separators from the settings file are backslashes; on Linux they are slashes.
@@ -36,7 +37,8 @@ QString ProgramFolder::resolve(const Sources& s)
     if (holdsIni(s.executableFolder))
         return normalise(s.executableFolder);
 
-    const QString dataHome = s.xdgDataHome.isEmpty() ? s.userHome + QStringLiteral("/.local/share") : s.xdgDataHome;
+    const QString dataHome =
+        s.xdgDataHome.isEmpty() ? s.userHome + QStringLiteral("/.local/share") : s.xdgDataHome;
     const QString folder = normalise(dataHome + QStringLiteral("/tavix"));
     if (!holdsIni(folder)) {
         QDir().mkpath(folder);
@@ -44,8 +46,8 @@ QString ProgramFolder::resolve(const Sources& s)
         for (const QString& name : defaults.entryList(QDir::Files)) {
             const QString target = QDir(folder).filePath(name);
             if (!QFileInfo::exists(target) && QFile::copy(defaults.filePath(name), target))
-                QFile::setPermissions(target, QFileDevice::ReadOwner | QFileDevice::WriteOwner
-                                                  | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+                QFile::setPermissions(target, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                  QFileDevice::ReadGroup | QFileDevice::ReadOther);
         }
     }
     return folder;

@@ -16,8 +16,8 @@ QString qtFileFilter(const QString& classicFilter)
         if (!text.contains(QLatin1Char('(')))
             text += QStringLiteral(" (") + patterns + QLatin1Char(')');
         else
-            text = text.left(text.indexOf(QLatin1Char('('))).trimmed() + QStringLiteral(" (") + patterns
-                   + QLatin1Char(')');
+            text = text.left(text.indexOf(QLatin1Char('('))).trimmed() + QStringLiteral(" (") + patterns +
+                   QLatin1Char(')');
         out << text;
     }
     return out.join(QStringLiteral(";;"));

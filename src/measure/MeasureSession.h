@@ -26,8 +26,8 @@ public:
     // length is being marked (lengths then stay in pixels).
     using UnitSource = std::function<CalcModule::UnitContext()>;
 
-    MeasureSession(AppData& data, ResultTable& results, Guidance& guidance, Prompter& prompter, UnitSource units,
-                   QObject* parent = nullptr);
+    MeasureSession(AppData& data, ResultTable& results, Guidance& guidance, Prompter& prompter,
+                   UnitSource units, QObject* parent = nullptr);
     ~MeasureSession() override;
 
     // cmdMeasure(index): the tool its setting selects, with its guidance.

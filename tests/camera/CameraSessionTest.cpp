@@ -1,14 +1,14 @@
+#include "ICubeStandIn.h"
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "camera/CameraSession.h"
 #include "camera/ICubeDriver.h"
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
 #include "common/Settings.h"
-#include "ICubeStandIn.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
+#include <QDir>
 
 using namespace tavix;
 using tavix::test::ICubeStandIn;
@@ -43,7 +43,10 @@ protected:
     }
 
     QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
-    bool logHas(const QString& line) const { return log().contains(QLatin1Char(' ') + line + QStringLiteral("\r\n")); }
+    bool logHas(const QString& line) const
+    {
+        return log().contains(QLatin1Char(' ') + line + QStringLiteral("\r\n"));
+    }
     bool open() { return session.open(view); }
 
     TempDir dir;
@@ -82,7 +85,8 @@ TEST_F(CameraSessionOnStandIn, NoCamera_LogsAndReportsAndEnds)
     EXPECT_FALSE(open());
     EXPECT_TRUE(logHas(QStringLiteral("Error: ICubeSDK_Init(NumOfCam=0)")));
     ASSERT_EQ(prompter.messages.size(), 1u);
-    EXPECT_EQ(prompter.messages[0].text, messages.text(20104) + QStringLiteral("\r\n") + messages.text(20105));
+    EXPECT_EQ(prompter.messages[0].text,
+              messages.text(20104) + QStringLiteral("\r\n") + messages.text(20105));
     EXPECT_EQ(prompter.messages[0].title, messages.text(11103));
     EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
     EXPECT_EQ(standIn.callCount("ICubeSDK_Start"), 0);

@@ -24,7 +24,8 @@ TEST(FrameStatistics, RestartValue_StartsTheMeasurementAfreshAtTheNextTick)
     stats.restart();
     EXPECT_EQ(stats.startTime(), 99999.0f);
     const auto& atRestart = stats.tick(310, 0, 111.0f);
-    EXPECT_EQ(atRestart.average, QStringLiteral("Average:30.00")) << "the restart tick keeps the last figures";
+    EXPECT_EQ(atRestart.average, QStringLiteral("Average:30.00"))
+        << "the restart tick keeps the last figures";
     EXPECT_EQ(stats.startTime(), 111.0f);
     const auto& after = stats.tick(315, 0, 112.0f);  // 5 fps since the restart
     EXPECT_EQ(after.fps, QStringLiteral("FPS:5.00"));

@@ -9,7 +9,8 @@ using namespace tavix;
 namespace {
 
 struct RgbFrame {
-    RgbFrame(int w, int h, uchar r, uchar g, uchar b) : width(w), height(h), bytes(static_cast<size_t>(w) * h * 3)
+    RgbFrame(int w, int h, uchar r, uchar g, uchar b)
+        : width(w), height(h), bytes(static_cast<size_t>(w) * h * 3)
     {
         for (size_t i = 0; i < bytes.size(); i += 3) {
             bytes[i] = r;

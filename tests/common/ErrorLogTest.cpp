@@ -1,9 +1,9 @@
-#include "common/ErrorLog.h"
 #include "TempDir.h"
+#include "common/ErrorLog.h"
 
+#include <gtest/gtest.h>
 #include <QLocale>
 #include <QRegularExpression>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::TempDir;

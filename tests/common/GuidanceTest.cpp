@@ -1,9 +1,9 @@
+#include "FakeCommentBox.h"
+#include "TempDir.h"
 #include "common/ErrorLog.h"
 #include "common/Guidance.h"
 #include "common/GuidanceTable.h"
 #include "common/RunError.h"
-#include "FakeCommentBox.h"
-#include "TempDir.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +30,8 @@ TEST(GuidanceTable, Read_KeepsCommasInsideQuotedFields)
 {
     TempDir dir;
     GuidanceTable table;
-    ASSERT_TRUE(readFile(table, dir, "32,\"Click the first point, then the second.\",\"Right click cancels.\"\r\n"));
+    ASSERT_TRUE(
+        readFile(table, dir, "32,\"Click the first point, then the second.\",\"Right click cancels.\"\r\n"));
     EXPECT_EQ(table.line(32, 0), QStringLiteral("Click the first point, then the second."));
     EXPECT_EQ(table.line(32, 1), QStringLiteral("Right click cancels."));
 }
@@ -97,7 +98,8 @@ TEST(GuidanceTable, Read_FailsWithLogLine_WhenFileMissing)
 {
     TempDir dir;
     GuidanceTable table;
-    EXPECT_FALSE(table.ReadGuidanceData(dir.file(QStringLiteral("none")), ErrorLog(dir.file(QStringLiteral("Error.Log")))));
+    EXPECT_FALSE(table.ReadGuidanceData(dir.file(QStringLiteral("none")),
+                                        ErrorLog(dir.file(QStringLiteral("Error.Log")))));
     EXPECT_TRUE(logText(dir).endsWith(QStringLiteral(" ReadGuidanceData Error.(53)\r\n")));
 }
 

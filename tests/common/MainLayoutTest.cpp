@@ -19,7 +19,7 @@ TEST_P(MainLayoutAtSize, FollowsTheResizeRules)
     EXPECT_EQ(l.viewCommandArea.bottom(), inner.height() - 1);
     EXPECT_EQ(l.exitButton.left(), l.viewCommandArea.width() - 60);  // 900 twips
     EXPECT_LE(l.exitButton.right(), l.viewCommandArea.width() - 1);
-    EXPECT_EQ(l.resultGrid.height(), inner.height() - 376);          // 5640 twips
+    EXPECT_EQ(l.resultGrid.height(), inner.height() - 376);  // 5640 twips
     EXPECT_LE(l.keepResult.bottom(), inner.height() - 1);
     EXPECT_FALSE(l.comment0.intersects(l.comment1));
     EXPECT_LE(l.comment1.bottom(), l.viewCommandArea.height() - 1);

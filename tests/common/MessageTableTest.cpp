@@ -1,6 +1,6 @@
+#include "TempDir.h"
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
-#include "TempDir.h"
 
 #include <gtest/gtest.h>
 

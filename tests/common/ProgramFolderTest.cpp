@@ -1,5 +1,5 @@
-#include "common/ProgramFolder.h"
 #include "TempDir.h"
+#include "common/ProgramFolder.h"
 
 #include <gtest/gtest.h>
 

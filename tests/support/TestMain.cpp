@@ -1,5 +1,5 @@
-#include <QApplication>
 #include <gtest/gtest.h>
+#include <QApplication>
 
 // Widget tests need a QApplication; logic tests do not mind one.
 int main(int argc, char** argv)

@@ -28,8 +28,8 @@ OverlayPanel::OverlayPanel(AppData& data, Prompter& prompter, QWidget* viewArea,
 {
     auto entry = [this]() -> const ProofEntry& { return data_.proofs.at(data_.settings.CURRENTPROOFNO); };
     scaleOverlay_ = std::make_unique<ScaleBarOverlay>(
-        viewArea, data_.settings, ScaleBarOverlay::Sources{entry, sources_.magnification, sources_.pictureBox},
-        data_.log);
+        viewArea, data_.settings,
+        ScaleBarOverlay::Sources{entry, sources_.magnification, sources_.pictureBox}, data_.log);
     crossOverlay_ = std::make_unique<CrossLineOverlay>(viewArea, crossLines_);
 
     // The window places them with the other controls of the strip.
@@ -56,8 +56,8 @@ OverlayPanel::OverlayPanel(AppData& data, Prompter& prompter, QWidget* viewArea,
     connect(&crossLines_, &CrossLines::toolChanged, this, &OverlayPanel::crossToolChanged);
     connect(cmdCamViewConfig_, &QPushButton::clicked, this, [this] {
         crossLines_.cmdCamViewConfig_Click([this] {
-            frmCamViewConfig dialog(data_.settings, data_.messages, prompter_, data_.log, sources_.openSaveSetting,
-                                    cmdCamViewConfig_->window());
+            frmCamViewConfig dialog(data_.settings, data_.messages, prompter_, data_.log,
+                                    sources_.openSaveSetting, cmdCamViewConfig_->window());
             runDialog_(dialog);
         });
         emit jpegQualityChanged();

@@ -15,11 +15,17 @@
 namespace tavix {
 
 namespace {
-enum Caption : qint32 { kFreeze = 11051, kLive = 40023, kFreezeTip = 40024, kLiveTip = 40028, kCamera = 40029 };
+enum Caption : qint32 {
+    kFreeze = 11051,
+    kLive = 40023,
+    kFreezeTip = 40024,
+    kLiveTip = 40028,
+    kCamera = 40029
+};
 }  // namespace
 
-CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock, std::unique_ptr<CameraDriver> driver,
-                         const Widgets& widgets, QObject* parent)
+CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock,
+                         std::unique_ptr<CameraDriver> driver, const Widgets& widgets, QObject* parent)
     : QObject(parent),
       data_(data),
       prompter_(prompter),
@@ -28,7 +34,8 @@ CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock, std::u
       w_(widgets),
       capture_(*driver_, data.log, data.messages, prompter, clock, &BmpFile::read)
 {
-    session_ = std::make_unique<CameraSession>(*driver_, data_.settings, data_.messages, data_.log, prompter_);
+    session_ =
+        std::make_unique<CameraSession>(*driver_, data_.settings, data_.messages, data_.log, prompter_);
     cameraView_ = new CameraViewWidget(liveView_, w_.viewArea);
     stillScroll_ = new QScrollArea(w_.viewArea);
     stillScroll_->setObjectName(QStringLiteral("scrStillView"));
@@ -95,9 +102,9 @@ void CameraPanel::refit()
     }
     // The live picture is scaled to fit the area, its shape kept.
     const QSize fitted = modeSize_.scaled(area.size(), Qt::KeepAspectRatio);
-    cameraView_->setGeometry(QRect(area.topLeft() + QPoint((area.width() - fitted.width()) / 2,
-                                                            (area.height() - fitted.height()) / 2),
-                                   fitted));
+    cameraView_->setGeometry(QRect(
+        area.topLeft() + QPoint((area.width() - fitted.width()) / 2, (area.height() - fitted.height()) / 2),
+        fitted));
 }
 
 void CameraPanel::setMagnification(double magnification)

@@ -30,9 +30,9 @@ class CameraPanel : public QObject {
     Q_OBJECT
 public:
     struct Widgets {
-        QWidget* viewArea = nullptr;            // picViewArea: both pictures go in it
-        QPushButton* playStop = nullptr;        // cmdPlayStop
-        std::array<QLabel*, 6> status{};        // driver, frames, FPS, average, bad frames, resolution
+        QWidget* viewArea = nullptr;      // picViewArea: both pictures go in it
+        QPushButton* playStop = nullptr;  // cmdPlayStop
+        std::array<QLabel*, 6> status{};  // driver, frames, FPS, average, bad frames, resolution
     };
 
     CameraPanel(AppData& data, Prompter& prompter, Clock& clock, std::unique_ptr<CameraDriver> driver,

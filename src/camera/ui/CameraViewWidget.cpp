@@ -16,7 +16,8 @@ CameraViewWidget::CameraViewWidget(LiveView& liveView, QWidget* parent) : QWidge
 
 void CameraViewWidget::frameArrived()
 {
-    QMetaObject::invokeMethod(this, [this] { update(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { update(); }, Qt::QueuedConnection);
 }
 
 void CameraViewWidget::resizeEvent(QResizeEvent*)

@@ -80,7 +80,8 @@ void StillViewWidget::rebuildLayer(const QRect& visible)
         layer_ = QImage(visible.size(), QImage::Format_ARGB32_Premultiplied);
     layerRect_ = visible;
     if (store_)
-        painter_.paintLayer(layer_, *store_, MeasurementPainter::viewTransform(magnification_, visible.topLeft()));
+        painter_.paintLayer(layer_, *store_,
+                            MeasurementPainter::viewTransform(magnification_, visible.topLeft()));
     else
         layer_.fill(Qt::transparent);
     layerValid_ = true;

@@ -59,15 +59,15 @@ void PicturePanel::applySettings()
 
 void PicturePanel::showJpegQuality()
 {
-    parts_.jpegQuality->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ")
-                                + QString::number(data_.settings.JPEGQTY));
+    parts_.jpegQuality->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ") +
+                                QString::number(data_.settings.JPEGQTY));
     parts_.jpegQuality->setToolTip(data_.messages.text(12000));
 }
 
 bool PicturePanel::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == parts_.jpegQuality && event->type() == QEvent::MouseButtonRelease
-        && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+    if (watched == parts_.jpegQuality && event->type() == QEvent::MouseButtonRelease &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
         lblJpegQty_Click();
         return true;
     }
@@ -121,7 +121,8 @@ void PicturePanel::cmdPicSave_Click()
         }
         PictureFiles::SaveRequest request;
         request.fileName = name;
-        request.source = PictureFiles::sourcePicture(data_.settings.STILL1XSAVE, camera_.still(), view, overlay);
+        request.source =
+            PictureFiles::sourcePicture(data_.settings.STILL1XSAVE, camera_.still(), view, overlay);
         request.comments = {parts_.comments[0]->text(), parts_.comments[1]->text()};
         if (guidance_.showing())
             request.comments = {guidance_.savedComment(0), guidance_.savedComment(1)};

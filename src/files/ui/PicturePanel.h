@@ -31,7 +31,7 @@ public:
     struct Parts {
         QPushButton* picLoad = nullptr;
         QPushButton* picSave = nullptr;
-        QLabel* jpegQuality = nullptr;  // clicked: the quality dialog
+        QLabel* jpegQuality = nullptr;   // clicked: the quality dialog
         QWidget* commandArea = nullptr;  // where chkMeasureSave goes
         QWidget* viewArea = nullptr;
         QComboBox* scale = nullptr;

@@ -3,8 +3,8 @@
 #include "calib/ui/frmProofConfig.h"
 #include "common/AppData.h"
 #include "common/MainLayout.h"
-#include "common/Prompter.h"
 #include "common/ProgramFolder.h"
+#include "common/Prompter.h"
 #include "common/Twips.h"
 #include "measure/ValueFormat.h"
 #include "measure/ui/frmMeasureConfig.h"
@@ -15,9 +15,9 @@
 #include <QComboBox>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QLabel>
 #include <QPushButton>
-#include <QItemSelectionModel>
 #include <QTableView>
 #include <QToolButton>
 
@@ -46,11 +46,9 @@ enum Caption : qint32 {
 
 MeasurePanel::MeasurePanel(AppData& data, Prompter& prompter, ScaleBarSwitch& scaleBar, QWidget* area,
                            QObject* parent)
-    : QObject(parent),
-      data_(data),
-      prompter_(prompter),
-      scaleBar_(scaleBar),
-      runDialog_([](QDialog& d) { return d.exec(); })
+    : QObject(parent), data_(data), prompter_(prompter), scaleBar_(scaleBar), runDialog_([](QDialog& d) {
+          return d.exec();
+      })
 {
     build(area);
 }
@@ -123,7 +121,8 @@ void MeasurePanel::build(QWidget* area)
     cmdResultClear_ = named(new QPushButton(area), QStringLiteral("cmdResultClear"));
     cmdResultRemove_ = named(new QPushButton(area), QStringLiteral("cmdResultRemove"));
     cmdResultSave_ = named(new QPushButton(area), QStringLiteral("cmdResultSave"));
-    connect(cmdResultClear_, &QPushButton::clicked, this, [this] { results_.clearAll(prompter_, data_.messages); });
+    connect(cmdResultClear_, &QPushButton::clicked, this,
+            [this] { results_.clearAll(prompter_, data_.messages); });
     connect(cmdResultRemove_, &QPushButton::clicked, this, [this] {
         const QModelIndexList rows = grdResult_->selectionModel()->selectedRows();
         if (rows.isEmpty())

@@ -1,22 +1,22 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
 #include "files/BmpFile.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QRegularExpression>
 #include <QTest>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;

@@ -1,11 +1,12 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "app/frmMain.h"
 #include "calib/ProofTable.h"
 #include "camera/SimCamera.h"
 #include "common/Clock.h"
 #include "measure/ui/MeasurePanel.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QComboBox>
 #include <QDialog>
 #include <QLineEdit>
@@ -13,7 +14,6 @@
 #include <QRadioButton>
 #include <QTest>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;

@@ -1,3 +1,5 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
@@ -6,9 +8,8 @@
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
@@ -17,11 +18,10 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 #include <QTableView>
+#include <QTest>
 #include <QToolButton>
 #include <cmath>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;
@@ -69,7 +69,11 @@ protected:
 
     StillViewWidget* still() { return find<StillViewWidget>("picStillView"); }
 
-    void tool(int index) { QTest::mouseClick(find<QToolButton>(QStringLiteral("cmdMeasure(%1)").arg(index).toLatin1()), Qt::LeftButton); }
+    void tool(int index)
+    {
+        QTest::mouseClick(find<QToolButton>(QStringLiteral("cmdMeasure(%1)").arg(index).toLatin1()),
+                          Qt::LeftButton);
+    }
 
     QPoint at(double x, double y) { return still()->toWidget({x, y}).toPoint(); }
     void click(double x, double y) { QTest::mouseClick(still(), Qt::LeftButton, {}, at(x, y)); }
@@ -78,8 +82,8 @@ protected:
     {
         const QPoint p = at(x, y);
         QTest::mouseClick(still(), Qt::LeftButton, {}, p);
-        QMouseEvent dbl(QEvent::MouseButtonDblClick, p, still()->mapToGlobal(p), Qt::LeftButton, Qt::LeftButton,
-                        Qt::NoModifier);
+        QMouseEvent dbl(QEvent::MouseButtonDblClick, p, still()->mapToGlobal(p), Qt::LeftButton,
+                        Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(still(), &dbl);
         QTest::mouseRelease(still(), Qt::LeftButton, {}, p);
     }
@@ -143,8 +147,13 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         ToolCase{"TwoPoint", 0, {{100, 100}, {400, 500}}, false, 11132, "250.00", ""},
         ToolCase{"Circle", 1, {{200, 100}, {400, 300}, {200, 500}}, false, 11133, "200.00", ""},
-        ToolCase{"CircleToCircle", 2, {{200, 300}, {300, 200}, {400, 300}, {650, 300}, {700, 250}, {750, 300}}, false,
-                 11135, "200.00", ""},
+        ToolCase{"CircleToCircle",
+                 2,
+                 {{200, 300}, {300, 200}, {400, 300}, {650, 300}, {700, 250}, {750, 300}},
+                 false,
+                 11135,
+                 "200.00",
+                 ""},
         ToolCase{"Perpendicular", 3, {{100, 100}, {500, 100}, {300, 250}}, false, 11137, "75.00", ""},
         ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", "MIC²"},
         ToolCase{"Angle", 5, {{100, 300}, {500, 300}, {300, 100}, {300, 500}}, false, 11134, "90.00", "°"},
@@ -367,7 +376,8 @@ TEST_F(Measuring, CalibratedOnTheMicrometer_MeasuresTheLargeDiscWithinHalfAPixel
     // along a row crossing only the long ticks.
     const double rowY = toPixel(g.horizontalScale.zero - QPointF(0, 40)).y();
     const double x0 = tickCentre(picture, toPixel(g.horizontalScale.zero).x(), static_cast<int>(rowY));
-    const double x1 = tickCentre(picture, toPixel(g.horizontalScale.zero + QPointF(100, 0)).x(), static_cast<int>(rowY));
+    const double x1 =
+        tickCentre(picture, toPixel(g.horizontalScale.zero + QPointF(100, 0)).x(), static_cast<int>(rowY));
 
     zoom("x 4.0");  // aim at a quarter pixel
     int dialogs = 0;

@@ -1,3 +1,5 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "app/frmMain.h"
 #include "calib/ui/OverlayPanel.h"
 #include "camera/SimCamera.h"
@@ -5,9 +7,8 @@
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
 #include "measure/MeasureSession.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
@@ -17,7 +18,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;
@@ -62,7 +62,8 @@ protected:
             auto* x = d.findChild<QLineEdit*>(QStringLiteral("txtScaleLen(0)"));
             x->setText(QLatin1String(length));
             d.findChild<QLineEdit*>(QStringLiteral("txtScaleLen(1)"))->setText(QLatin1String(length));
-            QTest::mouseClick(d.findChild<QRadioButton*>(QStringLiteral("optAxis(%1)").arg(type)), Qt::LeftButton);
+            QTest::mouseClick(d.findChild<QRadioButton*>(QStringLiteral("optAxis(%1)").arg(type)),
+                              Qt::LeftButton);
             d.findChild<QComboBox*>(QStringLiteral("cboPosition"))->setCurrentIndex(position);
             QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
             return d.result();

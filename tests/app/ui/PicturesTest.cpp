@@ -1,3 +1,5 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
@@ -6,9 +8,8 @@
 #include "files/ui/PicturePanel.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
@@ -19,7 +20,6 @@
 #include <QStandardPaths>
 #include <QTest>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;
@@ -47,7 +47,8 @@ protected:
         click("cmdPlayStop");
         ASSERT_TRUE(w->camera().stillShown());
         // The user's comments, typed before a tool's hints take the comment lines.
-        w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->setText(QStringLiteral("Sample 7, polished"));
+        w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))
+            ->setText(QStringLiteral("Sample 7, polished"));
         w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->setText(QStringLiteral("x10 objective"));
         // One red two-point line across the still.
         click("cmdMeasure(0)");
@@ -108,9 +109,12 @@ TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
     prompter.answers.push_back(Prompter::Answer::Yes);  // the unsaved result may go
     prompter.fileNames.push_back(path);
     click("cmdPicLoad");
-    EXPECT_EQ(w->camera().still().convertToFormat(QImage::Format_RGB32), saved.convertToFormat(QImage::Format_RGB32));
-    EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->text(), QStringLiteral("Sample 7, polished"));
-    EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->text(), QStringLiteral("x10 objective"));
+    EXPECT_EQ(w->camera().still().convertToFormat(QImage::Format_RGB32),
+              saved.convertToFormat(QImage::Format_RGB32));
+    EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->text(),
+              QStringLiteral("Sample 7, polished"));
+    EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->text(),
+              QStringLiteral("x10 objective"));
     EXPECT_EQ(scale->currentText(), QStringLiteral("x 1.0"));
     EXPECT_EQ(w->measure().results().count(), 0);
 }

@@ -1,12 +1,13 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
 #include "common/Clock.h"
 #include "common/Lifecycle.h"
 #include "common/MainLayout.h"
 #include "common/Twips.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
 
+#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -17,7 +18,6 @@
 #include <QTableWidget>
 #include <QTest>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
 using namespace tavix;
 using tavix::test::ScriptedPrompter;
@@ -37,7 +37,8 @@ protected:
     void setIniValue(const QString& key, const QString& value)
     {
         QString text = QString::fromUtf8(ini());
-        const QRegularExpression line(QStringLiteral("(?m)^%1=[^\\r\\n]*").arg(QRegularExpression::escape(key)));
+        const QRegularExpression line(
+            QStringLiteral("(?m)^%1=[^\\r\\n]*").arg(QRegularExpression::escape(key)));
         ASSERT_TRUE(line.match(text).hasMatch()) << key.toStdString();
         text.replace(line, key + QLatin1Char('=') + value);
         dir.write(QStringLiteral("Tavix.Ini"), text.toUtf8());
@@ -157,9 +158,11 @@ TEST_P(frmMainStartupFailure, EndsWithExactLogLinesAndMessage)
     }
     const QString text = log();
     if (*c.readerLine) {
-        EXPECT_TRUE(text.contains(QStringLiteral(" %1\r\n").arg(QLatin1String(c.readerLine)))) << text.toStdString();
+        EXPECT_TRUE(text.contains(QStringLiteral(" %1\r\n").arg(QLatin1String(c.readerLine))))
+            << text.toStdString();
     }
-    EXPECT_TRUE(text.endsWith(QStringLiteral(" %1\r\n").arg(QLatin1String(c.startupLine)))) << text.toStdString();
+    EXPECT_TRUE(text.endsWith(QStringLiteral(" %1\r\n").arg(QLatin1String(c.startupLine))))
+        << text.toStdString();
     ASSERT_EQ(prompter.messages.size(), 1u);
     const auto& m = prompter.messages.front();
     EXPECT_EQ(m.text, QStringLiteral("The error occurred. The program is ended. "));
@@ -179,10 +182,12 @@ TEST_P(frmMainStartupFailure, EndsWithExactLogLinesAndMessage)
 INSTANTIATE_TEST_SUITE_P(
     EachDataFile, frmMainStartupFailure,
     ::testing::Values(
-        StartupFailureCase{"IniMissing", "Tavix.Ini", nullptr,
-                           "GetIniFileData GetPrivateProfileString Error [Section]=CAMERA,[Key]=CAMERAFILTERNAME",
-                           "Ini File Read Error.", false},
-        StartupFailureCase{"IniBroken", "Tavix.Ini", "[COMMON]\r\nAPPNAME=Tavix\r\n[CAMERA]\r\nCAMERAFILTERNAME=Camera\r\n",
+        StartupFailureCase{
+            "IniMissing", "Tavix.Ini", nullptr,
+            "GetIniFileData GetPrivateProfileString Error [Section]=CAMERA,[Key]=CAMERAFILTERNAME",
+            "Ini File Read Error.", false},
+        StartupFailureCase{"IniBroken", "Tavix.Ini",
+                           "[COMMON]\r\nAPPNAME=Tavix\r\n[CAMERA]\r\nCAMERAFILTERNAME=Camera\r\n",
                            "GetIniFileData GetPrivateProfileString Error [Section]=CAMERA,[Key]=GRPFILENAME",
                            "Ini File Read Error.", false},
         StartupFailureCase{"MessagesMissing", "Message_E.txt", nullptr, "ReadStringTableData Error.(53)",
@@ -194,8 +199,8 @@ INSTANTIATE_TEST_SUITE_P(
                            "Proof File Read Error.", true},
         StartupFailureCase{"GuidanceMissing", "Guidance_E.txt", nullptr, "ReadGuidanceData Error.(53)",
                            "Guidance File Read Error.", true},
-        StartupFailureCase{"GuidanceBroken", "Guidance_E.txt", "1001,\"a\",\"b\"\r\n", "ReadGuidanceData Error.(9)",
-                           "Guidance File Read Error.", true}),
+        StartupFailureCase{"GuidanceBroken", "Guidance_E.txt", "1001,\"a\",\"b\"\r\n",
+                           "ReadGuidanceData Error.(9)", "Guidance File Read Error.", true}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(frmMainStart, StillWaitTime1001_StopsStartup)
@@ -203,8 +208,8 @@ TEST_F(frmMainStart, StillWaitTime1001_StopsStartup)
     setIniValue(QStringLiteral("STILLWAITTIME"), QStringLiteral("1001"));
     frmMain w(dir.path(), prompter, clock, simCamera());
     EXPECT_FALSE(w.Form_Load());
-    EXPECT_TRUE(log().contains(
-        QStringLiteral(" GetIniFileData GetPrivateProfileString Error [Section]=ICUBE,[Key]=STILLWAITTIME\r\n")));
+    EXPECT_TRUE(log().contains(QStringLiteral(
+        " GetIniFileData GetPrivateProfileString Error [Section]=ICUBE,[Key]=STILLWAITTIME\r\n")));
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Ini File Read Error.\r\n")));
 }
 
@@ -408,7 +413,8 @@ TEST_F(frmMainStart, Resize_LayoutFollowsTheWindow)
         EXPECT_EQ(find<QWidget>(w, "cmdExit")->x(),
                   strip->width() - twipsToPixels(MainLayout::kExitFromRightTwips));
         EXPECT_EQ(strip->geometry().bottom(), client->height() - 1);
-        const std::array<QWidget*, 4> areas = {w.centralWidget(), strip, measure, find<QGroupBox>(w, "fraTools")};
+        const std::array<QWidget*, 4> areas = {w.centralWidget(), strip, measure,
+                                               find<QGroupBox>(w, "fraTools")};
         for (QWidget* area : areas)
             EXPECT_TRUE(overlaps(area).isEmpty()) << overlaps(area).join(QStringLiteral(", ")).toStdString();
     }
