@@ -36,14 +36,12 @@ enum Caption : qint32 {
 
 frmCamViewConfig::frmCamViewConfig(Settings& settings, const MessageTable& messages, Prompter& prompter,
                                    const ErrorLog& log, SaveSettingOpener openSaveSetting, QWidget* parent)
-    : QDialog(parent),
+    : GuardedDialog("frmCamViewConfig", log, parent),
       settings_(settings),
       messages_(messages),
       prompter_(prompter),
-      log_(log),
       openSaveSetting_(std::move(openSaveSetting))
 {
-    setObjectName(QStringLiteral("frmCamViewConfig"));
     setModal(true);
     buildControls();
     guarded("Form_Load", [this] { Form_Load(); });
@@ -178,11 +176,6 @@ void frmCamViewConfig::setSwatchColor(const QColor& color)
     QPalette palette = lblColor_->palette();
     palette.setColor(QPalette::Window, color);
     lblColor_->setPalette(palette);
-}
-
-void frmCamViewConfig::guarded(const char* handler, const std::function<void()>& body)
-{
-    runGuarded(log_, QStringLiteral("frmCamViewConfig:") + QLatin1String(handler), body);
 }
 
 }  // namespace tavix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ui/GuardedDialog.h"
+
 #include <QDialog>
 #include <array>
 #include <functional>
@@ -24,7 +26,7 @@ struct Settings;
 //
 // Created for each opening (its constructor is the load). Modal in the
 // program (exec()); tests open it with show(). Esc and the close box cancel.
-class frmCamViewConfig : public QDialog {
+class frmCamViewConfig : public GuardedDialog {
     Q_OBJECT
 public:
     static constexpr int kMinJpegQuality = 10;
@@ -45,7 +47,6 @@ private:
     void lblColor_Click();
     void cmdSaveSetting_Click();
     void cmdOK_Click();
-    void guarded(const char* handler, const std::function<void()>& body);
 
     QColor swatchColor() const;
     void setSwatchColor(const QColor& color);
@@ -53,7 +54,6 @@ private:
     Settings& settings_;
     const MessageTable& messages_;
     Prompter& prompter_;
-    const ErrorLog& log_;
     SaveSettingOpener openSaveSetting_;
 
     QGroupBox* Frame1_ = nullptr;

@@ -48,9 +48,8 @@ QString valueText(double value)
 
 frmProofConfig::frmProofConfig(CalibrationController& controller, const MessageTable& messages,
                                const ErrorLog& log, QWidget* parent)
-    : QDialog(parent), controller_(controller), messages_(messages), log_(log)
+    : GuardedDialog("frmProofConfig", log, parent), controller_(controller), messages_(messages)
 {
-    setObjectName(QStringLiteral("frmProofConfig"));
     setModal(true);
     buildControls();
     guarded("Form_Load", [this] { Form_Load(); });
@@ -209,11 +208,6 @@ void frmProofConfig::cmdCancel_Click()
 void frmProofConfig::reject()
 {
     guarded("cmdCancel_Click", [this] { cmdCancel_Click(); });
-}
-
-void frmProofConfig::guarded(const char* handler, const std::function<void()>& body)
-{
-    runGuarded(log_, QStringLiteral("frmProofConfig:") + QLatin1String(handler), body);
 }
 
 }  // namespace tavix

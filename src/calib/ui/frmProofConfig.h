@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ui/GuardedDialog.h"
+
 #include <QDialog>
 #include <array>
 #include <functional>
@@ -25,7 +27,7 @@ class MessageTable;
 //
 // Created for each opening (its constructor is the load). Modal in the
 // program (exec()); tests open it with show(). Esc and the close box cancel.
-class frmProofConfig : public QDialog {
+class frmProofConfig : public GuardedDialog {
     Q_OBJECT
 public:
     frmProofConfig(CalibrationController& controller, const MessageTable& messages, const ErrorLog& log,
@@ -41,11 +43,9 @@ private:
     void cmdValue_Click(int index);
     void cmdOK_Click();
     void cmdCancel_Click();
-    void guarded(const char* handler, const std::function<void()>& body);
 
     CalibrationController& controller_;
     const MessageTable& messages_;
-    const ErrorLog& log_;
 
     std::array<QLabel*, 2> Label1_{};
     QLineEdit* txtName_ = nullptr;

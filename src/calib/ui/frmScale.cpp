@@ -41,9 +41,12 @@ const std::array<const char*, 2> kAxisCaptions = {"X axis", "Y axis"};
 
 frmScale::frmScale(Settings& settings, const QString& unit, const MessageTable& messages, Prompter& prompter,
                    const ErrorLog& log, QWidget* parent)
-    : QDialog(parent), settings_(settings), unit_(unit), messages_(messages), prompter_(prompter), log_(log)
+    : GuardedDialog("frmScale", log, parent),
+      settings_(settings),
+      unit_(unit),
+      messages_(messages),
+      prompter_(prompter)
 {
-    setObjectName(QStringLiteral("frmScale"));
     setModal(true);
     buildControls();
     guarded("Form_Load", [this] { Form_Load(); });
@@ -152,11 +155,6 @@ void frmScale::cmdOK_Click()
     settings_.SCALETYPE = optAxis_[0]->isChecked() ? 0 : 1;
     settings_.SCALEPOSITION = static_cast<qint16>(cboPosition_->currentIndex());
     accept();
-}
-
-void frmScale::guarded(const char* handler, const std::function<void()>& body)
-{
-    runGuarded(log_, QStringLiteral("frmScale:") + QLatin1String(handler), body);
 }
 
 }  // namespace tavix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ui/GuardedDialog.h"
+
 #include <QDialog>
 #include <array>
 #include <functional>
@@ -25,7 +27,7 @@ struct Settings;
 //
 // Created for each opening (its constructor is the load). Modal in the
 // program (exec()); tests open it with show(). Esc and the close box cancel.
-class frmScale : public QDialog {
+class frmScale : public GuardedDialog {
     Q_OBJECT
 public:
     // The bar's length must be above 0; "@" is the axis's Label1 caption.
@@ -40,13 +42,11 @@ private:
     void Form_Load();
     void optAxis_Click();
     void cmdOK_Click();
-    void guarded(const char* handler, const std::function<void()>& body);
 
     Settings& settings_;
     QString unit_;
     const MessageTable& messages_;
     Prompter& prompter_;
-    const ErrorLog& log_;
 
     QGroupBox* Frame1_ = nullptr;
     std::array<QRadioButton*, 2> optAxis_{};

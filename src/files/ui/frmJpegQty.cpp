@@ -15,9 +15,11 @@ namespace tavix {
 
 frmJpegQty::frmJpegQty(Settings& settings, SettingsFile& settingsFile, const MessageTable& messages,
                        const ErrorLog& log, QWidget* parent)
-    : QDialog(parent), settings_(settings), settingsFile_(settingsFile), messages_(messages), log_(log)
+    : GuardedDialog("frmJpegQty", log, parent),
+      settings_(settings),
+      settingsFile_(settingsFile),
+      messages_(messages)
 {
-    setObjectName(QStringLiteral("frmJpegQty"));
     setModal(true);
     buildControls();
     guarded("Form_Load", [this] { Form_Load(); });
@@ -96,11 +98,6 @@ void frmJpegQty::cmdCancel_Click()
 void frmJpegQty::reject()
 {
     guarded("cmdCancel_Click", [this] { cmdCancel_Click(); });
-}
-
-void frmJpegQty::guarded(const char* handler, const std::function<void()>& body)
-{
-    runGuarded(log_, QStringLiteral("frmJpegQty:") + QLatin1String(handler), body);
 }
 
 }  // namespace tavix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ui/GuardedDialog.h"
+
 #include <QDialog>
 #include <functional>
 
@@ -20,7 +22,7 @@ struct Settings;
 //
 // Created for each opening (its constructor is the load). Modal in the
 // program (exec()); tests open it with show(). Esc and the close box cancel.
-class frmJpegQty : public QDialog {
+class frmJpegQty : public GuardedDialog {
     Q_OBJECT
 public:
     static constexpr qint32 kMsgCaption = 12000;
@@ -39,12 +41,10 @@ private:
     void sldJpegQty_Change();
     void cmdOK_Click();
     void cmdCancel_Click();
-    void guarded(const char* handler, const std::function<void()>& body);
 
     Settings& settings_;
     SettingsFile& settingsFile_;
     const MessageTable& messages_;
-    const ErrorLog& log_;
 
     QSlider* sldJpegQty_ = nullptr;
     QLabel* lblValue_ = nullptr;

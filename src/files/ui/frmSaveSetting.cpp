@@ -31,9 +31,11 @@ W* named(W* widget, const QString& name)
 
 frmSaveSetting::frmSaveSetting(Settings& settings, Prompter& prompter, const MessageTable& messages,
                                const ErrorLog& log, QWidget* parent)
-    : QDialog(parent), settings_(settings), prompter_(prompter), messages_(messages), log_(log)
+    : GuardedDialog("frmSaveSetting", log, parent),
+      settings_(settings),
+      prompter_(prompter),
+      messages_(messages)
 {
-    setObjectName(QStringLiteral("frmSaveSetting"));
     setModal(true);
     buildControls();
     guarded("Form_Load", [this] { Form_Load(); });
@@ -136,11 +138,6 @@ void frmSaveSetting::cmdCancel_Click()
 void frmSaveSetting::reject()
 {
     guarded("cmdCancel_Click", [this] { cmdCancel_Click(); });
-}
-
-void frmSaveSetting::guarded(const char* handler, const std::function<void()>& body)
-{
-    runGuarded(log_, QStringLiteral("frmSaveSetting:") + QLatin1String(handler), body);
 }
 
 }  // namespace tavix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ui/GuardedDialog.h"
+
 #include <QDialog>
 #include <array>
 #include <functional>
@@ -24,7 +26,7 @@ struct Settings;
 //
 // Created for each opening (its constructor is the load). Modal in the
 // program (exec()); tests open it with show(). Esc and the close box cancel.
-class frmSaveSetting : public QDialog {
+class frmSaveSetting : public GuardedDialog {
     Q_OBJECT
 public:
     // Message ids of the captions and the message.
@@ -46,12 +48,10 @@ private:
     void cmdSavePath_Click();
     void cmdOK_Click();
     void cmdCancel_Click();
-    void guarded(const char* handler, const std::function<void()>& body);
 
     Settings& settings_;
     Prompter& prompter_;
     const MessageTable& messages_;
-    const ErrorLog& log_;
 
     QGroupBox* Frame1_ = nullptr;
     std::array<QRadioButton*, 2> optIS_Mode_{};

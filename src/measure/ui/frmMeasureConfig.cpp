@@ -80,9 +80,11 @@ qint16 numberOf(const QComboBox* combo)
 
 frmMeasureConfig::frmMeasureConfig(Settings& settings, const MessageTable& messages, Prompter& prompter,
                                    const ErrorLog& log, QWidget* parent)
-    : QDialog(parent), settings_(settings), messages_(messages), prompter_(prompter), log_(log)
+    : GuardedDialog("frmMeasureConfig", log, parent),
+      settings_(settings),
+      messages_(messages),
+      prompter_(prompter)
 {
-    setObjectName(QStringLiteral("frmMeasureConfig"));
     setModal(true);
     buildControls();
     guarded("Form_Load", [this] { Form_Load(); });
@@ -292,11 +294,6 @@ void frmMeasureConfig::setSwatchColor(int index, const QColor& color)
     QPalette palette = lblColor_[index]->palette();
     palette.setColor(QPalette::Window, color);
     lblColor_[index]->setPalette(palette);
-}
-
-void frmMeasureConfig::guarded(const char* handler, const std::function<void()>& body)
-{
-    runGuarded(log_, QStringLiteral("frmMeasureConfig:") + QLatin1String(handler), body);
 }
 
 }  // namespace tavix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ui/GuardedDialog.h"
+
 #include <QDialog>
 #include <array>
 #include <functional>
@@ -25,7 +27,7 @@ struct Settings;
 //
 // Created for each opening (its constructor is the load). Modal in the
 // program (exec()); tests open it with show(). Esc and the close box cancel.
-class frmMeasureConfig : public QDialog {
+class frmMeasureConfig : public GuardedDialog {
     Q_OBJECT
 public:
     static constexpr int kColorCount = 7;
@@ -51,7 +53,6 @@ private:
     void Form_Load();
     void lblColor_Click(int index);
     void cmdOK_Click();
-    void guarded(const char* handler, const std::function<void()>& body);
 
     QColor swatchColor(int index) const;
     void setSwatchColor(int index, const QColor& color);
@@ -59,7 +60,6 @@ private:
     Settings& settings_;
     const MessageTable& messages_;
     Prompter& prompter_;
-    const ErrorLog& log_;
 
     std::array<QGroupBox*, 3> Frame_{};
     std::array<QLabel*, kLabelCount> Label1_{};
