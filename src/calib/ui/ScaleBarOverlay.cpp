@@ -52,6 +52,8 @@ ScaleBarOverlay::ScaleBarOverlay(QWidget* area, const Settings& settings, Source
     picScaleSize_->setContentsMargins(0, 0, 0, 0);
     picScaleSize_->setMargin(0);
     picScaleSize_->setIndent(0);
+    // A dark box, as behind the measurement labels, keeps the text readable on a light picture.
+    picScaleSize_->setAutoFillBackground(true);
     makeOverlay(picScaleSize_);
 }
 
@@ -113,6 +115,7 @@ void ScaleBarOverlay::applyStyle()
     }
     QPalette palette = picScaleSize_->palette();
     palette.setColor(QPalette::WindowText, ClassicColor::toQColor(settings_.MEASUREVALUECOLOR[1]));
+    palette.setColor(QPalette::Window, QColor(0, 0, 0, 150));
     picScaleSize_->setPalette(palette);
 }
 
