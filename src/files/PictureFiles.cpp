@@ -8,9 +8,11 @@
 #include "files/JpegWriter.h"
 #include "measure/ResultTableState.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QImageReader>
 #include <QPainter>
+#include <future>
 
 namespace tavix {
 
@@ -54,15 +56,13 @@ int errorOfJpegStatus(int status)
 
 // The picture the JPEG is made from: the source written to the temporary
 // bitmap and read back, as the picture conversion has always been done.
-QImage throughTemporaryBitmap(const QImage& source, const QString& tempPath)
+void writeTemporaryBitmap(const QImage& source, const QString& tempPath)
 {
     if (tempPath.isEmpty())
-        return source;
+        return;
     QByteArray bytes;
-    if (!BmpFile::encode(source, bytes) || SafeFile::writeScratch(tempPath, bytes) != 0)
-        return source;
-    QImage converted;
-    return BmpFile::read(tempPath, converted) == 0 ? converted : source;
+    if (BmpFile::encode(source, bytes))
+        SafeFile::writeScratch(tempPath, bytes);  // only a step: a failure leaves the JPEG alone
 }
 
 }  // namespace
@@ -166,8 +166,13 @@ PictureFiles::SaveResult PictureFiles::savePicture(const SaveRequest& request)
             break;
         }
         case Kind::Jpeg: {
-            const QImage converted = throughTemporaryBitmap(request.source, request.tempBitmapPath);
-            const int status = SaveJpeg(&converted, request.fileName, request.jpegQuality);
+            // The picture still passes through the temporary bitmap, but on a second
+            // thread while the JPEG is made from the same pixels: reading the bitmap
+            // back would give the encoder exactly these pixels, at twice the cost.
+            auto temporary = std::async(std::launch::async, writeTemporaryBitmap, std::cref(request.source),
+                                        std::cref(request.tempBitmapPath));
+            const int status = SaveJpeg(&request.source, request.fileName, request.jpegQuality);
+            temporary.wait();
             if (status != JpegWriter::kOk) {
                 result.jpegStatus = status;
                 return fail(errorOfJpegStatus(status), request.fileName, kMsgPictureNotSaved);
