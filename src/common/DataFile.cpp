@@ -15,7 +15,11 @@ QString readText(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw RunError(err::PathFileAccess);
-    return QString::fromUtf8(file.readAll());
+    QString text = QString::fromUtf8(file.readAll());
+    // Editors on other systems may put a byte-order mark in front of the first line.
+    if (text.startsWith(QChar(0xFEFF)))
+        text.remove(0, 1);
+    return text;
 }
 
 QStringList splitLines(const QString& text)

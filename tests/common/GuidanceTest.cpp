@@ -36,6 +36,18 @@ TEST(GuidanceTable, Read_KeepsCommasInsideQuotedFields)
     EXPECT_EQ(table.line(32, 1), QStringLiteral("Right click cancels."));
 }
 
+TEST(GuidanceTable, Read_SkipsByteOrderMark_BeforeFirstRecord)
+{
+    TempDir dir;
+    GuidanceTable table;
+    ASSERT_TRUE(readFile(table, dir,
+                         "\xEF\xBB\xBF"
+                         "7,first line,second line\r\n"));
+    EXPECT_EQ(table.line(7, 0), QStringLiteral("first line"));
+    EXPECT_EQ(table.line(7, 1), QStringLiteral("second line"));
+    EXPECT_FALSE(dir.exists(QStringLiteral("Error.Log")));
+}
+
 TEST(GuidanceTable, Read_GivesEmptyLines_ForNumbersNotInFile)
 {
     TempDir dir;

@@ -95,6 +95,19 @@ TEST(MessageTable, Read_LoadsExactlyTenThousandAndOneEntries)
     EXPECT_FALSE(dir.exists(QStringLiteral("Error.Log")));
 }
 
+TEST(MessageTable, Read_SkipsByteOrderMark_BeforeFirstEntry)
+{
+    TempDir dir;
+    const QString path = dir.write(QStringLiteral("m.txt"),
+                                   "\xEF\xBB\xBF"
+                                   "10001,First\r\n10002,Second\r\n");
+    MessageTable table;
+    ASSERT_TRUE(table.ReadStringTableData(path, ErrorLog(dir.file(QStringLiteral("Error.Log")))));
+    EXPECT_EQ(table.size(), 2);
+    EXPECT_EQ(table.text(10001), QStringLiteral("First"));
+    EXPECT_FALSE(dir.exists(QStringLiteral("Error.Log")));
+}
+
 TEST(MessageTable, Read_FailsWithLogLine_WhenOneEntryTooMany)
 {
     TempDir dir;
