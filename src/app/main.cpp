@@ -1,6 +1,7 @@
 #include "app/QtPrompter.h"
 #include "app/frmMain.h"
 #include "camera/CameraFactory.h"
+#include "common/CameraDrivers.h"
 #include "common/Clock.h"
 #include "common/ProgramFolder.h"
 
@@ -19,8 +20,10 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The program folder (holds Tavix.Ini)."),
                             QStringLiteral("DIR"));
-    QCommandLineOption camera(QStringLiteral("camera"), QStringLiteral("Camera driver: sim, icube or auto."),
-                              QStringLiteral("NAME"));
+    QCommandLineOption camera(
+        QStringLiteral("camera"),
+        QStringLiteral("Camera driver: %1.").arg(tavix::kCameraDrivers.join(QStringLiteral(", "))),
+        QStringLiteral("NAME"));
     parser.addOption(home);
     parser.addOption(camera);
     parser.process(app);

@@ -1,5 +1,6 @@
 #include "common/SettingsFile.h"
 
+#include "common/CameraDrivers.h"
 #include "common/IniFile.h"
 #include "common/NumberText.h"
 #include "common/RunError.h"
@@ -102,8 +103,7 @@ const std::vector<Key>& keys()
         {"INTERVALSAVE", "IS_MODE", TAVIX_FIELD(IS_MODE), UseDefault, "0"},
         {"INTERVALSAVE", "IS_SAVEPATH", TAVIX_FIELD(IS_SAVEPATH), UseDefault, ""},
         // Optional: files from before camera drivers could be chosen lack it.
-        {"CAMERA", "DRIVER", TAVIX_FIELD(DRIVER), UseDefault, "auto",
-         oneOf({QStringLiteral("sim"), QStringLiteral("icube"), QStringLiteral("auto")})},
+        {"CAMERA", "DRIVER", TAVIX_FIELD(DRIVER), UseDefault, "auto", oneOf(kCameraDrivers)},
     };
     return table;
 }

@@ -1,11 +1,13 @@
 #include "common/SettingsFile.h"
 
+#include "common/CameraDrivers.h"
 #include "common/ErrorLog.h"
 #include "common/Settings.h"
 
 #include "TempDir.h"
 
 #include <gtest/gtest.h>
+#include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 #include <cstdlib>
@@ -483,6 +485,29 @@ TEST_F(SettingsFileTest, Load_DriverIsMatchedWithoutCase)
 
     ASSERT_TRUE(load(s));
     EXPECT_EQ(s.DRIVER, "icube");
+}
+
+// The shipped file names the drivers a user may choose; each must start.
+TEST_F(SettingsFileTest, ShippedFile_OffersExactlyTheDriversTheLoaderAccepts)
+{
+    QFile shipped(QStringLiteral(TAVIX_SOURCE_DATA_DIR "/Tavix.Ini"));
+    ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(shipped.readAll());
+    const QRegularExpressionMatch offer =
+        QRegularExpression(QStringLiteral("; Camera driver: ([a-z, ]+)\\.")).match(text);
+    ASSERT_TRUE(offer.hasMatch());
+    QStringList offered = offer.captured(1).split(QRegularExpression(QStringLiteral(",\\s*|\\s+or\\s+")));
+    offered.sort();
+    QStringList known = kCameraDrivers;
+    known.sort();
+    EXPECT_EQ(offered, known);
+
+    for (const QString& name : offered) {
+        writeIni(withValue(QStringLiteral("DRIVER"), name));
+        Settings s;
+        ASSERT_TRUE(load(s)) << name.toStdString();
+        EXPECT_EQ(s.DRIVER, name);
+    }
 }
 
 TEST_F(SettingsFileTest, Load_UnknownDriver_FailsAfterEveryOtherKeyWasRead)
