@@ -50,6 +50,9 @@ public:
     // True when the camera draws the live picture into a native window itself
     // (Start's window); false when it hands frames to the sink.
     virtual bool drawsIntoWindow() const { return false; }
+    // True when SaveToFile may return before the file is complete (the camera
+    // writes it in the background); false when the file is complete on return.
+    virtual bool savesInBackground() const { return false; }
 
     // Fills the API version text; a result of 1 is failure.
     virtual int GetVersion(int which, QString& version) = 0;

@@ -43,7 +43,8 @@ public:
     const QString& libraryPath() const { return libraryPath_; }
 
     QString driverName() const override { return QStringLiteral("icube"); }
-    bool drawsIntoWindow() const override { return true; }  // the SDK draws the stream itself
+    bool drawsIntoWindow() const override { return true; }    // the SDK draws the stream itself
+    bool savesInBackground() const override { return true; }  // SaveToFile returns before the file is written
 
     int GetVersion(int which, QString& version) override;
     int Init() override;

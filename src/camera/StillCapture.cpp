@@ -6,6 +6,9 @@
 #include "common/MessageTable.h"
 #include "common/Prompter.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 namespace tavix {
 
 StillCapture::StillCapture(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages,
@@ -21,12 +24,16 @@ StillCapture::StillCapture(CameraDriver& driver, const ErrorLog& log, const Mess
 
 bool StillCapture::capture(int camera, const QString& tempBitmap, int waitMs, QImage& still)
 {
+    // The last still's file must go first: otherwise it would be read back as
+    // the new one before the camera has written anything.
+    if (QFileInfo::exists(tempBitmap))
+        QFile::remove(tempBitmap);
     if (const int r = driver_.SaveToFile(camera, tempBitmap); r != 0) {
         log_.write(QStringLiteral("Error: ICubeSDK_SaveToFile(%1)").arg(r));
         prompter_.message({messages_.text(26999, r), messages_.text(26998), Prompter::Icon::Critical});
         return false;
     }
-    return load(tempBitmap, waitMs, still);
+    return load(tempBitmap, driver_.savesInBackground() ? waitMs : 0, still);
 }
 
 bool StillCapture::reload(const QString& tempBitmap, QImage& still)
@@ -36,7 +43,8 @@ bool StillCapture::reload(const QString& tempBitmap, QImage& still)
 
 bool StillCapture::load(const QString& path, int waitMs, QImage& still)
 {
-    // A camera that writes the file in the background may need a moment; a
+    // A camera that writes the file in the background may need a moment: the
+    // file is read again until it is complete or the wait is over. A
     // synchronous one has finished already, so nothing waits for it.
     const qint64 deadline = clock_.tickMs() + (waitMs > 0 ? waitMs : 0);
     int number = 0;

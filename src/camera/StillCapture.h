@@ -23,7 +23,7 @@ public:
                  Clock& clock, Reader reader);
 
     // A new still into `still`; false leaves `still` as it was. waitMs is the
-    // longest wait for the camera's file to be complete.
+    // longest wait for the file of a camera that writes it in the background.
     bool capture(int camera, const QString& tempBitmap, int waitMs, QImage& still);
 
     // Reads the temporary bitmap again (the redraw of a still without a new picture).

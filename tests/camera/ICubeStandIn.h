@@ -58,6 +58,11 @@ public:
     {
         call<void (*)(int, int)>("StandIn_SetFrameSize")(width, height);
     }
+    // SaveToFile writes in the background: after `beforeMs` half the file, after `midwayMs` more the rest.
+    void setSaveDelay(int beforeMs, int midwayMs)
+    {
+        call<void (*)(int, int)>("StandIn_SetSaveDelay")(beforeMs, midwayMs);
+    }
     void setOnePushPolls(int polls) { call<void (*)(int)>("StandIn_SetOnePushPolls")(polls); }
     void setAviPolls(int polls) { call<void (*)(int)>("StandIn_SetAviPolls")(polls); }
     bool isOpen() { return call<int (*)()>("StandIn_IsOpen")() != 0; }

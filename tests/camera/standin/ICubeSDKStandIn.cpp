@@ -14,6 +14,9 @@
 // - After SetParamOnePush(type) the parameter reads 0 for a number of reads,
 //   then 1 (the one-push run finished). After SaveAvi parameter 24 reads 1
 //   for as many reads as the seconds asked for, then 0.
+// - After StandIn_SetSaveDelay(before, midway) SaveToFile returns at once and
+//   writes the file on a thread of its own, as the vendor's library does: it
+//   waits `before` ms, writes the first half, waits `midway` ms, writes the rest.
 // - Every call of an ICubeSDK_* function is recorded with its arguments as
 //   decimal text, strings as they came: "ICubeSDK_SetCamParameter(0,43,1)".
 //
@@ -24,12 +27,14 @@
 
 #include <dlfcn.h>
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -59,6 +64,8 @@ struct Camera {
     std::map<int, int> onePushLeft;  // per parameter type, while a run is pending
     int aviPolls = -1;               // reads of 1 after SaveAvi; -1: the seconds asked for
     int aviLeft = 0;
+    int saveBeforeMs = -1;  // -1: SaveToFile writes before it returns
+    int saveMidwayMs = 0;
     std::vector<std::string> calls;
     std::map<std::string, std::string> lastArgs;
     std::map<std::string, int> counts;
@@ -67,6 +74,18 @@ struct Camera {
 
 std::mutex mutex;
 Camera camera;
+
+// The background writer of SaveToFile; joined before the next one starts, on
+// reset and when the library is unloaded.
+struct Writer {
+    std::thread thread;
+    void join()
+    {
+        if (thread.joinable())
+            thread.join();
+    }
+    ~Writer() { join(); }
+} writer;
 
 using Lock = std::lock_guard<std::mutex>;
 
@@ -139,10 +158,8 @@ void put32(std::vector<unsigned char>& out, std::uint32_t v)
 }
 
 // A 24-bit bottom-up bitmap with a grey ramp, so that a still has something to show.
-bool writeBitmap(const char* fileName, int width, int height)
+std::vector<unsigned char> bitmap(int width, int height)
 {
-    if (!fileName || width <= 0 || height <= 0)
-        return false;
     const std::uint32_t stride = (static_cast<std::uint32_t>(width) * 3 + 3) & ~3u;
     const std::uint32_t imageSize = stride * static_cast<std::uint32_t>(height);
     std::vector<unsigned char> out;
@@ -170,11 +187,34 @@ bool writeBitmap(const char* fileName, int width, int height)
         }
         out.resize(out.size() + (stride - static_cast<std::uint32_t>(width) * 3), 0);
     }
+    return out;
+}
+
+bool writeBitmap(const char* fileName, int width, int height)
+{
+    if (!fileName || width <= 0 || height <= 0)
+        return false;
+    const std::vector<unsigned char> out = bitmap(width, height);
     FILE* file = std::fopen(fileName, "wb");
     if (!file)
         return false;
     const bool ok = std::fwrite(out.data(), 1, out.size(), file) == out.size();
     return std::fclose(file) == 0 && ok;
+}
+
+void writeBitmapLater(const std::string& fileName, std::vector<unsigned char> bytes, int beforeMs,
+                      int midwayMs)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(beforeMs));
+    FILE* file = std::fopen(fileName.c_str(), "wb");
+    if (!file)
+        return;
+    const std::size_t half = bytes.size() / 2;
+    std::fwrite(bytes.data(), 1, half, file);
+    std::fflush(file);
+    std::this_thread::sleep_for(std::chrono::milliseconds(midwayMs));
+    std::fwrite(bytes.data() + half, 1, bytes.size() - half, file);
+    std::fclose(file);
 }
 
 const char* handOut(std::string text)
@@ -353,11 +393,18 @@ STANDIN_API int ICubeSDK_GetBrokenFrames(int cam, int* count)
 
 STANDIN_API int ICubeSDK_SaveToFile(int cam, const char* fileName)
 {
+    writer.join();
     Lock lock(mutex);
     int own = 0;
-    if (!scriptedFailure("ICubeSDK_SaveToFile") &&
-        !writeBitmap(fileName, camera.frameWidth, camera.frameHeight))
+    if (scriptedFailure("ICubeSDK_SaveToFile")) {
+        // writes nothing
+    } else if (camera.saveBeforeMs >= 0 && fileName && camera.frameWidth > 0 && camera.frameHeight > 0) {
+        writer.thread = std::thread(writeBitmapLater, std::string(fileName),
+                                    bitmap(camera.frameWidth, camera.frameHeight), camera.saveBeforeMs,
+                                    camera.saveMidwayMs);
+    } else if (!writeBitmap(fileName, camera.frameWidth, camera.frameHeight)) {
         own = -1;
+    }
     return finish("ICubeSDK_SaveToFile", own, cam, fileName);
 }
 
@@ -436,6 +483,7 @@ static_assert(std::is_same_v<decltype(&ICubeSDK_SetParamOnePush), ICubeSDK_SetPa
 
 STANDIN_API void StandIn_Reset(void)
 {
+    writer.join();
     Lock lock(mutex);
     camera = Camera{};
 }
@@ -539,6 +587,13 @@ STANDIN_API void StandIn_SetFrameSize(int width, int height)
     Lock lock(mutex);
     camera.frameWidth = width;
     camera.frameHeight = height;
+}
+
+STANDIN_API void StandIn_SetSaveDelay(int beforeMs, int midwayMs)
+{
+    Lock lock(mutex);
+    camera.saveBeforeMs = beforeMs;
+    camera.saveMidwayMs = midwayMs;
 }
 
 STANDIN_API void StandIn_SetOnePushPolls(int polls)
