@@ -8,6 +8,8 @@
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
+#include "common/FaultPoint.h"
+#include "common/HandlerGuard.h"
 #include "common/Lifecycle.h"
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
@@ -20,6 +22,7 @@
 
 #include "common/ui/WidgetNames.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -161,6 +164,7 @@ bool frmMain::Form_Load()
         placeRunTimeControls();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
+        loaded_ = true;
         return true;
     } catch (const std::exception& e) {
         const auto* runError = dynamic_cast<const RunError*>(&e);
@@ -181,7 +185,8 @@ bool frmMain::openCamera()
     widgets.status = sbriCube_;
     camera_ = std::make_unique<CameraPanel>(data_, prompter_, clock_, driverFactory_(data_), widgets);
     connect(camera_.get(), &CameraPanel::stillShownChanged, this, &frmMain::stillShownChanged);
-    connect(cmdPlayStop_, &QPushButton::clicked, camera_.get(), &CameraPanel::toggleLiveStill);
+    connect(cmdPlayStop_, &QPushButton::clicked, camera_.get(), &CameraPanel::cmdPlayStop_Click);
+    connect(camera_.get(), &CameraPanel::endProgramRequested, this, &frmMain::endProgram);
     camera_->setMagnification(Magnification::valueOf(cboScale_->currentText()));
     return camera_->open();
 }
@@ -306,12 +311,35 @@ void frmMain::stillShownChanged(bool shown)
 
 void frmMain::cboScale_Click()
 {
-    const double magnification = Magnification::valueOf(cboScale_->currentText());
-    lblZoom_->setText(Magnification::label(magnification));
-    if (camera_)
-        camera_->setMagnification(magnification);
-    if (overlays_)
-        overlays_->layoutChanged();
+    runGuarded(data_.log, QStringLiteral("frmMain:cboScale_Click"), [this] {
+        FaultPoint::pass("cboScale_Click");
+        const double magnification = Magnification::valueOf(cboScale_->currentText());
+        lblZoom_->setText(Magnification::label(magnification));
+        if (camera_)
+            camera_->setMagnification(magnification);
+        if (overlays_)
+            overlays_->layoutChanged();
+    });
+}
+
+void frmMain::endProgram()
+{
+    if (!loaded_) {
+        // During the start-up the window never shows; its unload still runs.
+        Form_Unload();
+        return;
+    }
+    // Every window unloads, the last opened first; the main window's unload
+    // writes the settings back and logs the end.
+    while (QWidget* modal = QApplication::activeModalWidget()) {
+        if (modal == this)
+            break;
+        modal->close();
+        modal->hide();  // a dialog that refuses to close goes all the same
+    }
+    unloadRequested_ = true;
+    close();
+    QCoreApplication::exit(1);
 }
 
 void frmMain::endStartup(const QString& title)
@@ -371,8 +399,9 @@ void frmMain::applySettingsToControls()
     lblComment_->setText(m(kComment));
     measure_->applySettings();
     overlays_->applySettings();
-    cboScale_->setCurrentIndex(s.DEFAULTSCALE < cboScale_->count() ? s.DEFAULTSCALE : 0);
+    cboScale_->setCurrentIndex(s.DEFAULTSCALE);
     cboScale_Click();
+    scaleShown_ = true;
 }
 
 void frmMain::setCommandAreaEnabled(QWidget* area, bool enabled)
@@ -406,6 +435,7 @@ void frmMain::Form_Resize()
         return;
     try {
         ++layoutPasses_;
+        FaultPoint::pass("Form_Resize");
         const MainLayout l = MainLayout::compute(central_->size());
         picViewArea_->setGeometry(l.viewArea);
         picViewCommandArea_->setGeometry(l.viewCommandArea);
@@ -449,7 +479,10 @@ void frmMain::Form_Unload()
     if (unloaded_)
         return;
     unloaded_ = true;
-    Lifecycle::unload(data_, static_cast<qint16>(cboScale_->currentIndex()), [this] {
+    // Before the list showed DEFAULTSCALE (a camera failing at start-up) the value read is kept.
+    const auto scale =
+        scaleShown_ ? static_cast<qint16>(cboScale_->currentIndex()) : data_.settings.DEFAULTSCALE;
+    Lifecycle::unload(data_, scale, [this] {
         if (camera_)
             camera_->exit();
     });

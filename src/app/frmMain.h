@@ -80,6 +80,8 @@ private:
     bool openCamera();
     void stillShownChanged(bool shown);
     void cboScale_Click();
+    // After a fatal camera error: unloads every window, which ends the program.
+    void endProgram();
     void connectMeasuring();
     void connectOverlays();
     void connectPictures();
@@ -99,6 +101,8 @@ private:
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window
     bool unloaded_ = false;
+    bool loaded_ = false;      // the start-up ran to its end
+    bool scaleShown_ = false;  // cboScale shows DEFAULTSCALE
     int layoutPasses_ = 0;
 
     QWidget* central_ = nullptr;

@@ -112,12 +112,19 @@ bool CameraSession::start()
     return true;
 }
 
-void CameraSession::shutdown()
+void CameraSession::closeCamera()
 {
     if (driver_.IsStarted(camera_) == 1)
         driver_.Stop(camera_);
     if (driver_.IsOpen(camera_) == 0)
         driver_.Close(camera_);
+}
+
+void CameraSession::shutdown()
+{
+    closeCamera();
+    if (view_.endProgram)
+        view_.endProgram();
 }
 
 void CameraSession::exit()
@@ -140,7 +147,7 @@ bool CameraSession::changeMode(std::int32_t mode)
     if (const int r = driver_.SetMode(camera_, mode); r != 0) {
         log_.write(sdkError("SetMode", r));
         prompter_.message({messages_.text(26999, r), messages_.text(26998), Prompter::Icon::Critical});
-        shutdown();
+        closeCamera();
         ok = false;
     }
     settings_.DEFAULTRESOLUTION = static_cast<qint16>(currentMode_);

@@ -25,6 +25,9 @@ public:
         FrameSink* sink = nullptr;                   // for drivers that hand frames over
         std::function<void(QSize)> placeCameraView;  // size picCameraView to the mode
         std::function<void(const QString&)> showResolution;  // the status bar's panel
+        // Unloads every open window, the last opened first, which ends the
+        // program; called after a fatal camera error has closed the camera.
+        std::function<void()> endProgram;
     };
 
     CameraSession(CameraDriver& driver, Settings& settings, const MessageTable& messages, const ErrorLog& log,
@@ -38,14 +41,19 @@ public:
     // Restarts the stream in the current mode. False after a fatal failure.
     bool start();
 
-    // Fatal camera errors: stops and closes, ignoring errors.
+    // Stops and closes the camera, ignoring errors; the program goes on
+    // without it (a failed mode change, series or recording).
+    void closeCamera();
+
+    // Fatal camera errors: closes the camera, then ends the program.
     void shutdown();
 
     // At exit: stops and closes, logging failures and going on.
     void exit();
 
     // The resolution change of the properties dialog: stop, set the mode, start.
-    // False when setting the mode failed (logged, reported, camera closed).
+    // False when setting the mode failed (logged, reported, camera closed);
+    // the start that follows in either case ends the program if it fails.
     bool changeMode(std::int32_t mode);
 
     CameraDriver& driver() { return driver_; }

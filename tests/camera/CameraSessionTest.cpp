@@ -40,6 +40,11 @@ protected:
         view.window = 0x5a5a;
         view.placeCameraView = [this](QSize s) { placed = s; };
         view.showResolution = [this](const QString& t) { resolution = t; };
+        view.endProgram = [this] {
+            ++ended;
+            startedWhenEnded = standIn.isStarted();
+            openWhenEnded = standIn.isOpen();
+        };
     }
 
     QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
@@ -60,6 +65,9 @@ protected:
     CameraSession::View view;
     QSize placed;
     QString resolution;
+    int ended = 0;
+    bool startedWhenEnded = false;
+    bool openWhenEnded = false;
 };
 
 }  // namespace
@@ -176,6 +184,10 @@ TEST_P(CameraSessionFatal, LogsReportsAndShutsDown)
         EXPECT_EQ(m.title, messages.text(26998));
     }
     EXPECT_FALSE(standIn.isStarted());
+    // The camera is stopped and closed first, then every window unloads.
+    EXPECT_EQ(ended, 1);
+    EXPECT_FALSE(startedWhenEnded);
+    EXPECT_FALSE(openWhenEnded);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -226,4 +238,37 @@ TEST_F(CameraSessionOnStandIn, ChangeMode_StopsSetsAndStartsAgain_AndKeepsTheCho
     EXPECT_TRUE(standIn.isStarted());
     EXPECT_EQ(settings.DEFAULTRESOLUTION, 1);
     EXPECT_EQ(resolution, QStringLiteral("Resolution:640x480"));
+}
+
+TEST_F(CameraSessionOnStandIn, Parameter43Failing_DoesNotEndTheProgram)
+{
+    standIn.setResult("ICubeSDK_SetCamParameter", -7);
+    ASSERT_TRUE(open());
+    EXPECT_EQ(ended, 0);
+}
+
+TEST_F(CameraSessionOnStandIn, ChangeModeFailure_ClosesTheCamera_AndTheStartThatFollowsDecides)
+{
+    ASSERT_TRUE(open());
+    standIn.setResult("ICubeSDK_SetMode", -8);
+    EXPECT_FALSE(session.changeMode(1));
+    EXPECT_TRUE(logHas(QStringLiteral("Error: ICubeSDK_SetMode(-8)")));
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, messages.text(26999, -8));
+    EXPECT_EQ(prompter.messages[0].title, messages.text(26998));
+    EXPECT_EQ(standIn.callCount("ICubeSDK_Close"), 1);
+    EXPECT_EQ(settings.DEFAULTRESOLUTION, 1);
+    // This camera starts again although it was closed: nothing was fatal.
+    EXPECT_TRUE(standIn.isStarted());
+    EXPECT_EQ(ended, 0);
+}
+
+TEST_F(CameraSessionOnStandIn, StartFailingAfterAModeChange_EndsTheProgram)
+{
+    ASSERT_TRUE(open());
+    standIn.setResult("ICubeSDK_Start", -10);
+    session.changeMode(1);
+    EXPECT_TRUE(logHas(QStringLiteral("Error: ICubeSDK_Start(-10)")));
+    EXPECT_EQ(ended, 1);
+    EXPECT_FALSE(openWhenEnded);
 }

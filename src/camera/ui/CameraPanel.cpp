@@ -5,6 +5,8 @@
 #include "camera/ui/StillViewWidget.h"
 #include "common/AppData.h"
 #include "common/Clock.h"
+#include "common/FaultPoint.h"
+#include "common/HandlerGuard.h"
 #include "common/ui/Icons.h"
 #include "files/BmpFile.h"
 
@@ -70,6 +72,11 @@ bool CameraPanel::open()
     view.sink = &liveView_;
     view.placeCameraView = [this](QSize size) { placeCameraView(size); };
     view.showResolution = [this](const QString& text) { w_.status[5]->setText(text); };
+    view.endProgram = [this] {
+        tmriCube_.stop();
+        tmrLiveIcon_.stop();
+        emit endProgramRequested();
+    };
     if (!session_->open(view))
         return false;
     statistics_.reset(static_cast<float>(clock_.secondsSinceMidnight()));
@@ -110,6 +117,14 @@ void CameraPanel::refit()
 void CameraPanel::setMagnification(double magnification)
 {
     stillView_->setMagnification(magnification);
+}
+
+void CameraPanel::cmdPlayStop_Click()
+{
+    runGuarded(data_.log, QStringLiteral("frmMain:cmdPlayStop_Click"), [this] {
+        FaultPoint::pass("cmdPlayStop_Click");
+        toggleLiveStill();
+    });
 }
 
 void CameraPanel::toggleLiveStill()
@@ -160,31 +175,37 @@ void CameraPanel::showLive()
 
 void CameraPanel::tmriCube_Timer()
 {
-    const int cam = session_->camera();
-    // A camera that stopped leaves the last figures standing.
-    if (driver_->IsStarted(cam) != 1)
-        return;
-    std::int32_t good = 0;
-    std::int32_t broken = 0;
-    driver_->GetGoodFrames(cam, good);
-    driver_->GetBrokenFrames(cam, broken);
-    const auto& t = statistics_.tick(good, broken, static_cast<float>(clock_.secondsSinceMidnight()));
-    w_.status[1]->setText(t.frames);
-    w_.status[2]->setText(t.fps);
-    w_.status[3]->setText(t.average);
-    w_.status[4]->setText(t.badFrames);
-    w_.status[5]->setText(session_->resolutionText());
+    runGuarded(data_.log, QStringLiteral("frmMain:tmriCube_Timer"), [this] {
+        FaultPoint::pass("tmriCube_Timer");
+        const int cam = session_->camera();
+        // A camera that stopped leaves the last figures standing.
+        if (driver_->IsStarted(cam) != 1)
+            return;
+        std::int32_t good = 0;
+        std::int32_t broken = 0;
+        driver_->GetGoodFrames(cam, good);
+        driver_->GetBrokenFrames(cam, broken);
+        const auto& t = statistics_.tick(good, broken, static_cast<float>(clock_.secondsSinceMidnight()));
+        w_.status[1]->setText(t.frames);
+        w_.status[2]->setText(t.fps);
+        w_.status[3]->setText(t.average);
+        w_.status[4]->setText(t.badFrames);
+        w_.status[5]->setText(session_->resolutionText());
+    });
 }
 
 void CameraPanel::tmrLiveIcon_Timer()
 {
-    // The live light blinks while the picture is live.
-    if (stillShown_) {
-        w_.playStop->setIcon(Icons::still());
-        return;
-    }
-    iconLit_ = !iconLit_;
-    w_.playStop->setIcon(Icons::camera(iconLit_));
+    runGuarded(data_.log, QStringLiteral("frmMain:tmrLiveIcon_Timer"), [this] {
+        FaultPoint::pass("tmrLiveIcon_Timer");
+        // The live light blinks while the picture is live.
+        if (stillShown_) {
+            w_.playStop->setIcon(Icons::still());
+            return;
+        }
+        iconLit_ = !iconLit_;
+        w_.playStop->setIcon(Icons::camera(iconLit_));
+    });
 }
 
 }  // namespace tavix

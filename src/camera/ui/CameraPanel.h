@@ -44,7 +44,9 @@ public:
     // Stops and closes the camera at exit.
     void exit();
 
-    // cmdPlayStop in run state 0: live to still or back.
+    // cmdPlayStop's click, guarded: in run state 0 live to still or back.
+    void cmdPlayStop_Click();
+    // Live to still or back.
     void toggleLiveStill();
     bool stillShown() const { return stillShown_; }
     // Shows the held still again, without its measurements, from the
@@ -71,6 +73,8 @@ public:
 
 signals:
     void stillShownChanged(bool shown);
+    // A fatal camera error closed the camera: every window must unload.
+    void endProgramRequested();
 
 private:
     void showLive();

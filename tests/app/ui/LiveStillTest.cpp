@@ -5,10 +5,12 @@
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
+#include "common/FaultPoint.h"
 #include "files/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QComboBox>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
@@ -27,6 +29,7 @@ namespace {
 class LiveStill : public ::testing::Test {
 protected:
     void SetUp() override { test::copyShippedData(dir); }
+    void TearDown() override { FaultPoint::disarmAll(); }
 
     std::unique_ptr<frmMain> start(SimCamera::Faults faults = {})
     {
@@ -65,6 +68,10 @@ protected:
     }
 
     QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
+    int logCount(const QString& line) const
+    {
+        return log().count(QLatin1Char(' ') + line + QStringLiteral("\r\n"));
+    }
     QString statusText(frmMain& w, int panel) const
     {
         return w.findChild<QLabel*>(QStringLiteral("sbriCubePanel(%1)").arg(panel))->text();
@@ -153,8 +160,117 @@ TEST_F(LiveStill, NoCamera_EndsTheProgramBeforeTheWindowShows)
     EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_Init(NumOfCam=0)\r\n")));
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(11103));
+    // The main window unloaded: its settings went back as they were read, and the end is logged.
+    EXPECT_TRUE(log().endsWith(QStringLiteral(" Tavix End\r\n"))) << log().toStdString();
     w.reset();
     EXPECT_EQ(dir.read(QStringLiteral("Tavix.Ini")), ini);
+}
+
+TEST_F(LiveStill, CameraFailingAtStartUp_KeepsTheSettingsAsRead)
+{
+    // DEFAULTSCALE is not on the list yet when the camera fails: the value read goes back.
+    QByteArray ini = dir.read(QStringLiteral("Tavix.Ini"));
+    ini.replace("DEFAULTSCALE=0", "DEFAULTSCALE=4");
+    dir.write(QStringLiteral("Tavix.Ini"), ini);
+    SimCamera::Faults faults;
+    faults.failWith[QStringLiteral("Start")] = SimCamera::kBadCamera;
+    auto w = start(faults);
+    EXPECT_FALSE(loaded);
+    EXPECT_FALSE(w->isVisible());
+    EXPECT_EQ(logCount(QStringLiteral("Error: ICubeSDK_Start(-9)")), 1);
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26999, SimCamera::kBadCamera));
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(26998));
+    EXPECT_NE(sim->IsOpen(0), 0);
+    EXPECT_TRUE(log().endsWith(QStringLiteral(" Tavix End\r\n")));
+    EXPECT_EQ(dir.read(QStringLiteral("Tavix.Ini")), ini);
+}
+
+TEST_F(LiveStill, CameraFailingWhileRunning_ClosesItsDialogs_AndUnloadsTheWindow)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    auto* scale = find<QComboBox>(*w, "cboScale");
+    scale->setCurrentIndex(2);
+    emit scale->activated(2);
+    QDialog dialog(w.get());
+    dialog.setModal(true);
+    dialog.show();
+    ASSERT_EQ(QApplication::activeModalWidget(), &dialog);
+
+    sim->failCall(QStringLiteral("Start"), SimCamera::kDisconnected);
+    w->camera().session().changeMode(3);
+
+    EXPECT_EQ(logCount(QStringLiteral("Error: ICubeSDK_Start(-10)")), 1);
+    // The program closes the window itself: nothing but the error is shown or asked.
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(26998));
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_FALSE(w->isVisible());
+    EXPECT_NE(sim->IsOpen(0), 0);
+    EXPECT_TRUE(log().endsWith(QStringLiteral(" Tavix End\r\n")));
+    const QString ini = QString::fromUtf8(dir.read(QStringLiteral("Tavix.Ini")));
+    EXPECT_TRUE(ini.contains(QStringLiteral("DEFAULTSCALE=2\r\n")));
+    EXPECT_TRUE(ini.contains(QStringLiteral("DEFAULTRESOLUTION=3\r\n"))) << ini.toStdString();
+}
+
+// Each handler keeps the guard: a run-time error is logged once and the next event works.
+TEST_F(LiveStill, PlayStopGuard_LogsAndGoesOn)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
+    FaultPoint::arm(QStringLiteral("cmdPlayStop_Click"), 91);
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_EQ(logCount(QStringLiteral("frmMain:cmdPlayStop_Click Error.(91)")), 1);
+    EXPECT_FALSE(w->camera().stillShown());
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_TRUE(w->camera().stillShown());
+    EXPECT_EQ(logCount(QStringLiteral("frmMain:cmdPlayStop_Click Error.(91)")), 1);
+}
+
+TEST_F(LiveStill, StatusTimerGuard_LogsAndGoesOn)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    const QString before = statusText(*w, 1);
+    FaultPoint::arm(QStringLiteral("tmriCube_Timer"), 6);
+    w->camera().tmriCube_Timer();
+    EXPECT_EQ(logCount(QStringLiteral("frmMain:tmriCube_Timer Error.(6)")), 1);
+    EXPECT_EQ(statusText(*w, 1), before);
+    QTest::qWait(100);
+    w->camera().tmriCube_Timer();
+    EXPECT_GT(statusText(*w, 1).mid(7).toInt(), 0);
+}
+
+TEST_F(LiveStill, LiveIconTimerGuard_LogsAndGoesOn)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
+    w->camera().tmrLiveIcon_Timer();
+    const QImage lit = playStop->icon().pixmap(20).toImage();
+    FaultPoint::arm(QStringLiteral("tmrLiveIcon_Timer"), 7);
+    w->camera().tmrLiveIcon_Timer();
+    EXPECT_EQ(logCount(QStringLiteral("frmMain:tmrLiveIcon_Timer Error.(7)")), 1);
+    EXPECT_EQ(playStop->icon().pixmap(20).toImage(), lit);
+    w->camera().tmrLiveIcon_Timer();
+    EXPECT_NE(playStop->icon().pixmap(20).toImage(), lit);
+}
+
+TEST_F(LiveStill, ScaleListGuard_LogsAndGoesOn)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    auto* scale = find<QComboBox>(*w, "cboScale");
+    FaultPoint::arm(QStringLiteral("cboScale_Click"), 380);
+    scale->setCurrentIndex(2);
+    emit scale->activated(2);
+    EXPECT_EQ(logCount(QStringLiteral("frmMain:cboScale_Click Error.(380)")), 1);
+    EXPECT_EQ(find<QLabel>(*w, "lblZoom")->text(), QStringLiteral("x 1.0"));
+    emit scale->activated(2);
+    EXPECT_EQ(find<QLabel>(*w, "lblZoom")->text(), QStringLiteral("x 2.0"));
 }
 
 TEST_F(LiveStill, FailedStill_IsLoggedAndKeepsThePreviousStill)

@@ -3,8 +3,10 @@
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
 #include "common/Clock.h"
+#include "common/FaultPoint.h"
 #include "common/Lifecycle.h"
 #include "common/MainLayout.h"
+#include "common/RunError.h"
 #include "common/Twips.h"
 
 #include <gtest/gtest.h>
@@ -105,6 +107,29 @@ TEST_F(frmMainStart, Load_ChoosesToolCaptionsByCommandModes)
     EXPECT_EQ(find<QComboBox>(w, "cboProof")->currentIndex(), 3);
 }
 
+// The settings allow 0 to 15: the last two indexes have their own entries too.
+class frmMainDefaultScale : public ProgramFolderFixture, public ::testing::WithParamInterface<int> {};
+
+TEST_P(frmMainDefaultScale, Load_SelectsEntry_AndExitWritesItBack)
+{
+    const int index = GetParam();
+    setIniValue(QStringLiteral("DEFAULTSCALE"), QString::number(index));
+    {
+        frmMain w(dir.path(), prompter, clock, simCamera());
+        ASSERT_TRUE(w.Form_Load());
+        auto* scale = find<QComboBox>(w, "cboScale");
+        EXPECT_EQ(scale->count(), 16);
+        ASSERT_EQ(scale->currentIndex(), index);
+        EXPECT_EQ(find<QLabel>(w, "lblZoom")->text(), scale->currentText());
+        EXPECT_TRUE(prompter.messages.empty());
+        w.setConfirmOnClose(false);
+        w.close();
+    }
+    EXPECT_TRUE(QString::fromUtf8(ini()).contains(QStringLiteral("DEFAULTSCALE=%1\r\n").arg(index)));
+}
+
+INSTANTIATE_TEST_SUITE_P(LastIndexes, frmMainDefaultScale, ::testing::Values(14, 15));
+
 TEST_F(frmMainStart, Load_LeavesMeasureAreaDisabledButNoDisableControlsUsable)
 {
     frmMain w(dir.path(), prompter, clock, simCamera());
@@ -202,6 +227,23 @@ INSTANTIATE_TEST_SUITE_P(
         StartupFailureCase{"GuidanceBroken", "Guidance_E.txt", "1001,\"a\",\"b\"\r\n",
                            "ReadGuidanceData Error.(9)", "Guidance File Read Error.", true}),
     [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(frmMainStart, RunTimeErrorInLoad_LogsReportsAndDeletesTheGraphFile)
+{
+    dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Camera ! fakesink\r\n");
+    const QByteArray before = ini();
+    frmMain w(dir.path(), prompter, clock,
+              [](AppData&) -> std::unique_ptr<CameraDriver> { throw RunError(err::TypeMismatch); });
+    EXPECT_FALSE(w.Form_Load());
+    EXPECT_TRUE(log().endsWith(QStringLiteral(" frmMain:Form_Load Error.(13)\r\n"))) << log().toStdString();
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, Lifecycle::kEndedText);
+    EXPECT_EQ(prompter.messages[0].title, w.data().messages.text(11051));
+    EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
+    EXPECT_FALSE(dir.exists(QStringLiteral("Camera.grf")));
+    EXPECT_FALSE(w.isVisible());
+    EXPECT_EQ(ini(), before);  // the program ends at once: no unload
+}
 
 TEST_F(frmMainStart, StillWaitTime1001_StopsStartup)
 {
@@ -434,6 +476,26 @@ TEST_F(frmMainStart, Resize_MinimizedWindowDoesNoLayoutWork)
     w.setWindowState(Qt::WindowNoState);
     QCoreApplication::sendEvent(w.centralWidget(), &event);
     EXPECT_EQ(w.layoutPasses(), passes + 1);
+    w.setConfirmOnClose(false);
+}
+
+TEST_F(frmMainStart, ResizeGuard_LogsAndTheNextResizeLaysOut)
+{
+    frmMain w(dir.path(), prompter, clock, simCamera());
+    ASSERT_TRUE(w.Form_Load());
+    w.show();
+    w.resize(1200, 800);
+    QCoreApplication::processEvents();
+    auto* view = find<QWidget>(w, "picViewArea");
+    const int width = view->width();
+    FaultPoint::arm(QStringLiteral("Form_Resize"), 6);
+    w.resize(1400, 800);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view->width(), width);
+    EXPECT_EQ(log().count(QStringLiteral(" frmMain:Form_Resize Error.(6)\r\n")), 1);
+    w.resize(1500, 800);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view->width(), width + 300);
     w.setConfirmOnClose(false);
 }
 
