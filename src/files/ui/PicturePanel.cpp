@@ -26,7 +26,7 @@
 namespace tavix {
 
 namespace {
-enum Caption : qint32 { kWithMeasurements = 40008, kJpegQuality = 40022 };
+enum Caption : qint32 { kWithMeasurements = 40008, kJpegQualityTip = 12000 };
 }  // namespace
 
 PicturePanel::PicturePanel(AppData& data, Prompter& prompter, CameraPanel& camera, MeasureSession& measuring,
@@ -59,9 +59,9 @@ void PicturePanel::applySettings()
 
 void PicturePanel::showJpegQuality()
 {
-    parts_.jpegQuality->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ") +
-                                QString::number(data_.settings.JPEGQTY));
-    parts_.jpegQuality->setToolTip(data_.messages.text(12000));
+    // Only the number: the tool tip says what it is.
+    parts_.jpegQuality->setText(QString::number(data_.settings.JPEGQTY));
+    parts_.jpegQuality->setToolTip(data_.messages.text(kJpegQualityTip));
 }
 
 bool PicturePanel::eventFilter(QObject* watched, QEvent* event)

@@ -12,11 +12,14 @@
 #include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QImageReader>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QSlider>
 #include <QStandardPaths>
 #include <QTest>
 #include <QToolButton>
@@ -141,4 +144,22 @@ TEST_F(Pictures, NameEndingInJpeg_WritesNoPictureButTheComment)
     EXPECT_FALSE(dir.exists(QStringLiteral("sample.jpeg")));
     // The comment file replaces the name's last four characters.
     EXPECT_EQ(dir.read(QStringLiteral("sample..txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
+}
+
+TEST_F(Pictures, JpegQualityLabel_ShowsJustTheQuality_AlsoAfterItsDialog)
+{
+    auto* label = w->findChild<QLabel*>(QStringLiteral("lblJpegQty"));
+    ASSERT_NE(label, nullptr);
+    EXPECT_EQ(label->text(), QStringLiteral("90"));  // JPEGQTY of the shipped settings file
+
+    w->pictures().setDialogRunner([](QDialog& d) {
+        d.show();
+        d.findChild<QSlider*>(QStringLiteral("sldJpegQty"))->setValue(37);
+        QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+        return d.result();
+    });
+    QTest::mouseClick(label, Qt::LeftButton);
+
+    EXPECT_EQ(w->data().settings.JPEGQTY, 37);
+    EXPECT_EQ(label->text(), QStringLiteral("37"));
 }
