@@ -5,6 +5,7 @@
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
+#include "files/PictureFiles.h"
 #include "files/ui/PicturePanel.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
@@ -13,6 +14,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QImageReader>
 #include <QLabel>
@@ -67,6 +69,8 @@ protected:
         ASSERT_NE(button, nullptr) << name;
         QTest::mouseClick(button, Qt::LeftButton);
     }
+
+    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
 
     // ImageMagick, installed by the dependency script, reads the file as the format it claims.
     static void expectIdentified(const QString& path, const QByteArray& format)
@@ -162,4 +166,21 @@ TEST_F(Pictures, JpegQualityLabel_ShowsJustTheQuality_AlsoAfterItsDialog)
 
     EXPECT_EQ(w->data().settings.JPEGQTY, 37);
     EXPECT_EQ(label->text(), QStringLiteral("37"));
+}
+
+TEST_F(Pictures, UnwritableJpeg_IsReported_AndItsCommentFileStillWritten)
+{
+    const QString path = dir.file(QStringLiteral("blocked.jpg"));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("blocked.jpg")));  // a folder in the picture's place
+    prompter.fileNames.push_back(path);
+    const size_t before = prompter.messages.size();
+    click("cmdPicSave");
+
+    ASSERT_EQ(prompter.messages.size(), before + 1) << "a lost picture is never silent";
+    EXPECT_EQ(prompter.messages.back().text,
+              w->data().messages.text(PictureFiles::kMsgPictureNotSaved, path));
+    EXPECT_EQ(prompter.messages.back().icon, Prompter::Icon::Exclamation);
+    EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdPicSave Error.("))) << log().toStdString();
+    EXPECT_EQ(dir.read(QStringLiteral("blocked.txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
+    EXPECT_TRUE(QFileInfo(path).isDir());
 }
