@@ -111,6 +111,9 @@ void PicturePanel::cmdPicSave_Click()
         view.magnification = still->magnification();
         view.scrollOffset = -still->mapTo(viewport, QPoint(0, 0));
         view.areaSize = viewport ? viewport->size() : parts_.viewArea->size();
+        // Around a small, centred still the file shows the area's own background, as the screen does.
+        if (viewport)
+            view.background = viewport->palette().color(viewport->backgroundRole());
         PictureFiles::OverlayPainter overlay;
         if (chkMeasureSave_->isChecked()) {
             overlay = [this](QPainter& painter, const QTransform& toImage) {

@@ -7,10 +7,13 @@
 #include "common/Clock.h"
 #include "files/PictureFiles.h"
 #include "files/ui/PicturePanel.h"
+#include "measure/MeasureSession.h"
+#include "measure/MeasurementStore.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
 
 #include <gtest/gtest.h>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
@@ -21,6 +24,8 @@
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSlider>
 #include <QStandardPaths>
 #include <QTest>
@@ -68,6 +73,18 @@ protected:
         auto* button = w->findChild<QAbstractButton*>(QLatin1String(name));
         ASSERT_NE(button, nullptr) << name;
         QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    QComboBox* zoom() { return w->findChild<QComboBox*>(QStringLiteral("cboScale")); }
+
+    // Picks a zoom as the user does, with the arrow keys on cboScale.
+    void chooseZoom(const char* text)
+    {
+        const int target = zoom()->findText(QLatin1String(text));
+        ASSERT_GE(target, 0) << text;
+        for (int i = 0; i < zoom()->count() && zoom()->currentIndex() != target; ++i)
+            QTest::keyClick(zoom(), zoom()->currentIndex() < target ? Qt::Key_Down : Qt::Key_Up);
+        ASSERT_EQ(zoom()->currentText(), QLatin1String(text));
     }
 
     QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
@@ -166,6 +183,70 @@ TEST_F(Pictures, JpegQualityLabel_ShowsJustTheQuality_AlsoAfterItsDialog)
 
     EXPECT_EQ(w->data().settings.JPEGQTY, 37);
     EXPECT_EQ(label->text(), QStringLiteral("37"));
+}
+
+TEST_F(Pictures, DisplayedSave_IsExactlyTheVisibleArea_OfAMagnifiedScrolledStill)
+{
+    w->data().settings.STILL1XSAVE = 0;
+    w->findChild<QCheckBox*>(QStringLiteral("chkMeasureSave"))->setChecked(false);
+    chooseZoom("x 2.0");
+    auto* scroll = w->findChild<QScrollArea*>(QStringLiteral("scrStillView"));
+    ASSERT_NE(scroll, nullptr);
+    QApplication::processEvents();
+    ASSERT_TRUE(scroll->horizontalScrollBar()->isVisible());
+    ASSERT_TRUE(scroll->verticalScrollBar()->isVisible());
+    const QPoint scrolled(333, 517);
+    scroll->horizontalScrollBar()->setValue(scrolled.x());
+    scroll->verticalScrollBar()->setValue(scrolled.y());
+    QApplication::processEvents();
+    ASSERT_EQ(scroll->horizontalScrollBar()->value(), scrolled.x());
+    ASSERT_EQ(scroll->verticalScrollBar()->value(), scrolled.y());
+    const QSize visible = scroll->viewport()->size();
+    const QSize area = w->findChild<QWidget*>(QStringLiteral("picViewArea"))->contentsRect().size();
+    ASSERT_LT(visible.width(), area.width()) << "the vertical scroll bar takes part of the area";
+    ASSERT_LT(visible.height(), area.height()) << "the horizontal scroll bar takes part of the area";
+
+    const QString path = dir.file(QStringLiteral("shown.bmp"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+
+    const QImage saved = QImage(path).convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(saved.size(), visible);
+    const QImage still = w->camera().still().convertToFormat(QImage::Format_RGB32);
+    int differing = 0;
+    for (int y = 0; y < saved.height(); ++y)
+        for (int x = 0; x < saved.width(); ++x)
+            differing += saved.pixel(x, y) != still.pixel((x + scrolled.x()) / 2, (y + scrolled.y()) / 2);
+    EXPECT_EQ(differing, 0) << "of " << saved.width() * saved.height() << " pixels";
+}
+
+TEST_F(Pictures, DisplayedSave_OfASmallCentredStill_IsWhatTheAreaShows_BackgroundIncluded)
+{
+    click("cmdPlayStop");
+    click("cmdPlayStop");  // a fresh still, with nothing measured on it yet
+    ASSERT_TRUE(w->camera().stillShown());
+    ASSERT_TRUE(w->measuring().store().entries().empty());
+    w->data().settings.STILL1XSAVE = 0;
+    chooseZoom("x 0.5");
+    auto* scroll = w->findChild<QScrollArea*>(QStringLiteral("scrStillView"));
+    ASSERT_NE(scroll, nullptr);
+    QApplication::processEvents();
+    ASSERT_FALSE(scroll->horizontalScrollBar()->isVisible());
+    const QImage screen = scroll->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_NE(w->camera().stillView()->pos(), QPoint(0, 0)) << "the still is centred in the area";
+
+    const QString path = dir.file(QStringLiteral("small.bmp"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+
+    const QImage saved = QImage(path).convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(saved.size(), screen.size());
+    EXPECT_EQ(saved.pixel(0, 0), screen.pixel(0, 0)) << "the area around the picture";
+    int differing = 0;
+    for (int y = 0; y < saved.height(); ++y)
+        for (int x = 0; x < saved.width(); ++x)
+            differing += saved.pixel(x, y) != screen.pixel(x, y);
+    EXPECT_EQ(differing, 0) << "of " << saved.width() * saved.height() << " pixels";
 }
 
 TEST_F(Pictures, UnwritableJpeg_IsReported_AndItsCommentFileStillWritten)
