@@ -146,14 +146,16 @@ void PicturePanel::cmdPicLoad_Click()
         const QString name = prompter_.fileName(PictureFiles::loadDialog(data_.messages));
         if (name.isEmpty())
             return;
-        const auto loaded = PictureFiles::loadPicture(name);
-        if (loaded.error != 0) {
-            PictureFiles::reportLoadFailure(loaded, name, prompter_, data_.messages, data_.log);
-            return;
-        }
+        // Frozen and at "x 1.0" before the file is read, whatever the file turns out to be.
         if (!camera_.stillShown())
             camera_.toggleLiveStill();
         parts_.resetMagnification();
+        const auto loaded = PictureFiles::loadPicture(name);
+        if (loaded.error != 0) {
+            // The still, its results and the comments stay as they were: they still belong together.
+            PictureFiles::reportLoadFailure(loaded, name, prompter_, data_.messages, data_.log);
+            return;
+        }
         camera_.showPicture(loaded.picture);
         guidance_.HideGuidance();
         parts_.comments[0]->setText(loaded.comments[0]);

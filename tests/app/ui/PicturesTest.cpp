@@ -19,6 +19,7 @@
 #include <QDialog>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
@@ -75,6 +76,7 @@ protected:
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
+    QLineEdit* comment(int i) { return w->findChild<QLineEdit*>(QStringLiteral("txtComment(%1)").arg(i)); }
     QComboBox* zoom() { return w->findChild<QComboBox*>(QStringLiteral("cboScale")); }
 
     // Picks a zoom as the user does, with the arrow keys on cboScale.
@@ -264,4 +266,46 @@ TEST_F(Pictures, UnwritableJpeg_IsReported_AndItsCommentFileStillWritten)
     EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdPicSave Error.("))) << log().toStdString();
     EXPECT_EQ(dir.read(QStringLiteral("blocked.txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
     EXPECT_TRUE(QFileInfo(path).isDir());
+}
+
+TEST_F(Pictures, UnreadablePicture_FromTheLiveView_FreezesAndResetsTheZoomFirst_ThenSaysSo)
+{
+    chooseZoom("x 2.0");
+    click("cmdPlayStop");
+    ASSERT_FALSE(w->camera().stillShown());
+    const QString path = dir.write(QStringLiteral("broken.jpg"), "no picture in here");
+    prompter.answers.push_back(Prompter::Answer::Yes);  // should the results be asked about
+    prompter.fileNames.push_back(path);
+    const size_t before = prompter.messages.size();
+    click("cmdPicLoad");
+
+    EXPECT_TRUE(w->camera().stillShown()) << "frozen before the file is read";
+    EXPECT_EQ(zoom()->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->camera().stillView()->magnification(), 1.0);
+    EXPECT_EQ(w->camera().still().size(), QSize(1280, 1024)) << "the frozen camera picture stays";
+    ASSERT_EQ(prompter.messages.size(), before + 1);
+    EXPECT_EQ(prompter.messages.back().text, w->data().messages.text(PictureFiles::kMsgPictureNotRead, path));
+    EXPECT_EQ(prompter.messages.back().icon, Prompter::Icon::Exclamation);
+    EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdPicLoad Error.(481)"))) << log().toStdString();
+}
+
+TEST_F(Pictures, UnreadablePicture_OnAStill_KeepsItsPictureResultsAndComments)
+{
+    const QImage still = w->camera().still();
+    const QString comments[2] = {comment(0)->text(), comment(1)->text()};
+    chooseZoom("x 2.0");
+    const QString path = dir.write(QStringLiteral("broken.bmp"), "BM but no bitmap after that");
+    prompter.answers.push_back(Prompter::Answer::Yes);  // the unsaved result may go
+    prompter.fileNames.push_back(path);
+    click("cmdPicLoad");
+
+    EXPECT_TRUE(w->camera().stillShown());
+    EXPECT_EQ(zoom()->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->camera().stillView()->magnification(), 1.0);
+    EXPECT_EQ(w->camera().still(), still);
+    EXPECT_EQ(w->measure().results().count(), 1) << "nothing replaced the picture they belong to";
+    EXPECT_EQ(comment(0)->text(), comments[0]);
+    EXPECT_EQ(comment(1)->text(), comments[1]);
+    ASSERT_FALSE(prompter.messages.empty());
+    EXPECT_EQ(prompter.messages.back().text, w->data().messages.text(PictureFiles::kMsgPictureNotRead, path));
 }
