@@ -130,8 +130,8 @@ TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
     w->guidance().HideGuidance();
     w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->clear();
     w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->clear();
-    auto* scale = w->findChild<QComboBox*>(QStringLiteral("cboScale"));
-    scale->setCurrentIndex(scale->findText(QStringLiteral("x 2.0")));
+    chooseZoom("x 2.0");
+    ASSERT_EQ(w->camera().stillView()->magnification(), 2.0);
     prompter.answers.push_back(Prompter::Answer::Yes);  // the unsaved result may go
     prompter.fileNames.push_back(path);
     click("cmdPicLoad");
@@ -141,7 +141,8 @@ TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
               QStringLiteral("Sample 7, polished"));
     EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->text(),
               QStringLiteral("x10 objective"));
-    EXPECT_EQ(scale->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(zoom()->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->camera().stillView()->magnification(), 1.0);
     EXPECT_EQ(w->measure().results().count(), 0);
 }
 
