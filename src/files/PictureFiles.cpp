@@ -173,11 +173,14 @@ PictureFiles::SaveResult PictureFiles::savePicture(const SaveRequest& request)
                                         std::cref(request.tempBitmapPath));
             const int status = SaveJpeg(&request.source, request.fileName, request.jpegQuality);
             temporary.wait();
+            // The JPEG's status has never held up the comment file, which is written
+            // below as for any name; the lost picture is still reported.
             if (status != JpegWriter::kOk) {
                 result.jpegStatus = status;
-                return fail(errorOfJpegStatus(status), request.fileName, kMsgPictureNotSaved);
+                fail(errorOfJpegStatus(status), request.fileName, kMsgPictureNotSaved);
+            } else {
+                result.pictureWritten = true;
             }
-            result.pictureWritten = true;
             break;
         }
         case Kind::None:
@@ -188,9 +191,11 @@ PictureFiles::SaveResult PictureFiles::savePicture(const SaveRequest& request)
     if (hasComment(request.comments)) {
         const QString commentFile = commentFileName(request.fileName);
         if (!commentFile.isEmpty()) {
-            if (const int error = SafeFile::write(commentFile, commentFileText(request.comments)))
-                return fail(error, commentFile, kMsgCommentNotSaved);
-            result.commentWritten = true;
+            const int error = SafeFile::write(commentFile, commentFileText(request.comments));
+            if (error == 0)
+                result.commentWritten = true;
+            else if (result.outcome != SaveResult::Outcome::Failed)  // a lost picture is told first
+                fail(error, commentFile, kMsgCommentNotSaved);
         }
     }
     return result;

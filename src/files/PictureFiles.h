@@ -105,9 +105,12 @@ public:
     // JPEG through the temporary bitmap at the quality, anything else
     // nothing), then the comment file when either comment, trimmed, is not
     // empty. Every file goes to a temporary name first, so a failed write
-    // leaves an earlier file of that name whole; a failed picture writes no
-    // comment file. The temporary bitmap is only a step: when it cannot be
-    // written or read back, the JPEG is made from the source itself.
+    // leaves an earlier file of that name whole. A bitmap that cannot be
+    // written ends the save without a comment file; a JPEG that cannot be
+    // written does not: the comment file is still written, and the result
+    // names the lost picture (before a comment file that failed as well).
+    // The temporary bitmap is only a step: when it cannot be written or read
+    // back, the JPEG is made from the source itself.
     static SaveResult savePicture(const SaveRequest& request);
 
     // True when either comment, trimmed, is not empty.

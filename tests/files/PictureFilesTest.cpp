@@ -552,7 +552,11 @@ TEST_P(PictureFilesFullDisk, SavePicture_FailsCleanly_AndKeepsTheEarlierFileByte
     EXPECT_EQ(result.messageId, PictureFiles::kMsgPictureNotSaved);
     EXPECT_FALSE(result.pictureWritten);
     EXPECT_EQ(dir.read(name), earlier);
-    EXPECT_EQ(dir.read(QStringLiteral("still.txt")), QByteArray("earlier comment\r\n"));
+    // A bitmap that cannot be written ends the save; a JPEG's status does not hold up the comment.
+    const QByteArray comment = PictureFiles::kindOf(name) == Kind::Jpeg ? QByteArray("new comment\r\n\r\n")
+                                                                        : QByteArray("earlier comment\r\n");
+    EXPECT_EQ(dir.read(QStringLiteral("still.txt")), comment);
+    EXPECT_EQ(result.commentWritten, PictureFiles::kindOf(name) == Kind::Jpeg);
     EXPECT_EQ(filesInFolder(), QStringList({name, QStringLiteral("still.txt")}));
 
     PictureFiles::reportSaveFailure(result, prompter, messages, log);
@@ -568,6 +572,41 @@ TEST_P(PictureFilesFullDisk, SavePicture_FailsCleanly_AndKeepsTheEarlierFileByte
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, PictureFilesFullDisk, ::testing::Values("still.bmp", "still.jpg"));
+
+TEST_F(PictureFilesTest, SavePicture_WritesTheCommentButReportsTheLostPicture_WhenTheJpegCannotBeWritten)
+{
+    QDir(dir.path()).mkdir(QStringLiteral("still.jpg"));  // a folder in the picture's place
+    PictureFiles::SaveRequest r = request(QStringLiteral("still.jpg"));
+    r.comments = {QStringLiteral("comment"), QStringLiteral("second")};
+
+    const PictureFiles::SaveResult result = PictureFiles::savePicture(r);
+
+    EXPECT_EQ(result.outcome, Outcome::Failed);
+    EXPECT_FALSE(result.pictureWritten);
+    EXPECT_NE(result.jpegStatus, 0);
+    EXPECT_NE(result.error, 0);
+    EXPECT_EQ(result.failedFile, r.fileName);
+    EXPECT_EQ(result.messageId, PictureFiles::kMsgPictureNotSaved);
+    EXPECT_TRUE(result.commentWritten);
+    EXPECT_EQ(dir.read(QStringLiteral("still.txt")), QByteArray("comment\r\nsecond\r\n"));
+    PictureFiles::reportSaveFailure(result, prompter, messages, log);
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, messages.text(PictureFiles::kMsgPictureNotSaved, r.fileName));
+}
+
+TEST_F(PictureFilesTest, SavePicture_WritesNoComment_WhenTheBitmapCannotBeWritten)
+{
+    QDir(dir.path()).mkdir(QStringLiteral("still.bmp"));  // a folder in the picture's place
+    PictureFiles::SaveRequest r = request(QStringLiteral("still.bmp"));
+    r.comments = {QStringLiteral("comment"), QString()};
+
+    const PictureFiles::SaveResult result = PictureFiles::savePicture(r);
+
+    EXPECT_EQ(result.outcome, Outcome::Failed);
+    EXPECT_EQ(result.messageId, PictureFiles::kMsgPictureNotSaved);
+    EXPECT_FALSE(result.commentWritten);
+    EXPECT_FALSE(dir.exists(QStringLiteral("still.txt")));
+}
 
 TEST_F(PictureFilesTest, SavePicture_NamesTheCommentFile_WhenOnlyItCannotBeWritten)
 {

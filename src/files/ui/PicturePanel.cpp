@@ -26,7 +26,7 @@
 namespace tavix {
 
 namespace {
-enum Caption : qint32 { kWithMeasurements = 40008, kJpegQuality = 40022 };
+enum Caption : qint32 { kWithMeasurements = 40008, kJpegQualityTip = 12000 };
 }  // namespace
 
 PicturePanel::PicturePanel(AppData& data, Prompter& prompter, CameraPanel& camera, MeasureSession& measuring,
@@ -59,9 +59,9 @@ void PicturePanel::applySettings()
 
 void PicturePanel::showJpegQuality()
 {
-    parts_.jpegQuality->setText(data_.messages.text(kJpegQuality) + QStringLiteral(": ") +
-                                QString::number(data_.settings.JPEGQTY));
-    parts_.jpegQuality->setToolTip(data_.messages.text(12000));
+    // Only the number: the tool tip says what it is.
+    parts_.jpegQuality->setText(QString::number(data_.settings.JPEGQTY));
+    parts_.jpegQuality->setToolTip(data_.messages.text(kJpegQualityTip));
 }
 
 bool PicturePanel::eventFilter(QObject* watched, QEvent* event)
@@ -111,6 +111,9 @@ void PicturePanel::cmdPicSave_Click()
         view.magnification = still->magnification();
         view.scrollOffset = -still->mapTo(viewport, QPoint(0, 0));
         view.areaSize = viewport ? viewport->size() : parts_.viewArea->size();
+        // Around a small, centred still the file shows the area's own background, as the screen does.
+        if (viewport)
+            view.background = viewport->palette().color(viewport->backgroundRole());
         PictureFiles::OverlayPainter overlay;
         if (chkMeasureSave_->isChecked()) {
             overlay = [this](QPainter& painter, const QTransform& toImage) {
@@ -143,14 +146,16 @@ void PicturePanel::cmdPicLoad_Click()
         const QString name = prompter_.fileName(PictureFiles::loadDialog(data_.messages));
         if (name.isEmpty())
             return;
-        const auto loaded = PictureFiles::loadPicture(name);
-        if (loaded.error != 0) {
-            PictureFiles::reportLoadFailure(loaded, name, prompter_, data_.messages, data_.log);
-            return;
-        }
+        // Frozen and at "x 1.0" before the file is read, whatever the file turns out to be.
         if (!camera_.stillShown())
             camera_.toggleLiveStill();
         parts_.resetMagnification();
+        const auto loaded = PictureFiles::loadPicture(name);
+        if (loaded.error != 0) {
+            // The still, its results and the comments stay as they were: they still belong together.
+            PictureFiles::reportLoadFailure(loaded, name, prompter_, data_.messages, data_.log);
+            return;
+        }
         camera_.showPicture(loaded.picture);
         guidance_.HideGuidance();
         parts_.comments[0]->setText(loaded.comments[0]);

@@ -5,18 +5,29 @@
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
+#include "files/PictureFiles.h"
 #include "files/ui/PicturePanel.h"
+#include "measure/MeasureSession.h"
+#include "measure/MeasurementStore.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
 
 #include <gtest/gtest.h>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QImageReader>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSlider>
 #include <QStandardPaths>
 #include <QTest>
 #include <QToolButton>
@@ -65,6 +76,21 @@ protected:
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
+    QLineEdit* comment(int i) { return w->findChild<QLineEdit*>(QStringLiteral("txtComment(%1)").arg(i)); }
+    QComboBox* zoom() { return w->findChild<QComboBox*>(QStringLiteral("cboScale")); }
+
+    // Picks a zoom as the user does, with the arrow keys on cboScale.
+    void chooseZoom(const char* text)
+    {
+        const int target = zoom()->findText(QLatin1String(text));
+        ASSERT_GE(target, 0) << text;
+        for (int i = 0; i < zoom()->count() && zoom()->currentIndex() != target; ++i)
+            QTest::keyClick(zoom(), zoom()->currentIndex() < target ? Qt::Key_Down : Qt::Key_Up);
+        ASSERT_EQ(zoom()->currentText(), QLatin1String(text));
+    }
+
+    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
+
     // ImageMagick, installed by the dependency script, reads the file as the format it claims.
     static void expectIdentified(const QString& path, const QByteArray& format)
     {
@@ -104,8 +130,8 @@ TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
     w->guidance().HideGuidance();
     w->findChild<QLineEdit*>(QStringLiteral("txtComment(0)"))->clear();
     w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->clear();
-    auto* scale = w->findChild<QComboBox*>(QStringLiteral("cboScale"));
-    scale->setCurrentIndex(scale->findText(QStringLiteral("x 2.0")));
+    chooseZoom("x 2.0");
+    ASSERT_EQ(w->camera().stillView()->magnification(), 2.0);
     prompter.answers.push_back(Prompter::Answer::Yes);  // the unsaved result may go
     prompter.fileNames.push_back(path);
     click("cmdPicLoad");
@@ -115,7 +141,8 @@ TEST_F(Pictures, BitmapWithMeasurements_RoundTripsWithItsComment)
               QStringLiteral("Sample 7, polished"));
     EXPECT_EQ(w->findChild<QLineEdit*>(QStringLiteral("txtComment(1)"))->text(),
               QStringLiteral("x10 objective"));
-    EXPECT_EQ(scale->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(zoom()->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->camera().stillView()->magnification(), 1.0);
     EXPECT_EQ(w->measure().results().count(), 0);
 }
 
@@ -141,4 +168,145 @@ TEST_F(Pictures, NameEndingInJpeg_WritesNoPictureButTheComment)
     EXPECT_FALSE(dir.exists(QStringLiteral("sample.jpeg")));
     // The comment file replaces the name's last four characters.
     EXPECT_EQ(dir.read(QStringLiteral("sample..txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
+}
+
+TEST_F(Pictures, JpegQualityLabel_ShowsJustTheQuality_AlsoAfterItsDialog)
+{
+    auto* label = w->findChild<QLabel*>(QStringLiteral("lblJpegQty"));
+    ASSERT_NE(label, nullptr);
+    EXPECT_EQ(label->text(), QStringLiteral("90"));  // JPEGQTY of the shipped settings file
+
+    w->pictures().setDialogRunner([](QDialog& d) {
+        d.show();
+        d.findChild<QSlider*>(QStringLiteral("sldJpegQty"))->setValue(37);
+        QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+        return d.result();
+    });
+    QTest::mouseClick(label, Qt::LeftButton);
+
+    EXPECT_EQ(w->data().settings.JPEGQTY, 37);
+    EXPECT_EQ(label->text(), QStringLiteral("37"));
+}
+
+TEST_F(Pictures, DisplayedSave_IsExactlyTheVisibleArea_OfAMagnifiedScrolledStill)
+{
+    w->data().settings.STILL1XSAVE = 0;
+    w->findChild<QCheckBox*>(QStringLiteral("chkMeasureSave"))->setChecked(false);
+    chooseZoom("x 2.0");
+    auto* scroll = w->findChild<QScrollArea*>(QStringLiteral("scrStillView"));
+    ASSERT_NE(scroll, nullptr);
+    QApplication::processEvents();
+    ASSERT_TRUE(scroll->horizontalScrollBar()->isVisible());
+    ASSERT_TRUE(scroll->verticalScrollBar()->isVisible());
+    const QPoint scrolled(333, 517);
+    scroll->horizontalScrollBar()->setValue(scrolled.x());
+    scroll->verticalScrollBar()->setValue(scrolled.y());
+    QApplication::processEvents();
+    ASSERT_EQ(scroll->horizontalScrollBar()->value(), scrolled.x());
+    ASSERT_EQ(scroll->verticalScrollBar()->value(), scrolled.y());
+    const QSize visible = scroll->viewport()->size();
+    const QSize area = w->findChild<QWidget*>(QStringLiteral("picViewArea"))->contentsRect().size();
+    ASSERT_LT(visible.width(), area.width()) << "the vertical scroll bar takes part of the area";
+    ASSERT_LT(visible.height(), area.height()) << "the horizontal scroll bar takes part of the area";
+
+    const QString path = dir.file(QStringLiteral("shown.bmp"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+
+    const QImage saved = QImage(path).convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(saved.size(), visible);
+    const QImage still = w->camera().still().convertToFormat(QImage::Format_RGB32);
+    int differing = 0;
+    for (int y = 0; y < saved.height(); ++y)
+        for (int x = 0; x < saved.width(); ++x)
+            differing += saved.pixel(x, y) != still.pixel((x + scrolled.x()) / 2, (y + scrolled.y()) / 2);
+    EXPECT_EQ(differing, 0) << "of " << saved.width() * saved.height() << " pixels";
+}
+
+TEST_F(Pictures, DisplayedSave_OfASmallCentredStill_IsWhatTheAreaShows_BackgroundIncluded)
+{
+    click("cmdPlayStop");
+    click("cmdPlayStop");  // a fresh still, with nothing measured on it yet
+    ASSERT_TRUE(w->camera().stillShown());
+    ASSERT_TRUE(w->measuring().store().entries().empty());
+    w->data().settings.STILL1XSAVE = 0;
+    chooseZoom("x 0.5");
+    auto* scroll = w->findChild<QScrollArea*>(QStringLiteral("scrStillView"));
+    ASSERT_NE(scroll, nullptr);
+    QApplication::processEvents();
+    ASSERT_FALSE(scroll->horizontalScrollBar()->isVisible());
+    const QImage screen = scroll->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_NE(w->camera().stillView()->pos(), QPoint(0, 0)) << "the still is centred in the area";
+
+    const QString path = dir.file(QStringLiteral("small.bmp"));
+    prompter.fileNames.push_back(path);
+    click("cmdPicSave");
+
+    const QImage saved = QImage(path).convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(saved.size(), screen.size());
+    EXPECT_EQ(saved.pixel(0, 0), screen.pixel(0, 0)) << "the area around the picture";
+    int differing = 0;
+    for (int y = 0; y < saved.height(); ++y)
+        for (int x = 0; x < saved.width(); ++x)
+            differing += saved.pixel(x, y) != screen.pixel(x, y);
+    EXPECT_EQ(differing, 0) << "of " << saved.width() * saved.height() << " pixels";
+}
+
+TEST_F(Pictures, UnwritableJpeg_IsReported_AndItsCommentFileStillWritten)
+{
+    const QString path = dir.file(QStringLiteral("blocked.jpg"));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("blocked.jpg")));  // a folder in the picture's place
+    prompter.fileNames.push_back(path);
+    const size_t before = prompter.messages.size();
+    click("cmdPicSave");
+
+    ASSERT_EQ(prompter.messages.size(), before + 1) << "a lost picture is never silent";
+    EXPECT_EQ(prompter.messages.back().text,
+              w->data().messages.text(PictureFiles::kMsgPictureNotSaved, path));
+    EXPECT_EQ(prompter.messages.back().icon, Prompter::Icon::Exclamation);
+    EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdPicSave Error.("))) << log().toStdString();
+    EXPECT_EQ(dir.read(QStringLiteral("blocked.txt")), QByteArray("Sample 7, polished\r\nx10 objective\r\n"));
+    EXPECT_TRUE(QFileInfo(path).isDir());
+}
+
+TEST_F(Pictures, UnreadablePicture_FromTheLiveView_FreezesAndResetsTheZoomFirst_ThenSaysSo)
+{
+    chooseZoom("x 2.0");
+    click("cmdPlayStop");
+    ASSERT_FALSE(w->camera().stillShown());
+    const QString path = dir.write(QStringLiteral("broken.jpg"), "no picture in here");
+    prompter.answers.push_back(Prompter::Answer::Yes);  // should the results be asked about
+    prompter.fileNames.push_back(path);
+    const size_t before = prompter.messages.size();
+    click("cmdPicLoad");
+
+    EXPECT_TRUE(w->camera().stillShown()) << "frozen before the file is read";
+    EXPECT_EQ(zoom()->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->camera().stillView()->magnification(), 1.0);
+    EXPECT_EQ(w->camera().still().size(), QSize(1280, 1024)) << "the frozen camera picture stays";
+    ASSERT_EQ(prompter.messages.size(), before + 1);
+    EXPECT_EQ(prompter.messages.back().text, w->data().messages.text(PictureFiles::kMsgPictureNotRead, path));
+    EXPECT_EQ(prompter.messages.back().icon, Prompter::Icon::Exclamation);
+    EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdPicLoad Error.(481)"))) << log().toStdString();
+}
+
+TEST_F(Pictures, UnreadablePicture_OnAStill_KeepsItsPictureResultsAndComments)
+{
+    const QImage still = w->camera().still();
+    const QString comments[2] = {comment(0)->text(), comment(1)->text()};
+    chooseZoom("x 2.0");
+    const QString path = dir.write(QStringLiteral("broken.bmp"), "BM but no bitmap after that");
+    prompter.answers.push_back(Prompter::Answer::Yes);  // the unsaved result may go
+    prompter.fileNames.push_back(path);
+    click("cmdPicLoad");
+
+    EXPECT_TRUE(w->camera().stillShown());
+    EXPECT_EQ(zoom()->currentText(), QStringLiteral("x 1.0"));
+    EXPECT_EQ(w->camera().stillView()->magnification(), 1.0);
+    EXPECT_EQ(w->camera().still(), still);
+    EXPECT_EQ(w->measure().results().count(), 1) << "nothing replaced the picture they belong to";
+    EXPECT_EQ(comment(0)->text(), comments[0]);
+    EXPECT_EQ(comment(1)->text(), comments[1]);
+    ASSERT_FALSE(prompter.messages.empty());
+    EXPECT_EQ(prompter.messages.back().text, w->data().messages.text(PictureFiles::kMsgPictureNotRead, path));
 }
