@@ -84,23 +84,37 @@ void MeasureSession::release(PointD p, Qt::MouseButton button)
     }
     if (button != Qt::LeftButton)
         return;
-    runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
+    const bool done = runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
         tool_->addPoint(p);
         if (tool_->complete())
             complete();
         else
             showGuidance();
     });
+    if (!done)
+        dropFaultedMeasurement();
 }
 
 void MeasureSession::doubleClick(PointD)
 {
     if (!tool_)
         return;
-    runGuarded(data_.log, "frmMain:picStillView_DblClick", [&] {
+    const bool done = runGuarded(data_.log, "frmMain:picStillView_DblClick", [&] {
         if (tool_->finishOnDoubleClick() && tool_->complete())
             complete();
     });
+    if (!done)
+        dropFaultedMeasurement();
+}
+
+void MeasureSession::dropFaultedMeasurement()
+{
+    // A fault leaves the tool holding a full set of points: without this it
+    // would compute the same failing measurement on every later click.
+    if (tool_)
+        tool_->reset();
+    emit previewChanged({});
+    showGuidance();
 }
 
 void MeasureSession::cancel()

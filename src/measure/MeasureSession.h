@@ -63,6 +63,8 @@ signals:
 
 private:
     void complete();
+    // After a floating-point fault: no row, and the tool takes new clicks.
+    void dropFaultedMeasurement();
     void showGuidance();
 
     AppData& data_;
