@@ -4,8 +4,10 @@
 #include "common/Guidance.h"
 #include "common/HandlerGuard.h"
 #include "common/Prompter.h"
+#include "measure/LineToPointTool.h"
 #include "measure/ResultTable.h"
 #include "measure/ToolFactory.h"
+#include "measure/TwoPointTool.h"
 
 namespace tavix {
 
@@ -20,6 +22,8 @@ MeasureSession::MeasureSession(AppData& data, ResultTable& results, Guidance& gu
 {
     connect(&results_, &ResultTable::measurementsCleared, this, [this] {
         store_.clear();
+        if (results_.count() == 0)
+            twoPointAverage_.reset();
         emit overlayChanged();
     });
     connect(&results_, &ResultTable::rowsRemovedFromStore, this, [this](int first, int last) {
@@ -151,6 +155,8 @@ void MeasureSession::complete()
         if (firstRow == 0)
             firstRow = row;
     }
+    if (result->tool == TwoPointTool::Number || result->tool == LineToPointTool::Number)
+        twoPointAverage_.add(result->values.front().value);
     store_.add(*result, firstRow);
     emit overlayChanged();
 }
