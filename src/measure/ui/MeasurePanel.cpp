@@ -7,6 +7,7 @@
 #include "common/Prompter.h"
 #include "common/Twips.h"
 #include "measure/ValueFormat.h"
+#include "measure/ui/ToolIcons.h"
 #include "measure/ui/frmMeasureConfig.h"
 
 #include "common/ui/WidgetNames.h"
@@ -78,7 +79,11 @@ void MeasurePanel::build(QWidget* area)
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
         cmdMeasure_[static_cast<size_t>(i)] = button;
-        connect(button, &QToolButton::clicked, this, [this, i] { emit toolButtonClicked(i); });
+        connect(button, &QToolButton::clicked, this, [this, i] {
+            // The mode in force picks the tool, and with it the button's picture.
+            applyToolCaptions();
+            emit toolButtonClicked(i);
+        });
     }
     cmdMeasureConfig_ = named(new QPushButton(fraTools_), QStringLiteral("cmdMeasureConfig"));
     cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 24 + 3 * 38, buttonWidth, 34);
@@ -220,6 +225,9 @@ void MeasurePanel::applyToolCaptions()
         cmdMeasure_[i]->setText(data_.messages.text(captions[i]));
         cmdMeasure_[i]->setToolTip(data_.messages.text(captions[i]));
     }
+    cmdMeasure_[0]->setIcon(ToolIcons::img2PointIcon(s._2POINTCOMMANDMODE == 0 ? 0 : 1));
+    cmdMeasure_[1]->setIcon(ToolIcons::imgCircleArcSelect(s.CIRCLEARCSELECT == 0 ? 0 : 1));
+    cmdMeasure_[5]->setIcon(ToolIcons::imgAngleIcon(s.ANGLECOMMANDMODE == 0 ? 0 : 1));
 }
 
 void MeasurePanel::fillProofList()

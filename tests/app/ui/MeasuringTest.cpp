@@ -33,7 +33,7 @@ struct ToolCase {
     bool endWithDoubleClick;
     int kindCaption;
     const char* value;
-    const char* unit;  // "" for the calibration unit MIC
+    int unitCaption;  // 0: the calibration unit MIC; else the fixed unit's caption, -1 not checked
 };
 
 class MeasuringEachTool : public Measuring, public ::testing::WithParamInterface<ToolCase> {};
@@ -54,8 +54,8 @@ TEST_P(MeasuringEachTool, ClicksOnTheStillGiveTheRow)
     EXPECT_EQ(cell(1, 0), QStringLiteral("1"));
     EXPECT_EQ(cell(1, 1), message(c.kindCaption));
     EXPECT_EQ(cell(1, 2), QLatin1String(c.value));
-    if (c.unit) {
-        EXPECT_EQ(cell(1, 3), *c.unit ? QString::fromUtf8(c.unit) : QStringLiteral("MIC"));
+    if (c.unitCaption >= 0) {
+        EXPECT_EQ(cell(1, 3), c.unitCaption ? message(c.unitCaption) : QStringLiteral("MIC"));
     }
     EXPECT_EQ(w->measuring().store().size(), 1);
 }
@@ -63,19 +63,19 @@ TEST_P(MeasuringEachTool, ClicksOnTheStillGiveTheRow)
 INSTANTIATE_TEST_SUITE_P(
     Tools, MeasuringEachTool,
     ::testing::Values(
-        ToolCase{"TwoPoint", 0, {{100, 100}, {400, 500}}, false, 11132, "250.00", ""},
-        ToolCase{"Circle", 1, {{200, 100}, {400, 300}, {200, 500}}, false, 11133, "200.00", ""},
+        ToolCase{"TwoPoint", 0, {{100, 100}, {400, 500}}, false, 11132, "250.00", 0},
+        ToolCase{"Circle", 1, {{200, 100}, {400, 300}, {200, 500}}, false, 11133, "200.00", 0},
         ToolCase{"CircleToCircle",
                  2,
                  {{200, 300}, {300, 200}, {400, 300}, {650, 300}, {700, 250}, {750, 300}},
                  false,
                  11135,
                  "200.00",
-                 ""},
-        ToolCase{"Perpendicular", 3, {{100, 100}, {500, 100}, {300, 250}}, false, 11137, "75.00", ""},
-        ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", "MIC²"},
-        ToolCase{"Angle", 5, {{100, 300}, {500, 300}, {300, 100}, {300, 500}}, false, 11134, "90.00", "°"},
-        ToolCase{"PointCount", 6, {{100, 100}, {200, 200}, {300, 300}}, true, 11130, "3.00", nullptr}),
+                 0},
+        ToolCase{"Perpendicular", 3, {{100, 100}, {500, 100}, {300, 250}}, false, 11137, "75.00", 0},
+        ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", 11134},
+        ToolCase{"Angle", 5, {{100, 300}, {500, 300}, {300, 100}, {300, 500}}, false, 11134, "90.00", 11142},
+        ToolCase{"PointCount", 6, {{100, 100}, {200, 200}, {300, 300}}, true, 11130, "3.00", 11131}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Measuring, PointCount_ShowsItsUnitCaption)
