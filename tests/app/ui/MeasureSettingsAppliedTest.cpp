@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <cmath>
 
 using namespace tavix;
 
@@ -35,6 +36,19 @@ protected:
     {
         return icon.pixmap(32, 32).toImage().convertToFormat(QImage::Format_ARGB32);
     }
+    // True when the still view shows `colour` within a pixel of a picture point.
+    bool shownNear(double x, double y, const QColor& colour)
+    {
+        QCoreApplication::processEvents();
+        const QImage shown = still()->grab().toImage();
+        const QPoint p = at(x, y);
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx)
+                if (QColor(shown.pixel(p.x() + dx, p.y() + dy)) == colour)
+                    return true;
+        return false;
+    }
+
     QImage buttonPicture(int index)
     {
         return picture(find<QToolButton>(QStringLiteral("cmdMeasure(%1)").arg(index).toLatin1())->icon());
@@ -65,7 +79,7 @@ TEST_F(MeasureSettingsApplied, ToolButtons_TakeThePictureAndTipOfTheirMode)
     EXPECT_EQ(find<QToolButton>("cmdMeasure(5)")->toolTip(), message(10110));
 }
 
-TEST_F(MeasureSettingsApplied, RubberBand_TakesTheNewLineColour)
+TEST_F(MeasureSettingsApplied, RubberBandAndCirclePreview_TakeTheNewLineColour)
 {
     start();
     const QColor green(0, 255, 0);
@@ -74,16 +88,21 @@ TEST_F(MeasureSettingsApplied, RubberBand_TakesTheNewLineColour)
         QTest::mouseClick(d.findChild<QLabel*>(QStringLiteral("lblColor(0)")), Qt::LeftButton);
     });
     ASSERT_EQ(prompter.colorStarts.size(), 1u);
+
     tool(0);
     click(100, 100);
     QTest::mouseMove(still(), at(100, 300));
-    QCoreApplication::processEvents();
-    const QImage shown = still()->grab().toImage();
-    const QPoint p = at(100, 160);
-    bool found = false;
-    for (int x = p.x() - 1; x <= p.x() + 1; ++x)
-        found = found || QColor(shown.pixel(x, p.y())) == green;
-    EXPECT_TRUE(found) << "no line colour 1 on the rubber band";
+    EXPECT_TRUE(shownNear(100, 160, green)) << "the line to the pointer";
+
+    QTest::keyClick(still(), Qt::Key_Escape);
+    tool(1);
+    click(200, 100);
+    click(400, 300);
+    QTest::mouseMove(still(), at(200, 500));
+    // A corner of the circle through the three points: centre (200, 300), radius 200, at 45 degrees.
+    EXPECT_TRUE(
+        shownNear(200 + 200 * std::cos(0.785398163397448), 300 + 200 * std::sin(0.785398163397448), green))
+        << "the circle to the pointer";
 }
 
 TEST_F(MeasureSettingsApplied, ResultRows_AreWrittenWithTheNewDecimals)
