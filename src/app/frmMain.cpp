@@ -200,6 +200,7 @@ void frmMain::connectMeasuring()
                                        measure_->calibration().takingValue()};
     };
     session_ = std::make_unique<MeasureSession>(data_, measure_->results(), *guidance_, prompter_, units);
+    measure_->setTwoPointAverage([this] { return session_->twoPointAverage(); });
     StillViewWidget* still = camera_->stillView();
     still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
     connect(still, &StillViewWidget::pictureMoved, session_.get(), &MeasureSession::move);
@@ -295,6 +296,7 @@ QRect frmMain::shownPictureBox() const
 void frmMain::stillShownChanged(bool shown)
 {
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
+    measure_->setMeasuringEnabled(shown);
     if (pictures_)
         pictures_->measureSave()->setEnabled(shown);
     if (!session_)

@@ -4,8 +4,10 @@
 #include "common/Guidance.h"
 #include "common/HandlerGuard.h"
 #include "common/Prompter.h"
+#include "measure/LineToPointTool.h"
 #include "measure/ResultTable.h"
 #include "measure/ToolFactory.h"
+#include "measure/TwoPointTool.h"
 
 namespace tavix {
 
@@ -20,6 +22,8 @@ MeasureSession::MeasureSession(AppData& data, ResultTable& results, Guidance& gu
 {
     connect(&results_, &ResultTable::measurementsCleared, this, [this] {
         store_.clear();
+        if (results_.count() == 0)
+            twoPointAverage_.reset();
         emit overlayChanged();
     });
     connect(&results_, &ResultTable::rowsRemovedFromStore, this, [this](int first, int last) {
@@ -84,23 +88,37 @@ void MeasureSession::release(PointD p, Qt::MouseButton button)
     }
     if (button != Qt::LeftButton)
         return;
-    runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
+    const bool done = runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
         tool_->addPoint(p);
         if (tool_->complete())
             complete();
         else
             showGuidance();
     });
+    if (!done)
+        dropFaultedMeasurement();
 }
 
 void MeasureSession::doubleClick(PointD)
 {
     if (!tool_)
         return;
-    runGuarded(data_.log, "frmMain:picStillView_DblClick", [&] {
+    const bool done = runGuarded(data_.log, "frmMain:picStillView_DblClick", [&] {
         if (tool_->finishOnDoubleClick() && tool_->complete())
             complete();
     });
+    if (!done)
+        dropFaultedMeasurement();
+}
+
+void MeasureSession::dropFaultedMeasurement()
+{
+    // A fault leaves the tool holding a full set of points: without this it
+    // would compute the same failing measurement on every later click.
+    if (tool_)
+        tool_->reset();
+    emit previewChanged({});
+    showGuidance();
 }
 
 void MeasureSession::cancel()
@@ -137,6 +155,8 @@ void MeasureSession::complete()
         if (firstRow == 0)
             firstRow = row;
     }
+    if (result->tool == TwoPointTool::Number || result->tool == LineToPointTool::Number)
+        twoPointAverage_.add(result->values.front().value);
     store_.add(*result, firstRow);
     emit overlayChanged();
 }

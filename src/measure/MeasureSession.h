@@ -3,6 +3,7 @@
 #include "measure/MeasureContext.h"
 #include "measure/MeasureTool.h"
 #include "measure/MeasurementStore.h"
+#include "measure/RunningAverage.h"
 
 #include <QObject>
 #include <functional>
@@ -51,6 +52,11 @@ public:
     // The value labels again with the decimals in force.
     void relabel();
 
+    // The running average of the two-point button's distances (tools 101 and
+    // 108) for the result file. A removed row stays in it; it starts again
+    // when the table is emptied.
+    double twoPointAverage() const { return twoPointAverage_.value(); }
+
     // The result rows first..last are selected: their measurements are highlighted.
     void highlightRows(int first, int last);
 
@@ -63,6 +69,8 @@ signals:
 
 private:
     void complete();
+    // After a floating-point fault: no row, and the tool takes new clicks.
+    void dropFaultedMeasurement();
     void showGuidance();
 
     AppData& data_;
@@ -72,6 +80,7 @@ private:
     UnitSource units_;
     std::unique_ptr<MeasureTool> tool_;
     MeasurementStore store_;
+    RunningAverage twoPointAverage_;
 };
 
 }  // namespace tavix

@@ -27,9 +27,9 @@ QString unitText(const ResultValue& value, const QString& calibrationUnit, const
         case UnitKind::Length:
             return calibrationUnit;
         case UnitKind::Area:
-            return calibrationUnit + QChar(0x00B2);
+            return messages.text(Caption::Angle);  // the area tool writes 11134 as its second caption
         case UnitKind::Angle:
-            return QString(QChar(0x00B0));
+            return messages.text(Caption::Degrees);
         case UnitKind::Count:
             return messages.text(Caption::Points);
         case UnitKind::Pixels:

@@ -24,12 +24,13 @@ inline constexpr int Area = 11138;
 inline constexpr int SupplementaryAngle = 11139;
 inline constexpr int ReflexAngle = 11140;
 inline constexpr int Arc = 11141;
+inline constexpr int Degrees = 11142;  // unit beside an angle
 }  // namespace Caption
 
 enum class UnitKind {
     Length,  // calibration unit (pixels while a factor is 0)
-    Area,    // calibration unit squared
-    Angle,   // degrees
+    Area,    // the area tool's second caption, 11134
+    Angle,   // degrees, caption 11142
     Count,   // caption 11131
     Pixels,  // picture pixels: the length marked for a calibration
 };
@@ -60,9 +61,10 @@ struct Measurement {
 // after an angle.
 QString valueLabel(const ResultValue& value, int decimals);
 
-// The text of the unit column: the calibration unit for lengths, the unit and
-// a square sign for areas, a degree sign for angles, caption 11131 for counts,
-// "px" for calibration lengths.
+// The text of the unit column: the calibration unit for lengths; for the
+// kinds with a fixed unit a caption of the message table (the area tool's
+// second caption 11134, 11142 for angles, 11131 for counts); "px" for
+// calibration lengths, which make no row.
 QString unitText(const ResultValue& value, const QString& calibrationUnit, const MessageTable& messages);
 
 }  // namespace tavix

@@ -145,6 +145,15 @@ public:
     // Tells the user that a result was refused because the table is full.
     static void tellTableFull(Prompter& prompter, const MessageTable& messages);
 
+    // Which of the table's buttons can act: Clear, Remove and Save all need
+    // at least one row, kept rows of earlier pictures included.
+    struct ButtonStates {
+        bool clear = false;
+        bool remove = false;
+        bool save = false;
+    };
+    ButtonStates buttonStates() const { return {hasResults(), hasResults(), hasResults()}; }
+
     bool hasResults() const override { return count_ > 0; }
     bool unsaved() const override { return unsaved_; }
     void clearResults(int mode) override { ClearResults(mode); }

@@ -1,6 +1,7 @@
 #include "measure/ToolGeometry.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavix::ToolGeometry {
 
@@ -49,21 +50,19 @@ std::optional<Circle> circleThrough(PointD p0, PointD p1, PointD p2, const UnitS
 
 std::vector<PointD> circlePolyline(const Circle& circle, const UnitSpace& space)
 {
+    // The arc routine's stepping over a whole turn: it cannot draw one itself,
+    // since a start equal to the end gives no arc.
     const PointD c = circle.centre;
     const double r = circle.radius;
-    const PointD right{c.x + r, c.y};
-    const PointD down{c.x, c.y + r};
-    const PointD left{c.x - r, c.y};
-    const PointD up{c.x, c.y - r};
-    ArcPoints lower, upper;
-    if (!CalcArcPoints(right, down, left, c, r, lower) || !CalcArcPoints(left, up, right, c, r, upper))
-        return {};
+    const double step = TwoPi / ArcSegments;
     std::vector<PointD> points;
-    points.reserve(lower.size() + upper.size() - 1);
-    for (const PointD& p : lower)
-        points.push_back(space.toPicture(p));
-    for (std::size_t i = 1; i < upper.size(); ++i)
-        points.push_back(space.toPicture(upper[i]));
+    points.reserve(ArcSegments + 1);
+    double theta = 0;
+    for (int i = 0; i < ArcSegments; ++i) {
+        points.push_back(space.toPicture({std::cos(theta) * r + c.x, std::sin(theta) * r + c.y}));
+        theta += step;
+    }
+    points.push_back(points.front());  // closed exactly, whatever the rounding of the steps
     return points;
 }
 

@@ -33,7 +33,7 @@ struct Circle {
 std::optional<Circle> circleThrough(PointD p0, PointD p1, PointD p2, const UnitSpace& space);
 
 // A whole circle of calibrated space as a closed polyline in picture pixels:
-// two half circles of 33 points each from the arc routine, joined.
+// 33 points, 32 segments, like an arc; the last point is the first.
 std::vector<PointD> circlePolyline(const Circle& circle, const UnitSpace& space);
 
 // The 33 points of the arc from start over middle to end. The arc routine

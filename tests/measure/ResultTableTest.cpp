@@ -892,3 +892,20 @@ TEST_F(ResultTableTest, SetKeepResult_IsReadBack)
 }
 
 }  // namespace
+
+TEST(ResultTableButtons, ButtonStates_NeedAtLeastOneRow_KeptRowsIncluded)
+{
+    ResultTable table;
+    table.setKeepResult(true);
+    EXPECT_FALSE(table.buttonStates().clear);
+    table.addResult(QStringLiteral("Distance"), 1, QStringLiteral("MIC"));
+    EXPECT_TRUE(table.buttonStates().clear);
+    EXPECT_TRUE(table.buttonStates().remove);
+    EXPECT_TRUE(table.buttonStates().save);
+    table.ClearResults(ResultTable::KeepAll);  // the row is kept, greyed
+    EXPECT_TRUE(table.buttonStates().save);
+    table.ClearResults(ResultTable::All);
+    EXPECT_FALSE(table.buttonStates().clear);
+    EXPECT_FALSE(table.buttonStates().remove);
+    EXPECT_FALSE(table.buttonStates().save);
+}

@@ -37,6 +37,12 @@ void StillViewWidget::setOverlay(const MeasurementStore* store, const OverlaySty
     store_ = store;
     style_ = style;
     painter_ = MeasurementPainter(style_);
+    // The picture's font is the labels' font: MEASUREFONTSIZE.
+    if (style_.fontPointSize > 0) {
+        QFont labels = font();
+        labels.setPointSize(style_.fontPointSize);
+        setFont(labels);
+    }
     invalidateOverlay();
 }
 

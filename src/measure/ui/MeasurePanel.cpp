@@ -7,6 +7,7 @@
 #include "common/Prompter.h"
 #include "common/Twips.h"
 #include "measure/ValueFormat.h"
+#include "measure/ui/ToolIcons.h"
 #include "measure/ui/frmMeasureConfig.h"
 
 #include "common/ui/WidgetNames.h"
@@ -39,7 +40,6 @@ enum Caption : qint32 {
     kCalibration = 40020,
     kMeasuringTools = 40025,
     kResults = 40026,
-    kTwoPointKind = 11132,
 };
 
 }  // namespace
@@ -79,7 +79,11 @@ void MeasurePanel::build(QWidget* area)
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
         cmdMeasure_[static_cast<size_t>(i)] = button;
-        connect(button, &QToolButton::clicked, this, [this, i] { emit toolButtonClicked(i); });
+        connect(button, &QToolButton::clicked, this, [this, i] {
+            // The mode in force picks the tool, and with it the button's picture.
+            applyToolCaptions();
+            emit toolButtonClicked(i);
+        });
     }
     cmdMeasureConfig_ = named(new QPushButton(fraTools_), QStringLiteral("cmdMeasureConfig"));
     cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 24 + 3 * 38, buttonWidth, 34);
@@ -91,6 +95,8 @@ void MeasurePanel::build(QWidget* area)
     grdResult_->setModel(&results_);
     grdResult_->verticalHeader()->setVisible(false);
     grdResult_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    // One block of rows, from the current row to the selection's end, as Remove takes it.
+    grdResult_->setSelectionMode(QAbstractItemView::ContiguousSelection);
     grdResult_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grdResult_->horizontalHeader()->setStretchLastSection(true);
     grdResult_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -124,43 +130,46 @@ void MeasurePanel::build(QWidget* area)
     connect(cmdResultClear_, &QPushButton::clicked, this,
             [this] { results_.clearAll(prompter_, data_.messages); });
     connect(cmdResultRemove_, &QPushButton::clicked, this, [this] {
-        const QModelIndexList rows = grdResult_->selectionModel()->selectedRows();
-        if (rows.isEmpty())
-            return;
-        int first = rows.front().row() + 1;
-        int last = first;
-        for (const QModelIndex& index : rows) {
-            first = std::min(first, index.row() + 1);
-            last = std::max(last, index.row() + 1);
-        }
-        const auto outcome = results_.removeResults(first, last, prompter_, data_.messages);
+        const auto rows = selectedRowRange();
+        if (!rows)
+            return;  // no row selected: nothing to remove, nothing asked
+        const auto outcome = results_.removeResults(rows->first, rows->second, prompter_, data_.messages);
         if (outcome.selectRow > 0)
             grdResult_->selectRow(outcome.selectRow - 1);
     });
     connect(cmdResultSave_, &QPushButton::clicked, this, [this] {
         std::optional<ResultTable::AverageLine> average;
         if (data_.settings._2POINTAVERAGE == 1) {
-            // The running average of the two-point results in the table.
-            const QString kind = data_.messages.text(kTwoPointKind);
-            double sum = 0;
-            int n = 0;
-            for (int row = 1; row <= results_.count(); ++row) {
-                if (results_.text(row, 1) == kind) {
-                    sum += results_.value(row);
-                    ++n;
-                }
-            }
-            average = ResultTable::averageLine(data_.messages, n > 0 ? sum / n : 0.0,
+            average = ResultTable::averageLine(data_.messages, twoPointAverage_ ? twoPointAverage_() : 0.0,
                                                calibration_ ? calibration_->currentEntry().Unit : QString());
         }
         results_.cmdResultSave(prompter_, data_.messages, average, &data_.log);
     });
+
+    connect(&results_, &ResultTable::stateChanged, this, &MeasurePanel::refreshButtons);
 
     chkKeepResult_ = named(new QCheckBox(area), QStringLiteral("chkKeepResult"));
     connect(chkKeepResult_, &QCheckBox::clicked, this, [this](bool checked) {
         data_.settings.KEEPRESULT = checked ? 1 : 0;
         results_.setKeepResult(checked);
     });
+}
+
+std::optional<std::pair<int, int>> MeasurePanel::selectedRowRange() const
+{
+    const QModelIndex current = grdResult_->currentIndex();
+    if (!current.isValid())
+        return std::nullopt;
+    // The selected block that holds the current row: the current row lies at
+    // one end of it, the selection's end at the other.
+    for (const QItemSelectionRange& range : grdResult_->selectionModel()->selection()) {
+        if (range.top() <= current.row() && current.row() <= range.bottom()) {
+            if (current.row() == range.bottom())
+                return std::make_pair(current.row() + 1, range.top() + 1);
+            return std::make_pair(current.row() + 1, range.bottom() + 1);
+        }
+    }
+    return std::nullopt;
 }
 
 void MeasurePanel::place(const MainLayout& l)
@@ -216,6 +225,9 @@ void MeasurePanel::applyToolCaptions()
         cmdMeasure_[i]->setText(data_.messages.text(captions[i]));
         cmdMeasure_[i]->setToolTip(data_.messages.text(captions[i]));
     }
+    cmdMeasure_[0]->setIcon(ToolIcons::img2PointIcon(s._2POINTCOMMANDMODE == 0 ? 0 : 1));
+    cmdMeasure_[1]->setIcon(ToolIcons::imgCircleArcSelect(s.CIRCLEARCSELECT == 0 ? 0 : 1));
+    cmdMeasure_[5]->setIcon(ToolIcons::imgAngleIcon(s.ANGLECOMMANDMODE == 0 ? 0 : 1));
 }
 
 void MeasurePanel::fillProofList()
@@ -258,6 +270,20 @@ void MeasurePanel::releaseToolButtons()
     }
 }
 
+void MeasurePanel::setMeasuringEnabled(bool enabled)
+{
+    measuringEnabled_ = enabled;
+    refreshButtons();
+}
+
+void MeasurePanel::refreshButtons()
+{
+    const ResultTable::ButtonStates states = results_.buttonStates();
+    cmdResultClear_->setEnabled(measuringEnabled_ && states.clear);
+    cmdResultRemove_->setEnabled(measuringEnabled_ && states.remove);
+    cmdResultSave_->setEnabled(measuringEnabled_ && states.save);
+}
+
 void MeasurePanel::runProofDialog()
 {
     frmProofConfig dialog(*calibration_, data_.messages, data_.log, cboProof_->window());
@@ -278,6 +304,7 @@ void MeasurePanel::cmdMeasureConfig_Click()
     applyToolCaptions();
     data_.valueFormat = ValueFormat::pattern(data_.settings.NUMBEROFDECIMALS);
     results_.reformat(data_.settings.NUMBEROFDECIMALS);
+    refreshButtons();
     emit measureSettingsChanged();
 }
 

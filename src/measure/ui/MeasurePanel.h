@@ -8,6 +8,8 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 class QCheckBox;
 class QComboBox;
@@ -38,6 +40,8 @@ public:
     ~MeasurePanel() override;
 
     void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
+    // The two-point average that the measuring keeps, for the result file.
+    void setTwoPointAverage(std::function<double()> average) { twoPointAverage_ = std::move(average); }
 
     // Captions, the calibration list and the check boxes from the settings.
     void applySettings();
@@ -56,6 +60,10 @@ public:
     void calibrationLengthMarked(double pixels, double magnification);
     // No tool button pressed (the live picture runs, or a marking ended).
     void releaseToolButtons();
+    // The area is switched on for a still or off for the live picture.
+    void setMeasuringEnabled(bool enabled);
+    // The result buttons follow the table (only while the area is on).
+    void refreshButtons();
 
 signals:
     void toolButtonClicked(int index);
@@ -71,6 +79,9 @@ private:
     void applyToolCaptions();
     void fillProofList();
     void runProofDialog();
+    // The grid's current row and the selection's end row (1-based), or
+    // nothing when no row is selected.
+    std::optional<std::pair<int, int>> selectedRowRange() const;
 
     AppData& data_;
     Prompter& prompter_;
@@ -78,6 +89,8 @@ private:
     ResultTable results_;
     std::unique_ptr<CalibrationController> calibration_;
     DialogRunner runDialog_;
+    std::function<double()> twoPointAverage_;
+    bool measuringEnabled_ = false;
 
     QComboBox* cboProof_ = nullptr;
     QPushButton* cmdProofConfig_ = nullptr;

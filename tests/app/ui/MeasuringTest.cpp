@@ -1,5 +1,4 @@
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
+#include "MeasuringFixture.h"
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
@@ -24,88 +23,7 @@
 #include <cmath>
 
 using namespace tavix;
-using tavix::test::ScriptedPrompter;
-using tavix::test::TempDir;
-
-namespace {
-
-// The window on the simulated camera, frozen on a still, ready to measure.
-class Measuring : public ::testing::Test {
-protected:
-    void SetUp() override { test::copyShippedData(dir); }
-
-    void start(int mode = 5)
-    {
-        auto factory = [mode](AppData& data) {
-            data.settings.DEFAULTRESOLUTION = static_cast<qint16>(mode);
-            data.settings.CURRENTPROOFNO = 0;  // 0.5 MIC per pixel
-            return std::unique_ptr<CameraDriver>(std::make_unique<SimCamera>());
-        };
-        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
-        ASSERT_TRUE(w->Form_Load());
-        w->resize(1200, 800);
-        w->show();
-        freeze();
-    }
-
-    void freeze()
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (w->camera().liveView().counters().received == 0 && timer.elapsed() < 20000)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QTest::mouseClick(find<QPushButton>("cmdPlayStop"), Qt::LeftButton);
-        ASSERT_TRUE(w->camera().stillShown());
-        ASSERT_FALSE(w->camera().still().isNull());
-    }
-
-    template <typename T>
-    T* find(const char* name)
-    {
-        T* widget = w->findChild<T*>(QLatin1String(name));
-        EXPECT_NE(widget, nullptr) << name;
-        return widget;
-    }
-
-    StillViewWidget* still() { return find<StillViewWidget>("picStillView"); }
-
-    void tool(int index)
-    {
-        QTest::mouseClick(find<QToolButton>(QStringLiteral("cmdMeasure(%1)").arg(index).toLatin1()),
-                          Qt::LeftButton);
-    }
-
-    QPoint at(double x, double y) { return still()->toWidget({x, y}).toPoint(); }
-    void click(double x, double y) { QTest::mouseClick(still(), Qt::LeftButton, {}, at(x, y)); }
-    // A double click as the window system delivers it: press, release, double click, release.
-    void doubleClick(double x, double y)
-    {
-        const QPoint p = at(x, y);
-        QTest::mouseClick(still(), Qt::LeftButton, {}, p);
-        QMouseEvent dbl(QEvent::MouseButtonDblClick, p, still()->mapToGlobal(p), Qt::LeftButton,
-                        Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(still(), &dbl);
-        QTest::mouseRelease(still(), Qt::LeftButton, {}, p);
-    }
-
-    ResultTable& results() { return w->measure().results(); }
-    QString cell(int row, int column) { return results().text(row, column); }
-    QString message(int id) { return w->data().messages.text(id); }
-
-    void zoom(const char* entry)
-    {
-        auto* scale = find<QComboBox>("cboScale");
-        scale->setCurrentIndex(scale->findText(QLatin1String(entry)));
-        emit scale->activated(scale->currentIndex());
-    }
-
-    TempDir dir;
-    ScriptedPrompter prompter;
-    SystemClock clock;
-    std::unique_ptr<frmMain> w;
-};
-
-}  // namespace
+using tavix::test::Measuring;
 
 // The first entry of the shipped calibration file: 0.5 MIC per pixel on both axes.
 struct ToolCase {
@@ -115,7 +33,7 @@ struct ToolCase {
     bool endWithDoubleClick;
     int kindCaption;
     const char* value;
-    const char* unit;  // "" for the calibration unit MIC
+    int unitCaption;  // 0: the calibration unit MIC; else the fixed unit's caption, -1 not checked
 };
 
 class MeasuringEachTool : public Measuring, public ::testing::WithParamInterface<ToolCase> {};
@@ -136,8 +54,8 @@ TEST_P(MeasuringEachTool, ClicksOnTheStillGiveTheRow)
     EXPECT_EQ(cell(1, 0), QStringLiteral("1"));
     EXPECT_EQ(cell(1, 1), message(c.kindCaption));
     EXPECT_EQ(cell(1, 2), QLatin1String(c.value));
-    if (c.unit) {
-        EXPECT_EQ(cell(1, 3), *c.unit ? QString::fromUtf8(c.unit) : QStringLiteral("MIC"));
+    if (c.unitCaption >= 0) {
+        EXPECT_EQ(cell(1, 3), c.unitCaption ? message(c.unitCaption) : QStringLiteral("MIC"));
     }
     EXPECT_EQ(w->measuring().store().size(), 1);
 }
@@ -145,19 +63,19 @@ TEST_P(MeasuringEachTool, ClicksOnTheStillGiveTheRow)
 INSTANTIATE_TEST_SUITE_P(
     Tools, MeasuringEachTool,
     ::testing::Values(
-        ToolCase{"TwoPoint", 0, {{100, 100}, {400, 500}}, false, 11132, "250.00", ""},
-        ToolCase{"Circle", 1, {{200, 100}, {400, 300}, {200, 500}}, false, 11133, "200.00", ""},
+        ToolCase{"TwoPoint", 0, {{100, 100}, {400, 500}}, false, 11132, "250.00", 0},
+        ToolCase{"Circle", 1, {{200, 100}, {400, 300}, {200, 500}}, false, 11133, "200.00", 0},
         ToolCase{"CircleToCircle",
                  2,
                  {{200, 300}, {300, 200}, {400, 300}, {650, 300}, {700, 250}, {750, 300}},
                  false,
                  11135,
                  "200.00",
-                 ""},
-        ToolCase{"Perpendicular", 3, {{100, 100}, {500, 100}, {300, 250}}, false, 11137, "75.00", ""},
-        ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", "MIC²"},
-        ToolCase{"Angle", 5, {{100, 300}, {500, 300}, {300, 100}, {300, 500}}, false, 11134, "90.00", "°"},
-        ToolCase{"PointCount", 6, {{100, 100}, {200, 200}, {300, 300}}, true, 11130, "3.00", nullptr}),
+                 0},
+        ToolCase{"Perpendicular", 3, {{100, 100}, {500, 100}, {300, 250}}, false, 11137, "75.00", 0},
+        ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", 11134},
+        ToolCase{"Angle", 5, {{100, 300}, {500, 300}, {300, 100}, {300, 500}}, false, 11134, "90.00", 11142},
+        ToolCase{"PointCount", 6, {{100, 100}, {200, 200}, {300, 300}}, true, 11130, "3.00", 11131}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Measuring, PointCount_ShowsItsUnitCaption)
@@ -181,6 +99,28 @@ TEST_F(Measuring, CircleToCircle_GivesCentreDistanceAndEdgeGap)
     ASSERT_EQ(results().count(), 2);
     EXPECT_EQ(cell(2, 1), message(11136));
     EXPECT_EQ(cell(2, 2), QStringLiteral("125.00"));
+}
+
+TEST_F(Measuring, WholeCircles_AreDrawnAs32Segments)
+{
+    start();
+    tool(1);
+    click(200, 100);
+    click(400, 300);
+    click(200, 500);
+    tool(2);
+    for (auto [x, y] : std::vector<std::pair<double, double>>{
+             {200, 300}, {300, 200}, {400, 300}, {650, 300}, {700, 250}, {750, 300}})
+        click(x, y);
+    const MeasurementStore& store = w->measuring().store();
+    ASSERT_EQ(store.size(), 2);
+    std::vector<std::size_t> pointCounts;
+    for (const MeasurementStore::Entry& entry : store.entries())
+        for (const std::vector<PointD>& line : entry.measurement.shape.polylines) {
+            pointCounts.push_back(line.size());
+            EXPECT_EQ(line.front(), line.back());
+        }
+    EXPECT_EQ(pointCounts, (std::vector<std::size_t>{33, 33, 33}));
 }
 
 TEST_F(Measuring, LineToPointAndArcAndFiveClickAngle_FollowTheirModes)

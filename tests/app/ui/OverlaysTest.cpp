@@ -1,18 +1,21 @@
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
+#include "calib/ui/CrossLineOverlay.h"
 #include "calib/ui/OverlayPanel.h"
 #include "camera/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
 #include "measure/MeasureSession.h"
+#include "measure/ui/MeasurePanel.h"
 
 #include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
@@ -75,6 +78,20 @@ protected:
     }
 
     QWidget* line(int i) { return w->findChild<QWidget*>(QStringLiteral("picScaleLine(%1)").arg(i)); }
+
+    // The measurement settings dialog through cmdMeasureConfig: `change` works on it, then OK.
+    void changeMeasureSettings(std::function<void(QDialog&)> change)
+    {
+        w->measure().setDialogRunner([change](QDialog& d) {
+            d.show();
+            change(d);
+            QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+            return d.result();
+        });
+        QTest::mouseClick(find<QPushButton>("cmdMeasureConfig"), Qt::LeftButton);
+    }
+
+    static QColor background(QWidget* widget) { return widget->palette().color(QPalette::Window); }
 
     TempDir dir;
     ScriptedPrompter prompter;
@@ -154,4 +171,38 @@ TEST_F(Overlays, ScaleBar_AtEveryPosition_WithTwoCrosses)
         if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
             w->grab().save(QStringLiteral("%1-%2.png").arg(file).arg(position));
     }
+}
+
+TEST_F(Overlays, MeasureSettings_GiveTheCrossLinesTheirNewColourAndChkCrossItsIcon)
+{
+    const QColor magenta(255, 0, 255);
+    prompter.colors.push_back(magenta);
+    changeMeasureSettings([](QDialog& d) {
+        QTest::mouseClick(d.findChild<QLabel*>(QStringLiteral("lblColor(5)")), Qt::LeftButton);
+        auto* two = d.findChild<QRadioButton*>(QStringLiteral("optCrossLineNum(1)"));
+        QTest::mouseClick(two, Qt::LeftButton, {}, QPoint(6, two->height() / 2));
+    });
+    ASSERT_EQ(w->data().settings.CROSSLINENUM, 2);
+    for (const char* name : {"picCrossLineV(0)", "picCrossLineH(0)", "picCrossLineV(1)", "picCrossLineH(1)"})
+        EXPECT_EQ(background(find<QWidget>(name)), magenta) << name;
+    auto picture = [](const QIcon& icon) {
+        return icon.pixmap(32, 32).toImage().convertToFormat(QImage::Format_ARGB32);
+    };
+    EXPECT_EQ(picture(find<QCheckBox>("chkCross")->icon()), picture(CrossLineOverlay::imgCrossIcon(1)));
+    EXPECT_NE(picture(find<QCheckBox>("chkCross")->icon()), picture(CrossLineOverlay::imgCrossIcon(0)));
+}
+
+TEST_F(Overlays, MeasureSettings_RedrawTheScaleBarInItsNewColour)
+{
+    scaleBarOn("100", 1, 0);
+    ASSERT_TRUE(line(1)->isVisible());
+    const QColor cyan(0, 255, 255);
+    ASSERT_NE(background(line(1)), cyan);
+    prompter.colors.push_back(cyan);
+    changeMeasureSettings([](QDialog& d) {
+        QTest::mouseClick(d.findChild<QLabel*>(QStringLiteral("lblColor(6)")), Qt::LeftButton);
+    });
+    EXPECT_TRUE(line(1)->isVisible());
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(background(line(i)), cyan) << i;
 }

@@ -1,0 +1,89 @@
+#include "measure/ui/ToolIcons.h"
+
+#include <QPainter>
+#include <QPixmap>
+
+namespace tavix::ToolIcons {
+
+namespace {
+
+const QColor Ink(30, 30, 30);
+const QColor Accent(210, 40, 40);
+
+// A 32x32 transparent picture with a painter ready for thin dark lines.
+class Canvas {
+public:
+    Canvas() : pixmap_(32, 32)
+    {
+        pixmap_.fill(Qt::transparent);
+        painter_.begin(&pixmap_);
+        painter_.setRenderHint(QPainter::Antialiasing);
+        painter_.setPen(QPen(Ink, 2));
+    }
+    QPainter& painter() { return painter_; }
+    QIcon icon()
+    {
+        painter_.end();
+        return QIcon(pixmap_);
+    }
+    void point(QPointF at)
+    {
+        painter_.save();
+        painter_.setPen(Qt::NoPen);
+        painter_.setBrush(Accent);
+        painter_.drawEllipse(at, 3, 3);
+        painter_.restore();
+    }
+
+private:
+    QPixmap pixmap_;
+    QPainter painter_;
+};
+
+}  // namespace
+
+QIcon img2PointIcon(int index)
+{
+    Canvas c;
+    if (index == 0) {
+        c.painter().drawLine(QPointF(6, 26), QPointF(26, 6));
+        c.point({6, 26});
+        c.point({26, 6});
+    } else {
+        c.painter().drawLine(QPointF(4, 26), QPointF(28, 26));
+        c.painter().setPen(QPen(Ink, 1, Qt::DashLine));
+        c.painter().drawLine(QPointF(16, 26), QPointF(16, 7));
+        c.point({16, 7});
+    }
+    return c.icon();
+}
+
+QIcon imgCircleArcSelect(int index)
+{
+    Canvas c;
+    const QRectF box(5, 5, 22, 22);
+    if (index == 0) {
+        c.painter().drawEllipse(box);
+    } else {
+        c.painter().drawArc(box, 0, 180 * 16);  // Qt's angles are sixteenths of a degree
+        c.point({5, 16});
+        c.point({27, 16});
+    }
+    return c.icon();
+}
+
+QIcon imgAngleIcon(int index)
+{
+    Canvas c;
+    c.painter().drawLine(QPointF(4, 27), QPointF(28, 27));
+    c.painter().drawLine(QPointF(8, 30), QPointF(26, 4));
+    if (index == 1) {
+        // The fifth click picks the side whose angle is measured.
+        c.painter().setPen(QPen(Accent, 2));
+        c.painter().drawArc(QRectF(4, 17, 20, 20), 0, 55 * 16);
+        c.point({24, 20});
+    }
+    return c.icon();
+}
+
+}  // namespace tavix::ToolIcons
