@@ -27,7 +27,8 @@ QString unitText(const ResultValue& value, const QString& calibrationUnit, const
         case UnitKind::Length:
             return calibrationUnit;
         case UnitKind::Area:
-            return messages.text(Caption::Angle);  // the area tool writes 11134 as its second caption
+            // Not caption 11134: that is the angle's kind, and an area is in the calibration unit squared.
+            return calibrationUnit + QChar(0x00B2);
         case UnitKind::Angle:
             return messages.text(Caption::Degrees);
         case UnitKind::Count:

@@ -29,7 +29,7 @@ inline constexpr int Degrees = 11142;  // unit beside an angle
 
 enum class UnitKind {
     Length,  // calibration unit (pixels while a factor is 0)
-    Area,    // the area tool's second caption, 11134
+    Area,    // calibration unit squared
     Angle,   // degrees, caption 11142
     Count,   // caption 11131
     Pixels,  // picture pixels: the length marked for a calibration
@@ -61,10 +61,10 @@ struct Measurement {
 // after an angle.
 QString valueLabel(const ResultValue& value, int decimals);
 
-// The text of the unit column: the calibration unit for lengths; for the
-// kinds with a fixed unit a caption of the message table (the area tool's
-// second caption 11134, 11142 for angles, 11131 for counts); "px" for
-// calibration lengths, which make no row.
+// The text of the unit column: the calibration unit for lengths and, squared,
+// for areas; for the kinds with a fixed unit a caption of the message table
+// (11142 for angles, 11131 for counts); "px" for calibration lengths, which
+// make no row.
 QString unitText(const ResultValue& value, const QString& calibrationUnit, const MessageTable& messages);
 
 }  // namespace tavix

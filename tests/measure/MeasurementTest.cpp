@@ -22,10 +22,10 @@ TEST(Measurement, ValueLabel_PutsADegreeSignAfterAnAngle)
 TEST(Measurement, UnitText_FollowsTheKindOfValue)
 {
     MessageTable messages;
-    messages.parse(QStringLiteral("11131,points\r\n11134,second\r\n11142,deg\r\n"));
+    messages.parse(QStringLiteral("11131,points\r\n11134,angle\r\n11142,deg\r\n"));
     const QString mic = QStringLiteral("MIC");
     EXPECT_EQ(unitText({1, 11132, UnitKind::Length}, mic, messages), "MIC");
-    EXPECT_EQ(unitText({1, 11138, UnitKind::Area}, mic, messages), "second");
+    EXPECT_EQ(unitText({1, 11138, UnitKind::Area}, mic, messages), QStringLiteral("MIC") + QChar(0x00B2));
     EXPECT_EQ(unitText({1, 11134, UnitKind::Angle}, mic, messages), "deg");
     EXPECT_EQ(unitText({1, 11130, UnitKind::Count}, mic, messages), "points");
     EXPECT_EQ(unitText({1, 0, UnitKind::Pixels}, mic, messages), "px");

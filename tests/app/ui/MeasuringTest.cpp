@@ -33,7 +33,7 @@ struct ToolCase {
     bool endWithDoubleClick;
     int kindCaption;
     const char* value;
-    int unitCaption;  // 0: the calibration unit MIC; else the fixed unit's caption, -1 not checked
+    int unitCaption;  // 0: the calibration unit MIC; else the fixed unit's caption, -1: "MIC²"
 };
 
 class MeasuringEachTool : public Measuring, public ::testing::WithParamInterface<ToolCase> {};
@@ -56,6 +56,8 @@ TEST_P(MeasuringEachTool, ClicksOnTheStillGiveTheRow)
     EXPECT_EQ(cell(1, 2), QLatin1String(c.value));
     if (c.unitCaption >= 0) {
         EXPECT_EQ(cell(1, 3), c.unitCaption ? message(c.unitCaption) : QStringLiteral("MIC"));
+    } else {
+        EXPECT_EQ(cell(1, 3), QStringLiteral("MIC") + QChar(0x00B2));
     }
     EXPECT_EQ(w->measuring().store().size(), 1);
 }
@@ -73,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "200.00",
                  0},
         ToolCase{"Perpendicular", 3, {{100, 100}, {500, 100}, {300, 250}}, false, 11137, "75.00", 0},
-        ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", 11134},
+        ToolCase{"Area", 4, {{100, 100}, {300, 100}, {300, 200}, {100, 200}}, true, 11138, "5000.00", -1},
         ToolCase{"Angle", 5, {{100, 300}, {500, 300}, {300, 100}, {300, 500}}, false, 11134, "90.00", 11142},
         ToolCase{"PointCount", 6, {{100, 100}, {200, 200}, {300, 300}}, true, 11130, "3.00", 11131}),
     [](const auto& info) { return std::string(info.param.name); });
