@@ -17,4 +17,12 @@ void CommentLineEdit::setLocked(bool locked)
     setEnabled(true);
 }
 
+void CommentLineEdit::setTint(Tint tint)
+{
+    // Light colours that keep black text readable: amber while a series runs, rose while recording.
+    QPalette p = palette();
+    p.setColor(QPalette::Base, tint == Tint::Series ? QColor(255, 236, 179) : QColor(255, 205, 210));
+    setPalette(p);
+}
+
 }  // namespace tavix

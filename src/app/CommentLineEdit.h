@@ -15,6 +15,7 @@ public:
     void setText(const QString& text) override { QLineEdit::setText(text); }
     bool isLocked() const override { return isReadOnly(); }
     void setLocked(bool locked) override;
+    void setTint(Tint tint) override;
 };
 
 }  // namespace tavix

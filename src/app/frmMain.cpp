@@ -59,6 +59,7 @@ frmMain::frmMain(const QString& programFolder, Prompter& prompter, Clock& clock,
     setObjectName(QStringLiteral("frmMain"));
     buildControls();
     guidance_ = std::make_unique<Guidance>(data_.guidance, *txtComment_[0], *txtComment_[1]);
+    messageLine_ = std::make_unique<MessageLine>(*txtComment_[0]);
 }
 
 frmMain::~frmMain() = default;  // the camera panel stops the driver's thread first

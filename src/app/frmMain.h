@@ -2,6 +2,7 @@
 
 #include "common/AppData.h"
 #include "common/Guidance.h"
+#include "common/MessageLine.h"
 
 #include <QMainWindow>
 #include <array>
@@ -47,6 +48,7 @@ public:
     OverlayPanel& overlays() { return *overlays_; }
     PicturePanel& pictures() { return *pictures_; }
     Guidance& guidance() { return *guidance_; }
+    MessageLine& messageLine() { return *messageLine_; }
 
     // While set, closing the window or pressing the exit button asks first.
     bool confirmOnClose() const { return confirmOnClose_; }
@@ -98,6 +100,7 @@ private:
     std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<PicturePanel> pictures_;
     std::unique_ptr<Guidance> guidance_;
+    std::unique_ptr<MessageLine> messageLine_;
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window
     bool unloaded_ = false;

@@ -123,7 +123,10 @@ void CameraPanel::cmdPlayStop_Click()
 {
     runGuarded(data_.log, QStringLiteral("frmMain:cmdPlayStop_Click"), [this] {
         FaultPoint::pass("cmdPlayStop_Click");
-        toggleLiveStill();
+        if (runState_ == kNormal)
+            toggleLiveStill();
+        else
+            emit playStopClicked(runState_);
     });
 }
 

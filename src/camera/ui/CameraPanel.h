@@ -44,7 +44,13 @@ public:
     // Stops and closes the camera at exit.
     void exit();
 
-    // cmdPlayStop's click, guarded: in run state 0 live to still or back.
+    // The states of cmdPlayStop.
+    enum RunState : qint16 { kNormal = 0, kRecordingArmed = 1, kRecording = 2, kSeries = 3 };
+    qint16 runState() const { return runState_; }
+    void setRunState(qint16 state) { runState_ = state; }
+
+    // cmdPlayStop's click, guarded: in run state 0 live to still or back; in
+    // the other states it belongs to the recording or the series.
     void cmdPlayStop_Click();
     // Live to still or back.
     void toggleLiveStill();
@@ -75,6 +81,8 @@ signals:
     void stillShownChanged(bool shown);
     // A fatal camera error closed the camera: every window must unload.
     void endProgramRequested();
+    // cmdPlayStop was clicked in a run state other than kNormal.
+    void playStopClicked(qint16 runState);
 
 private:
     void showLive();
@@ -98,6 +106,7 @@ private:
     QImage still_;
     QSize modeSize_;
     bool stillShown_ = false;
+    qint16 runState_ = kNormal;
     bool iconLit_ = false;
 };
 

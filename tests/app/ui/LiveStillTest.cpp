@@ -353,3 +353,15 @@ TEST_F(LiveStill, Exit_StopsAndClosesTheCamera)
     EXPECT_NE(sim->IsOpen(0), 0);
     EXPECT_FALSE(log().contains(QStringLiteral("ICubeSDK_Stop(")));
 }
+
+TEST_F(LiveStill, PlayStop_InAnotherRunState_BelongsToItsOwner)
+{
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    QList<qint16> clicked;
+    QObject::connect(&w->camera(), &CameraPanel::playStopClicked, [&](qint16 state) { clicked << state; });
+    w->camera().setRunState(CameraPanel::kSeries);
+    QTest::mouseClick(find<QPushButton>(*w, "cmdPlayStop"), Qt::LeftButton);
+    EXPECT_FALSE(w->camera().stillShown());
+    EXPECT_EQ(clicked, QList<qint16>{CameraPanel::kSeries});
+}
