@@ -42,6 +42,7 @@ enum Caption : qint32 {
     kLoadPicture = 40001,
     kSavePicture = 40002,
     kExit = 40003,
+    kCameraSettings = 40011,
     kZoom = 40021,
     kComment = 40027,
 };
@@ -89,6 +90,7 @@ void frmMain::buildViewCommandArea()
     cmdPlayStop_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPlayStop"));
     // The live/still button also stops a series or a recording while the areas are disabled.
     cmdPlayStop_->setProperty("tag", QLatin1String(kNoDisable));
+    cmdPinProp_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPinProp"));
     cmdPicLoad_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicLoad"));
     cmdPicSave_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicSave"));
     cmdExit_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdExit"));
@@ -183,6 +185,7 @@ bool frmMain::openCamera()
     CameraPanel::Widgets widgets;
     widgets.viewArea = picViewArea_;
     widgets.playStop = cmdPlayStop_;
+    widgets.pinProp = cmdPinProp_;
     widgets.status = sbriCube_;
     camera_ = std::make_unique<CameraPanel>(data_, prompter_, clock_, driverFactory_(data_), widgets);
     connect(camera_.get(), &CameraPanel::stillShownChanged, this, &frmMain::stillShownChanged);
@@ -383,7 +386,8 @@ void frmMain::placeRunTimeControls()
         {"chkScale", {134, 38, 104, 28}},
         {"chkCross", {242, 38, 112, 28}},
         {"cmdCamViewConfig", {358, 38, 110, 28}},
-        {"lblJpegQty", {476, 38, 112, 28}},
+        {"lblJpegQty", {476, 38, 40, 28}},
+        {"cmdPinProp", {520, 38, 124, 28}},
     };
     for (const Place& place : places)
         if (auto* w = picViewCommandArea_->findChild<QWidget*>(QLatin1String(place.name)))
@@ -397,6 +401,7 @@ void frmMain::applySettingsToControls()
     const MessageTable& m = data_.messages;
     cmdPicLoad_->setText(m(kLoadPicture));
     cmdPicSave_->setText(m(kSavePicture));
+    cmdPinProp_->setText(m(kCameraSettings));
     cmdExit_->setText(m(kExit));
     lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));

@@ -61,6 +61,7 @@ const ParamSpec* specOf(int type)
 constexpr int kWhiteBalance = 6;
 constexpr int kExposure = 7;
 constexpr int kBlackLevel = 12;
+constexpr int kGain = 13;
 constexpr int kClock = 15;
 constexpr int kAviWriting = 24;
 constexpr int kFrameRate = 147;
@@ -184,6 +185,8 @@ CamParamRange SimCamera::rangeLocked(int type) const
     r.defaultValue = p->def;
     r.minimum = p->min;
     r.maximum = p->max;
+    if (type == kGain && options_.gainReportsAuto)
+        r.autoMode = 1;
     if (type == kClock && options_.frameRateInsteadOfClock)
         r.enabled = 0;
     if (type == kFrameRate) {
@@ -759,7 +762,7 @@ int SimCamera::SetParamAutoDef(int cam, int type)
     if (const int s = checkOpenLocked(cam))
         return s;
     const ParamSpec* spec = specOf(type);
-    if (!spec || !spec->hasAuto)
+    if (!spec || !rangeLocked(type).autoMode)
         return kNotSupported;
     Param& p = params_[type];
     if (type == kExposure && p.autoOn && !spec->autoDefault)

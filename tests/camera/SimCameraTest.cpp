@@ -825,6 +825,30 @@ TEST_F(SimCameraTest, AutoMode_IsRefused_ForAParameterWithoutOne)
     EXPECT_EQ(cam.SetParamAutoDef(kCam, 13), SimCamera::kNotSupported);
 }
 
+TEST(SimCameraGainAutoOption, GainReportsAnAutoMode_ThatLeavesThePictureAlone)
+{
+    ManualClock clock;
+    SimCamera::Options options = quiet();
+    options.gainReportsAuto = true;
+    SimCamera cam(options, &clock);
+    ASSERT_EQ(cam.Init(), 1);
+    ASSERT_EQ(cam.Open(kCam), 0);
+    CamParamRange range;
+    ASSERT_EQ(cam.GetCamParameterRange(kCam, 13, range), 0);
+    EXPECT_EQ(range.autoMode, 1);
+    std::int32_t flag = -1;
+    ASSERT_EQ(cam.GetParamAuto(kCam, 13, flag), 0);
+    EXPECT_EQ(flag, 0);
+    const SimLook before = cam.look();
+    ASSERT_EQ(cam.SetParamAuto(kCam, 13, 1), 0);
+    ASSERT_EQ(cam.GetParamAuto(kCam, 13, flag), 0);
+    EXPECT_EQ(flag, 1);
+    EXPECT_EQ(cam.look(), before);
+    ASSERT_EQ(cam.SetParamAutoDef(kCam, 13), 0);
+    ASSERT_EQ(cam.GetParamAuto(kCam, 13, flag), 0);
+    EXPECT_EQ(flag, 0);
+}
+
 TEST_F(SimCameraTest, AutoExposure_SteersTheMeanToTheTarget)
 {
     set(8, 80);
