@@ -150,6 +150,7 @@ QWidget* frmiCubeProp::buildVideoTab()
     addSlider(v, 5, "Black Level:", "sldBlackLevel", "lblBlackLevel");
     v->addWidget(addCheck("chkBlackLevel", ""), 5, 3, Qt::AlignCenter);
     addSlider(v, 6, "Gain:", "sldGain", "lblGain");
+    v->setRowStretch(7, 1);
     grid->addWidget(video, 0, 0, 3, 1);
 
     auto* other = new QGroupBox(QStringLiteral("Other:"), page);
