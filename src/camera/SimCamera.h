@@ -35,8 +35,9 @@ namespace tavix {
 //   3 gamma 16..255, 64 (out = in^(value/64) while 111 is on)
 //   4 vertical flip, 5 horizontal flip 0..1, 0
 //   6 white balance one-push: reads 0 while running, 1 otherwise; started by
-//     SetParamOnePush(6), it ends 300 ms later (on the camera's clock) and
-//     then sets 9-11 so that the lamp light comes out grey
+//     SetParamOnePush(6), it ends 300 ms later (on the camera's clock) with
+//     9 and 11 set so that the lamp light comes out grey; every frame made
+//     meanwhile takes them half way there
 //   7 exposure 1..50000, 960, auto; one unit is 1000 clock cycles, so
 //     milliseconds = value / clock MHz (20 ms at the default 48 MHz)
 //   8 exposure target (mean grey level of automatic exposure) 16..240, 128
@@ -181,6 +182,8 @@ private:
     double exposureMsLocked() const;
     double framePeriodMsLocked() const;
     SimLook lookLocked() const;
+    std::array<std::int32_t, 2> whiteBalanceTargetLocked() const;
+    void stepWhiteBalanceLocked();
     void settleWhiteBalanceLocked();
     void stopThread();
     void run();

@@ -781,6 +781,24 @@ TEST_F(SimCameraTest, WhiteBalance_SetsGainsThatMakeTheSlideGrey)
     EXPECT_NEAR(slide.b, slide.g, 2);
 }
 
+TEST_F(SimCameraTest, WhiteBalance_FadesTheCastOverTheFramesOfTheRun)
+{
+    const Rgb warm = meanAt(cam.renderFrame(), kSlide);
+    ASSERT_GT(warm.r - warm.b, 10);
+    ASSERT_EQ(cam.SetParamOnePush(kCam, 6), 0);
+    double cast = warm.r - warm.b;
+    for (int frame = 0; frame < 4; ++frame) {
+        clock.advance(20);
+        const Rgb now = meanAt(cam.renderFrame(), kSlide);
+        EXPECT_LT(now.r - now.b, cast) << frame;  // every frame a little greyer
+        cast = now.r - now.b;
+    }
+    EXPECT_LT(std::abs(cast), 4);
+    EXPECT_EQ(get(6), 0);  // still running
+    clock.advance(SimCamera::kWhiteBalanceMs);
+    EXPECT_EQ(get(6), 1);
+}
+
 TEST_F(SimCameraTest, WhiteBalance_FinishesForTheRenderer_WithoutPolling)
 {
     ASSERT_EQ(cam.SetParamOnePush(kCam, 6), 0);
