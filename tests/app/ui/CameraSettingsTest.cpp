@@ -205,3 +205,17 @@ TEST_F(CameraSettings, PinProp_IsDisabledWhileAStillIsShown)
     QTest::mouseClick(playStop, Qt::LeftButton);
     EXPECT_TRUE(pinProp->isEnabled());
 }
+
+TEST_F(CameraSettings, PinProp_FitsTheStrip_AtTheSmallestWindow)
+{
+    w->resize(w->minimumSize());
+    QCoreApplication::processEvents();
+    auto* pinProp = find<QPushButton>(*w, "cmdPinProp");
+    const QWidget* strip = find<QWidget>(*w, "picViewCommandArea");
+    EXPECT_TRUE(strip->rect().contains(pinProp->geometry())) << pinProp->x() << " " << strip->width();
+    EXPECT_LT(pinProp->fontMetrics().horizontalAdvance(pinProp->text()) + 16, pinProp->width());
+    for (const auto* other : strip->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+        if (other != pinProp && other->isVisible())
+            EXPECT_FALSE(other->geometry().intersects(pinProp->geometry()))
+                << other->objectName().toStdString();
+}
