@@ -144,48 +144,71 @@ void CameraProperties::unavailable(int type, const QString& slider, const QStrin
         c_.checks.at(autoBox).enabled = true;
 }
 
+bool CameraProperties::readRange(int type, CamParamRange& range)
+{
+    if (const int r = driver().GetCamParameterRange(cam(), type, range); r != 0) {
+        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameterRange(Ret = %1 / bEnabled = %2)")
+                         .arg(r)
+                         .arg(range.enabled));
+        return false;
+    }
+    return range.enabled != 0;
+}
+
+bool CameraProperties::readValue(int type, std::int32_t& value)
+{
+    if (const int r = driver().GetCamParameter(cam(), type, value); r != 0) {
+        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameter(%1)").arg(r));
+        return false;
+    }
+    return true;
+}
+
+CameraProperties::Auto CameraProperties::readAuto(int type, const CamParamRange& range,
+                                                  const QString& autoBox)
+{
+    if (range.autoMode != 1)
+        return Auto::None;
+    // A parameter with an automatic mode needs its auto box here; one without is shut off.
+    if (autoBox.isEmpty()) {
+        p_.log.write(QStringLiteral("Error: Auto=1 / Param Error"));
+        return Auto::Failed;
+    }
+    std::int32_t flag = 0;
+    if (const int r = driver().GetParamAuto(cam(), type, flag); r != 0) {
+        p_.log.write(QStringLiteral("Error: ICubeSDK_GetParamAuto(%1)").arg(r));
+        return Auto::Failed;
+    }
+    c_.checks.at(autoBox).value = flag;
+    return flag == 1 ? Auto::On : Auto::Off;
+}
+
 void CameraProperties::LoadSliderParam(int type, const QString& slider, const QString& label,
                                        const QString& autoBox)
 {
     Slider& s = c_.sliders.at(slider);
     CamParamRange range;
-    if (const int r = driver().GetCamParameterRange(cam(), type, range); r != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameterRange(Ret = %1 / bEnabled = %2)")
-                         .arg(r)
-                         .arg(range.enabled));
-        return unavailable(type, slider, label, autoBox);
-    }
-    if (range.enabled == 0)
+    if (!readRange(type, range))
         return unavailable(type, slider, label, autoBox);
     s.max = range.maximum;
     s.min = range.minimum;
-
     std::int32_t value = 0;
-    if (const int r = driver().GetCamParameter(cam(), type, value); r != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameter(%1)").arg(r));
+    if (!readValue(type, value))
         return unavailable(type, slider, label, autoBox);
-    }
     s.value = value;
     c_.captions.at(label) = QString::number(value);
-
-    if (range.autoMode != 1)
-        return;
-    // A parameter with an automatic mode needs its auto box here; one without is shut off.
-    if (autoBox.isEmpty()) {
-        p_.log.write(QStringLiteral("Error: Auto=1 / Param Error"));
-        return unavailable(type, slider, label, autoBox);
-    }
-    std::int32_t flag = 0;
-    if (const int r = driver().GetParamAuto(cam(), type, flag); r != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetParamAuto(%1)").arg(r));
-        return unavailable(type, slider, label, autoBox);
-    }
-    c_.checks.at(autoBox).value = flag;
-    if (flag == 1) {
-        c_.captions.at(label) = QStringLiteral("auto");
-        s.enabled = false;
-    } else {
-        s.enabled = true;
+    switch (readAuto(type, range, autoBox)) {
+        case Auto::None:
+            break;
+        case Auto::Failed:
+            return unavailable(type, slider, label, autoBox);
+        case Auto::On:
+            c_.captions.at(label) = QStringLiteral("auto");
+            s.enabled = false;
+            break;
+        case Auto::Off:
+            s.enabled = true;
+            break;
     }
 }
 
@@ -199,13 +222,7 @@ void CameraProperties::LoadExposureParam(int type, const QString& rough, const Q
         r.enabled = false;
     };
     CamParamRange range;
-    if (const int s = driver().GetCamParameterRange(cam(), type, range); s != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameterRange(Ret = %1 / bEnabled = %2)")
-                         .arg(s)
-                         .arg(range.enabled));
-        return off();
-    }
-    if (range.enabled == 0)
+    if (!readRange(type, range))
         return off();
     const bool split = range.maximum >= kExposureSplit;
     if (!split) {
@@ -221,12 +238,9 @@ void CameraProperties::LoadExposureParam(int type, const QString& rough, const Q
         r.min = 0;
         r.enabled = true;
     }
-
     std::int32_t value = 0;
-    if (const int s = driver().GetCamParameter(cam(), type, value); s != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameter(%1)").arg(s));
+    if (!readValue(type, value))
         return off();
-    }
     if (!split) {
         f.value = value;
     } else {
@@ -234,26 +248,20 @@ void CameraProperties::LoadExposureParam(int type, const QString& rough, const Q
         r.value = value / kExposureSplit;
     }
     c_.captions.at(label) = QString::number(value);
-
-    if (range.autoMode != 1)
-        return;
-    if (autoBox.isEmpty()) {
-        p_.log.write(QStringLiteral("Error: Auto=1 / Param Error"));
-        return off();
-    }
-    std::int32_t flag = 0;
-    if (const int s = driver().GetParamAuto(cam(), type, flag); s != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetParamAuto(%1)").arg(s));
-        return off();
-    }
-    c_.checks.at(autoBox).value = flag;
-    if (flag == 1) {
-        c_.captions.at(label) = QStringLiteral("auto");
-        f.enabled = false;
-        r.enabled = false;
-    } else {
-        f.enabled = true;
-        r.enabled = split;
+    switch (readAuto(type, range, autoBox)) {
+        case Auto::None:
+            break;
+        case Auto::Failed:
+            return off();
+        case Auto::On:
+            c_.captions.at(label) = QStringLiteral("auto");
+            f.enabled = false;
+            r.enabled = false;
+            break;
+        case Auto::Off:
+            f.enabled = true;
+            r.enabled = split;
+            break;
     }
 }
 
@@ -380,13 +388,7 @@ void CameraProperties::ShowGamma()
 void CameraProperties::SetParamDefault(int type)
 {
     CamParamRange range;
-    if (const int r = driver().GetCamParameterRange(cam(), type, range); r != 0) {
-        p_.log.write(QStringLiteral("Error: ICubeSDK_GetCamParameterRange(Ret = %1 / bEnabled = %2)")
-                         .arg(r)
-                         .arg(range.enabled));
-        return;
-    }
-    if (range.enabled == 0)
+    if (!readRange(type, range))
         return;
     if (range.autoMode == 1) {
         if (const int r = driver().SetParamAutoDef(cam(), type); r != 0) {

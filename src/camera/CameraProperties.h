@@ -10,6 +10,7 @@
 namespace tavix {
 
 class CameraDriver;
+struct CamParamRange;
 class CameraSession;
 class Clock;
 class ErrorLog;
@@ -106,6 +107,11 @@ private:
     void chkExposureTime_Click();
     void chkBlackLevel_Click();
     void cboResolution_Click();
+    // The steps every load shares; each logs its failure.
+    bool readRange(int type, CamParamRange& range);  // false when failed or not offered
+    bool readValue(int type, std::int32_t& value);
+    enum class Auto { None, Off, On, Failed };
+    Auto readAuto(int type, const CamParamRange& range, const QString& autoBox);
     void loadCheck(int type, const QString& box);
     void setParamAutoFailed(int status, int type, std::int32_t flag, const QString& label);
     void unavailable(int type, const QString& slider, const QString& label, const QString& autoBox);

@@ -259,12 +259,10 @@ void frmiCubeProp::showControls()
             labels_.at(name)->setText(caption);
     }
     const QSignalBlocker block(cboResolution_);
-    if (cboResolution_->count() != c.resolutions.size() || [&] {
-            for (int i = 0; i < cboResolution_->count(); ++i)
-                if (cboResolution_->itemText(i) != c.resolutions.at(i))
-                    return true;
-            return false;
-        }()) {
+    QStringList shown;
+    for (int i = 0; i < cboResolution_->count(); ++i)
+        shown.append(cboResolution_->itemText(i));
+    if (shown != c.resolutions) {
         cboResolution_->clear();
         cboResolution_->addItems(c.resolutions);
     }
