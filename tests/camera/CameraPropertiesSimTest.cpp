@@ -111,8 +111,9 @@ TEST_F(CameraPropertiesOnSim, EveryControl_IsOffered_WithoutALogLine)
     for (const auto& [name, c] : props->controls().checks)
         EXPECT_TRUE(c.enabled) << name.toStdString();
     for (const auto& s : CameraProperties::plainSliders()) {
-        if (s.type != 12)  // the black level reads "auto"
+        if (s.type != 12) {  // the black level reads "auto"
             EXPECT_EQ(caption(s.label), QString::number(slider(s.slider).value)) << s.slider;
+        }
     }
     // 960 raw at 48 MHz: 20 ms, split into Rough 0 and Fine 960 of up to 50000.
     EXPECT_EQ(caption("lblExposureTime"), QStringLiteral("20.0"));
