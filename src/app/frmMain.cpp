@@ -42,6 +42,7 @@ enum Caption : qint32 {
     kLoadPicture = 40001,
     kSavePicture = 40002,
     kExit = 40003,
+    kCameraSettings = 40011,
     kZoom = 40021,
     kComment = 40027,
     kJpegQuality = 40022,
@@ -90,6 +91,7 @@ void frmMain::buildViewCommandArea()
     cmdPlayStop_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPlayStop"));
     // The live/still button also stops a series or a recording while the areas are disabled.
     cmdPlayStop_->setProperty("tag", QLatin1String(kNoDisable));
+    cmdPinProp_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPinProp"));
     cmdPicLoad_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicLoad"));
     cmdPicSave_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdPicSave"));
     cmdExit_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdExit"));
@@ -186,6 +188,7 @@ bool frmMain::openCamera()
     CameraPanel::Widgets widgets;
     widgets.viewArea = picViewArea_;
     widgets.playStop = cmdPlayStop_;
+    widgets.pinProp = cmdPinProp_;
     widgets.status = sbriCube_;
     camera_ = std::make_unique<CameraPanel>(data_, prompter_, clock_, driverFactory_(data_), widgets);
     connect(camera_.get(), &CameraPanel::stillShownChanged, this, &frmMain::stillShownChanged);
@@ -381,13 +384,14 @@ void frmMain::placeRunTimeControls()
         {"cmdPicLoad", {122, 6, 110, 28}},
         {"cmdPicSave", {238, 6, 110, 28}},
         {"chkMeasureSave", {356, 6, 160, 28}},
-        {"lblScale", {6, 38, 44, 28}},
-        {"cboScale", {50, 38, 76, 28}},
-        {"chkScale", {134, 38, 104, 28}},
-        {"chkCross", {242, 38, 112, 28}},
-        {"cmdCamViewConfig", {358, 38, 110, 28}},
-        {"lblJpegQtyCaption", {476, 38, 84, 28}},
-        {"lblJpegQty", {560, 38, 36, 28}},
+        {"lblScale", {6, 38, 38, 28}},
+        {"cboScale", {46, 38, 64, 28}},
+        {"chkScale", {116, 38, 84, 28}},
+        {"chkCross", {204, 38, 112, 28}},
+        {"cmdCamViewConfig", {320, 38, 100, 28}},
+        {"lblJpegQtyCaption", {426, 38, 78, 28}},
+        {"lblJpegQty", {504, 38, 22, 28}},
+        {"cmdPinProp", {530, 38, 120, 28}},
     };
     for (const Place& place : places)
         if (auto* w = picViewCommandArea_->findChild<QWidget*>(QLatin1String(place.name)))
@@ -401,6 +405,7 @@ void frmMain::applySettingsToControls()
     const MessageTable& m = data_.messages;
     cmdPicLoad_->setText(m(kLoadPicture));
     cmdPicSave_->setText(m(kSavePicture));
+    cmdPinProp_->setText(m(kCameraSettings));
     cmdExit_->setText(m(kExit));
     lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));

@@ -113,6 +113,7 @@ private:
     QWidget* picViewCommandArea_ = nullptr;
     QWidget* picMeasureCommandArea_ = nullptr;
     QPushButton* cmdPlayStop_ = nullptr;
+    QPushButton* cmdPinProp_ = nullptr;
     QPushButton* cmdPicLoad_ = nullptr;
     QPushButton* cmdPicSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;

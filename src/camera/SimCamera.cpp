@@ -61,6 +61,7 @@ const ParamSpec* specOf(int type)
 constexpr int kWhiteBalance = 6;
 constexpr int kExposure = 7;
 constexpr int kBlackLevel = 12;
+constexpr int kGain = 13;
 constexpr int kClock = 15;
 constexpr int kAviWriting = 24;
 constexpr int kFrameRate = 147;
@@ -184,6 +185,8 @@ CamParamRange SimCamera::rangeLocked(int type) const
     r.defaultValue = p->def;
     r.minimum = p->min;
     r.maximum = p->max;
+    if (type == kGain && options_.gainReportsAuto)
+        r.autoMode = 1;
     if (type == kClock && options_.frameRateInsteadOfClock)
         r.enabled = 0;
     if (type == kFrameRate) {
@@ -243,6 +246,28 @@ SimLook SimCamera::lookLocked() const
     return l;
 }
 
+std::array<std::int32_t, 2> SimCamera::whiteBalanceTargetLocked() const
+{
+    // Red and blue gains that make the lamp grey, green kept where it is.
+    const QColor lamp = SimScene::lampColour();
+    const double green = params_.at(10).value;
+    return {std::clamp(static_cast<std::int32_t>(std::lround(green * lamp.green() / lamp.red())), 0, 255),
+            std::clamp(static_cast<std::int32_t>(std::lround(green * lamp.green() / lamp.blue())), 0, 255)};
+}
+
+void SimCamera::stepWhiteBalanceLocked()
+{
+    if (!whiteBalanceRunning_ || faults_.whiteBalanceNeverEnds)
+        return;
+    // Each frame of the run takes the red and blue gains half way to grey, so the cast fades
+    // over a few frames as on a real camera.
+    const auto target = whiteBalanceTargetLocked();
+    for (const int i : {0, 1}) {
+        std::int32_t& gain = params_[i == 0 ? 9 : 11].value;
+        gain += (target[static_cast<size_t>(i)] - gain) / 2;
+    }
+}
+
 void SimCamera::settleWhiteBalanceLocked()
 {
     if (!whiteBalanceRunning_ || faults_.whiteBalanceNeverEnds)
@@ -250,11 +275,9 @@ void SimCamera::settleWhiteBalanceLocked()
     if (clock_->tickMs() - whiteBalanceStart_ < kWhiteBalanceMs)
         return;
     whiteBalanceRunning_ = false;
-    // Gains that make the lamp grey, green kept where it is.
-    const QColor lamp = SimScene::lampColour();
-    const double green = params_[10].value;
-    params_[9].value = std::clamp(static_cast<int>(std::lround(green * lamp.green() / lamp.red())), 0, 255);
-    params_[11].value = std::clamp(static_cast<int>(std::lround(green * lamp.green() / lamp.blue())), 0, 255);
+    const auto target = whiteBalanceTargetLocked();
+    params_[9].value = target[0];
+    params_[11].value = target[1];
 }
 
 // ---- session ----
@@ -541,6 +564,7 @@ int SimCamera::renderLocked(std::uint64_t sequence)
     {
         std::lock_guard lock(mutex_);
         settleWhiteBalanceLocked();
+        stepWhiteBalanceLocked();
         look = lookLocked();
         size = modeSize(mode_);
         autoExposure = params_[kExposure].autoOn;
@@ -759,7 +783,7 @@ int SimCamera::SetParamAutoDef(int cam, int type)
     if (const int s = checkOpenLocked(cam))
         return s;
     const ParamSpec* spec = specOf(type);
-    if (!spec || !spec->hasAuto)
+    if (!spec || !rangeLocked(type).autoMode)
         return kNotSupported;
     Param& p = params_[type];
     if (type == kExposure && p.autoOn && !spec->autoDefault)

@@ -35,14 +35,17 @@ namespace tavix {
 //   3 gamma 16..255, 64 (out = in^(value/64) while 111 is on)
 //   4 vertical flip, 5 horizontal flip 0..1, 0
 //   6 white balance one-push: reads 0 while running, 1 otherwise; started by
-//     SetParamOnePush(6), it ends 300 ms later (on the camera's clock) and
-//     then sets 9-11 so that the lamp light comes out grey
+//     SetParamOnePush(6), it ends 300 ms later (on the camera's clock) with
+//     9 and 11 set so that the lamp light comes out grey; every frame made
+//     meanwhile takes them half way there
 //   7 exposure 1..50000, 960, auto; one unit is 1000 clock cycles, so
 //     milliseconds = value / clock MHz (20 ms at the default 48 MHz)
 //   8 exposure target (mean grey level of automatic exposure) 16..240, 128
 //   9-11 red/green/blue gain 0..255, 64 (64 = x1)
 //   12 black level 0..64, 4, auto (auto holds the camera's own level, 4)
-//   13 gain 32..255, 32 (32 = x1)   14 colour enable 0..1, 1 (0: grey)
+//   13 gain 32..255, 32 (32 = x1); with gainReportsAuto its range reports an
+//      automatic mode (off by default) that leaves the gain where it is
+//   14 colour enable 0..1, 1 (0: grey)
 //   15 clock 12..96 MHz, 48 (absent with frameRateInsteadOfClock)
 //   19 saturation 0..128, 64   24 AVI still being written: always 0, read-only
 //   43 0..1, 0   106-108 red/green/blue offset -64..64, 0   109 hue -180..180, 0
@@ -75,6 +78,9 @@ public:
         std::vector<std::int32_t> modes{1, 3, 5, 8};  // resolution indices 0..10
         std::int32_t defaultMode = 5;
         bool frameRateInsteadOfClock = false;  // offer 147 instead of 15
+        // The gain's range reports an automatic mode, as on cameras whose gain
+        // follows their automatic exposure.
+        bool gainReportsAuto = false;
         bool noise = true;
         // False: Start() starts no thread and frames are made by produceFrame().
         bool threaded = true;
@@ -176,6 +182,8 @@ private:
     double exposureMsLocked() const;
     double framePeriodMsLocked() const;
     SimLook lookLocked() const;
+    std::array<std::int32_t, 2> whiteBalanceTargetLocked() const;
+    void stepWhiteBalanceLocked();
     void settleWhiteBalanceLocked();
     void stopThread();
     void run();

@@ -68,6 +68,8 @@ public:
     bool isOpen() { return call<int (*)()>("StandIn_IsOpen")() != 0; }
     bool isStarted() { return call<int (*)()>("StandIn_IsStarted")() != 0; }
 
+    // Forgets the calls so far; the camera stays as scripted.
+    void clearCalls() { call<void (*)()>("StandIn_ClearCalls")(); }
     int callCount(const char* function) { return call<int (*)(const char*)>("StandIn_CallCount")(function); }
     // The arguments of the function's last call as "0,43,1"; pointers show as "ptr".
     QString lastArgs(const char* function)

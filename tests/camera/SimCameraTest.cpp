@@ -781,6 +781,24 @@ TEST_F(SimCameraTest, WhiteBalance_SetsGainsThatMakeTheSlideGrey)
     EXPECT_NEAR(slide.b, slide.g, 2);
 }
 
+TEST_F(SimCameraTest, WhiteBalance_FadesTheCastOverTheFramesOfTheRun)
+{
+    const Rgb warm = meanAt(cam.renderFrame(), kSlide);
+    ASSERT_GT(warm.r - warm.b, 10);
+    ASSERT_EQ(cam.SetParamOnePush(kCam, 6), 0);
+    double cast = warm.r - warm.b;
+    for (int frame = 0; frame < 4; ++frame) {
+        clock.advance(20);
+        const Rgb now = meanAt(cam.renderFrame(), kSlide);
+        EXPECT_LT(now.r - now.b, cast) << frame;  // every frame a little greyer
+        cast = now.r - now.b;
+    }
+    EXPECT_LT(std::abs(cast), 4);
+    EXPECT_EQ(get(6), 0);  // still running
+    clock.advance(SimCamera::kWhiteBalanceMs);
+    EXPECT_EQ(get(6), 1);
+}
+
 TEST_F(SimCameraTest, WhiteBalance_FinishesForTheRenderer_WithoutPolling)
 {
     ASSERT_EQ(cam.SetParamOnePush(kCam, 6), 0);
@@ -823,6 +841,30 @@ TEST_F(SimCameraTest, AutoMode_IsRefused_ForAParameterWithoutOne)
     EXPECT_EQ(cam.SetParamAuto(kCam, 13, 1), SimCamera::kNotSupported);
     EXPECT_EQ(cam.GetParamAuto(kCam, 13, flag), SimCamera::kNotSupported);
     EXPECT_EQ(cam.SetParamAutoDef(kCam, 13), SimCamera::kNotSupported);
+}
+
+TEST(SimCameraGainAutoOption, GainReportsAnAutoMode_ThatLeavesThePictureAlone)
+{
+    ManualClock clock;
+    SimCamera::Options options = quiet();
+    options.gainReportsAuto = true;
+    SimCamera cam(options, &clock);
+    ASSERT_EQ(cam.Init(), 1);
+    ASSERT_EQ(cam.Open(kCam), 0);
+    CamParamRange range;
+    ASSERT_EQ(cam.GetCamParameterRange(kCam, 13, range), 0);
+    EXPECT_EQ(range.autoMode, 1);
+    std::int32_t flag = -1;
+    ASSERT_EQ(cam.GetParamAuto(kCam, 13, flag), 0);
+    EXPECT_EQ(flag, 0);
+    const SimLook before = cam.look();
+    ASSERT_EQ(cam.SetParamAuto(kCam, 13, 1), 0);
+    ASSERT_EQ(cam.GetParamAuto(kCam, 13, flag), 0);
+    EXPECT_EQ(flag, 1);
+    EXPECT_EQ(cam.look(), before);
+    ASSERT_EQ(cam.SetParamAutoDef(kCam, 13), 0);
+    ASSERT_EQ(cam.GetParamAuto(kCam, 13, flag), 0);
+    EXPECT_EQ(flag, 0);
 }
 
 TEST_F(SimCameraTest, AutoExposure_SteersTheMeanToTheTarget)

@@ -3,6 +3,7 @@
 #include "camera/CameraDriver.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
+#include "camera/ui/frmiCubeProp.h"
 #include "common/AppData.h"
 #include "common/Clock.h"
 #include "common/FaultPoint.h"
@@ -10,6 +11,7 @@
 #include "common/ui/Icons.h"
 #include "files/BmpFile.h"
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -34,7 +36,8 @@ CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock,
       clock_(clock),
       driver_(std::move(driver)),
       w_(widgets),
-      capture_(*driver_, data.log, data.messages, prompter, clock, &BmpFile::read)
+      capture_(*driver_, data.log, data.messages, prompter, clock, &BmpFile::read),
+      runDialog_([](QDialog& d) { return d.exec(); })
 {
     session_ =
         std::make_unique<CameraSession>(*driver_, data_.settings, data_.messages, data_.log, prompter_);
@@ -50,6 +53,8 @@ CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock,
 
     w_.playStop->setIcon(Icons::camera(true));
     w_.playStop->setIconSize(QSize(20, 20));
+    if (w_.pinProp)
+        connect(w_.pinProp, &QPushButton::clicked, this, &CameraPanel::cmdPinProp_Click);
     connect(&tmriCube_, &QTimer::timeout, this, &CameraPanel::tmriCube_Timer);
     connect(&tmrLiveIcon_, &QTimer::timeout, this, &CameraPanel::tmrLiveIcon_Timer);
     tmriCube_.setObjectName(QStringLiteral("tmriCube"));
@@ -142,6 +147,19 @@ void CameraPanel::toggleLiveStill()
     showStill();
 }
 
+void CameraPanel::cmdPinProp_Click()
+{
+    runGuarded(data_.log, QStringLiteral("frmMain:cmdPinProp_Click"), [this] {
+        FaultPoint::pass("cmdPinProp_Click");
+        // The white balance waits on the user-interface thread; the window keeps painting meanwhile.
+        const auto keepPainted = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
+        // No owner window: modal to the whole program.
+        frmiCubeProp dialog({*session_, statistics_, data_.log, prompter_, clock_, keepPainted});
+        dialog.setWindowModality(Qt::ApplicationModal);
+        runDialog_(dialog);
+    });
+}
+
 void CameraPanel::redrawStill()
 {
     if (capture_.reload(data_.tempBitmapPath(), still_))
@@ -160,6 +178,8 @@ void CameraPanel::showStill()
     w_.playStop->setText(data_.messages.text(kLive));
     w_.playStop->setToolTip(data_.messages.text(kLiveTip));
     w_.playStop->setIcon(Icons::still());
+    if (w_.pinProp)
+        w_.pinProp->setEnabled(false);
     stillScroll_->show();
     cameraView_->hide();
     emit stillShownChanged(true);
@@ -173,6 +193,8 @@ void CameraPanel::showLive()
     w_.playStop->setIcon(Icons::camera(true));
     cameraView_->show();
     stillScroll_->hide();
+    if (w_.pinProp)
+        w_.pinProp->setEnabled(true);
     emit stillShownChanged(false);
 }
 

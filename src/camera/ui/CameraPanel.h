@@ -9,8 +9,10 @@
 #include <QObject>
 #include <QTimer>
 #include <array>
+#include <functional>
 #include <memory>
 
+class QDialog;
 class QLabel;
 class QPushButton;
 class QScrollArea;
@@ -32,6 +34,7 @@ public:
     struct Widgets {
         QWidget* viewArea = nullptr;      // picViewArea: both pictures go in it
         QPushButton* playStop = nullptr;  // cmdPlayStop
+        QPushButton* pinProp = nullptr;   // cmdPinProp: the camera properties dialog
         std::array<QLabel*, 6> status{};  // driver, frames, FPS, average, bad frames, resolution
     };
 
@@ -54,6 +57,11 @@ public:
     void cmdPlayStop_Click();
     // Live to still or back.
     void toggleLiveStill();
+    // cmdPinProp's click: the camera properties dialog, modal, over the running live view.
+    void cmdPinProp_Click();
+    // How dialogs are run: exec() in the program; tests drive them and return.
+    using DialogRunner = std::function<int(QDialog&)>;
+    void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
     bool stillShown() const { return stillShown_; }
     // Shows the held still again, without its measurements, from the
     // temporary bitmap; the camera is not asked for a new picture.
@@ -108,6 +116,7 @@ private:
     bool stillShown_ = false;
     qint16 runState_ = kNormal;
     bool iconLit_ = false;
+    DialogRunner runDialog_;
 };
 
 }  // namespace tavix

@@ -426,6 +426,31 @@ QStringList overlaps(QWidget* parent)
 
 }  // namespace
 
+// Every control of the view strip shows its whole text at the smallest window.
+TEST_F(frmMainStart, ViewStrip_ControlsFitTheirTexts_AtTheSmallestWindow)
+{
+    frmMain w(dir.path(), prompter, clock, simCamera());
+    ASSERT_TRUE(w.Form_Load());
+    w.show();
+    w.resize(w.minimumSize());
+    QCoreApplication::processEvents();
+    auto* strip = find<QWidget>(w, "picViewCommandArea");
+    EXPECT_TRUE(overlaps(strip).isEmpty()) << overlaps(strip).join(QStringLiteral(", ")).toStdString();
+    for (QWidget* control : strip->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (!control->isVisibleTo(strip) || qobject_cast<QLineEdit*>(control))
+            continue;
+        const std::string name = control->objectName().toStdString();
+        EXPECT_TRUE(strip->rect().contains(control->geometry())) << name;
+        // A push button's size hint has a style minimum; its text and icon are what must fit.
+        int needed = control->sizeHint().width();
+        if (auto* button = qobject_cast<QPushButton*>(control))
+            needed = button->fontMetrics().horizontalAdvance(button->text()) + 16 +
+                     (button->icon().isNull() ? 0 : button->iconSize().width() + 4);
+        EXPECT_LE(needed, control->width()) << name;
+    }
+    w.setConfirmOnClose(false);
+}
+
 TEST_F(frmMainStart, Resize_SmallerThanMinimum_SnapsBack)
 {
     frmMain w(dir.path(), prompter, clock, simCamera());

@@ -9,6 +9,8 @@
 //   instead of its own result; it still does its work (fills its outputs,
 //   changes the camera's state), except that SaveToFile writes no file and
 //   SaveAvi starts no recording when the scripted status is non-zero.
+// - For the parameter functions a status can be scripted for one parameter
+//   type alone: StandIn_SetResult("ICubeSDK_GetCamParameter:4", -5).
 // - Init returns the camera count; IsStarted 1 while streaming, else 0;
 //   IsOpen 0 while open, else 1.
 // - After SetParamOnePush(type) the parameter reads 0 for a number of reads,
@@ -126,6 +128,15 @@ int finish(const char* function, int own, Args... args)
     ++camera.counts[function];
     const auto scripted = camera.results.find(function);
     return scripted == camera.results.end() ? own : scripted->second;
+}
+
+// The same for a parameter call: a status scripted for "name:type" wins over one for the name.
+template <typename... Args>
+int finishTyped(const char* function, int type, int own, Args... args)
+{
+    const int status = finish(function, own, args...);
+    const auto scripted = camera.results.find(std::string(function) + ":" + std::to_string(type));
+    return scripted == camera.results.end() ? status : scripted->second;
 }
 
 bool scriptedFailure(const char* function)
@@ -275,7 +286,7 @@ STANDIN_API int ICubeSDK_SetCamParameter(int cam, int type, int value)
     Lock lock(mutex);
     camera.params[type] = value;
     camera.onePushLeft.erase(type);
-    return finish("ICubeSDK_SetCamParameter", 0, cam, type, value);
+    return finishTyped("ICubeSDK_SetCamParameter", type, 0, cam, type, value);
 }
 
 STANDIN_API int ICubeSDK_GetCamParameter(int cam, int type, int* value)
@@ -300,7 +311,7 @@ STANDIN_API int ICubeSDK_GetCamParameter(int cam, int type, int* value)
     }
     if (value)
         *value = read;
-    return finish("ICubeSDK_GetCamParameter", 0, cam, type, static_cast<const void*>(value));
+    return finishTyped("ICubeSDK_GetCamParameter", type, 0, cam, type, static_cast<const void*>(value));
 }
 
 STANDIN_API int ICubeSDK_GetCamParameterRange(int cam, int type, ICubeSDK_ParamRange* range)
@@ -310,7 +321,7 @@ STANDIN_API int ICubeSDK_GetCamParameterRange(int cam, int type, ICubeSDK_ParamR
         const auto known = camera.ranges.find(type);
         *range = known == camera.ranges.end() ? ICubeSDK_ParamRange{} : known->second;
     }
-    return finish("ICubeSDK_GetCamParameterRange", 0, cam, type, static_cast<const void*>(range));
+    return finishTyped("ICubeSDK_GetCamParameterRange", type, 0, cam, type, static_cast<const void*>(range));
 }
 
 STANDIN_API int ICubeSDK_GetModeList(int cam, int* modes, int* count)
@@ -429,20 +440,20 @@ STANDIN_API int ICubeSDK_GetParamAuto(int cam, int type, int* flag)
     Lock lock(mutex);
     if (flag)
         *flag = camera.autoFlags[type];
-    return finish("ICubeSDK_GetParamAuto", 0, cam, type, static_cast<const void*>(flag));
+    return finishTyped("ICubeSDK_GetParamAuto", type, 0, cam, type, static_cast<const void*>(flag));
 }
 
 STANDIN_API int ICubeSDK_SetParamAuto(int cam, int type, int flag)
 {
     Lock lock(mutex);
     camera.autoFlags[type] = flag;
-    return finish("ICubeSDK_SetParamAuto", 0, cam, type, flag);
+    return finishTyped("ICubeSDK_SetParamAuto", type, 0, cam, type, flag);
 }
 
 STANDIN_API int ICubeSDK_SetParamAutoDef(int cam, int type)
 {
     Lock lock(mutex);
-    return finish("ICubeSDK_SetParamAutoDef", 0, cam, type);
+    return finishTyped("ICubeSDK_SetParamAutoDef", type, 0, cam, type);
 }
 
 STANDIN_API int ICubeSDK_SetParamOnePush(int cam, int type)
@@ -450,7 +461,7 @@ STANDIN_API int ICubeSDK_SetParamOnePush(int cam, int type)
     Lock lock(mutex);
     camera.params[type] = 0;
     camera.onePushLeft[type] = camera.onePushPolls;
-    return finish("ICubeSDK_SetParamOnePush", 0, cam, type);
+    return finishTyped("ICubeSDK_SetParamOnePush", type, 0, cam, type);
 }
 
 // The stand-in must keep the shapes the driver binds to.
@@ -486,6 +497,14 @@ STANDIN_API void StandIn_Reset(void)
     writer.join();
     Lock lock(mutex);
     camera = Camera{};
+}
+
+STANDIN_API void StandIn_ClearCalls(void)
+{
+    Lock lock(mutex);
+    camera.calls.clear();
+    camera.lastArgs.clear();
+    camera.counts.clear();
 }
 
 STANDIN_API void StandIn_SetResult(const char* function, int status)
