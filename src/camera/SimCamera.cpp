@@ -2,6 +2,7 @@
 
 #include "common/SafeFile.h"
 #include "files/BmpFile.h"
+#include "files/JpegWriter.h"
 
 #include <algorithm>
 #include <chrono>
@@ -622,6 +623,7 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (const int s = checkOpenLocked(cam))
             return s;
     }
+    const bool jpeg = path.right(4).compare(QLatin1String(".jpg"), Qt::CaseInsensitive) == 0;
     std::lock_guard save(saveMutex_);
     {
         // Encoding holds the renderer off the buffer for a few milliseconds.
@@ -634,11 +636,25 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (index < 0)
             return kNoFrame;
         const QSize size = ringSize_[static_cast<size_t>(index)];
-        if (!BmpFile::encode(ring_[static_cast<size_t>(index)].data(), size.width(), size.height(),
-                             ringStride(size), QImage::Format_RGB888, bmpBuffer_))
+        const uchar* bits = ring_[static_cast<size_t>(index)].data();
+        if (jpeg) {
+            const QImage frame(bits, size.width(), size.height(), ringStride(size), QImage::Format_RGB888);
+            if (JpegWriter::encode(frame, jpegQuality_, bmpBuffer_) != JpegWriter::kOk)
+                return kNoFrame;
+        } else if (!BmpFile::encode(bits, size.width(), size.height(), ringStride(size),
+                                    QImage::Format_RGB888, bmpBuffer_)) {
             return kNoFrame;
+        }
     }
-    return SafeFile::writeScratch(path, bmpBuffer_) == 0 ? 0 : kWriteFailed;
+    // A JPEG is a picture the user keeps: it replaces an older file only when
+    // complete. A bitmap is most often the still's scratch file, written in place.
+    const int error = jpeg ? SafeFile::write(path, bmpBuffer_) : SafeFile::writeScratch(path, bmpBuffer_);
+    return error == 0 ? 0 : kWriteFailed;
+}
+
+void SimCamera::SetSaveQuality(int quality)
+{
+    jpegQuality_ = std::clamp(quality, 0, 100);
 }
 
 int SimCamera::SaveAvi(int cam, const QString& path, int a, int seconds)
