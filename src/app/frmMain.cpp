@@ -46,6 +46,7 @@ enum Caption : qint32 {
     kExit = 40003,
     kZoom = 40021,
     kComment = 40027,
+    kJpegQuality = 40022,
 };
 
 }  // namespace
@@ -96,6 +97,8 @@ void frmMain::buildViewCommandArea()
     cmdExit_ = named(new QPushButton(picViewCommandArea_), QStringLiteral("cmdExit"));
     cmdExit_->setProperty("tag", QLatin1String(kNoDisable));
     connect(cmdExit_, &QPushButton::clicked, this, [this] { cmdExit_Click(); });
+    // The quality label shows the number alone; its caption stands beside it.
+    lblJpegQtyCaption_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblJpegQtyCaption"));
     lblJpegQty_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblJpegQty"));
 
     lblScale_ = named(new QLabel(picViewCommandArea_), QStringLiteral("lblScale"));
@@ -405,12 +408,20 @@ void frmMain::placeRunTimeControls()
         QRect rect;
     };
     static const Place places[] = {
-        {"cmdPlayStop", {6, 6, 100, 28}},      {"cmdPicLoad", {110, 6, 100, 28}},
-        {"cmdPicSave", {214, 6, 100, 28}},     {"cmdIS_Save", {318, 6, 100, 28}},
-        {"chkMeasureSave", {426, 6, 150, 28}}, {"lblScale", {6, 38, 44, 28}},
-        {"cboScale", {50, 38, 76, 28}},        {"chkScale", {134, 38, 104, 28}},
-        {"chkCross", {242, 38, 112, 28}},      {"cmdCamViewConfig", {358, 38, 110, 28}},
-        {"lblJpegQty", {476, 38, 112, 28}},
+        // First row: the picture commands.
+        {"cmdPlayStop", {6, 6, 100, 28}},
+        {"cmdPicLoad", {110, 6, 100, 28}},
+        {"cmdPicSave", {214, 6, 100, 28}},
+        {"cmdIS_Save", {318, 6, 100, 28}},
+        {"chkMeasureSave", {426, 6, 150, 28}},
+        // Second row: what the picture shows.
+        {"lblScale", {6, 38, 44, 28}},
+        {"cboScale", {50, 38, 76, 28}},
+        {"chkScale", {134, 38, 104, 28}},
+        {"chkCross", {242, 38, 112, 28}},
+        {"cmdCamViewConfig", {358, 38, 110, 28}},
+        {"lblJpegQtyCaption", {476, 38, 84, 28}},
+        {"lblJpegQty", {560, 38, 36, 28}},
     };
     for (const Place& place : places)
         if (auto* w = picViewCommandArea_->findChild<QWidget*>(QLatin1String(place.name)))
@@ -427,6 +438,7 @@ void frmMain::applySettingsToControls()
     cmdExit_->setText(m(kExit));
     lblScale_->setText(m(kZoom));
     lblComment_->setText(m(kComment));
+    lblJpegQtyCaption_->setText(m(kJpegQuality) + QLatin1Char(':'));
     measure_->applySettings();
     overlays_->applySettings();
     cboScale_->setCurrentIndex(s.DEFAULTSCALE);

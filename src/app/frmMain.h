@@ -120,6 +120,7 @@ private:
     QPushButton* cmdPicLoad_ = nullptr;
     QPushButton* cmdPicSave_ = nullptr;
     QPushButton* cmdExit_ = nullptr;
+    QLabel* lblJpegQtyCaption_ = nullptr;
     QLabel* lblJpegQty_ = nullptr;
     QLabel* lblScale_ = nullptr;
     QLabel* lblZoom_ = nullptr;  // the magnification of the picture shown

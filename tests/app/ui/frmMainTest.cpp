@@ -81,6 +81,7 @@ TEST_F(frmMainStart, Load_SetsTitleCaptionsAndSettingsControls)
     EXPECT_EQ(find<QToolButton>(w, "cmdMeasure(1)")->text(), w.data().messages.text(10102));
     EXPECT_EQ(find<QToolButton>(w, "cmdMeasure(5)")->text(), w.data().messages.text(10106));
     EXPECT_EQ(find<QLabel>(w, "lblJpegQty")->text(), QStringLiteral("90"));
+    EXPECT_EQ(find<QLabel>(w, "lblJpegQtyCaption")->text(), w.data().messages.text(40022) + QLatin1Char(':'));
     EXPECT_EQ(find<QLabel>(w, "lblZoom")->text(), QStringLiteral("x 1.0"));
     EXPECT_EQ(w.data().valueFormat, QStringLiteral("0.00"));
     EXPECT_TRUE(log().contains(QStringLiteral(" Digital Camera Image Display Program Start.\r\n")));
