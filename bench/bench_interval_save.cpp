@@ -1,8 +1,10 @@
 // One picture of an interval series at 2592x1944, quality 75, against the JPEG
-// encoder alone on the same frame in the same run. With cross lines the whole
-// step runs: the camera writes the temporary bitmap, the program reads it back,
-// draws two crosses and writes the JPEG (temporary name, flushed, renamed).
-// Without them the simulated camera writes the JPEG itself.
+// encoder alone on the same frame in the same run. crosses:1 runs the whole
+// step with two cross lines: the camera hands over its frame, the program
+// draws the crosses and writes the JPEG (temporary name, flushed, renamed).
+// crosses:2 is the same for a camera that only writes files, as the vendor's
+// library does: the temporary bitmap is written and read back first.
+// crosses:0 has the simulated camera write the JPEG itself.
 //
 // Run with --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true
 // --benchmark_report_aggregates_only=true and compare the medians.
@@ -25,13 +27,19 @@ namespace {
 constexpr int kMode = 8;  // 2592x1944
 constexpr int kQuality = 75;
 
+class FileCamera : public SimCamera {
+public:
+    using SimCamera::SimCamera;
+    bool canGrabFrame() const override { return false; }
+};
+
 // A camera with one frame ready, as in a running series.
 struct Camera {
-    Camera()
+    explicit Camera(bool filesOnly)
     {
         SimCamera::Options options;
         options.threaded = false;
-        sim = std::make_unique<SimCamera>(options);
+        sim = filesOnly ? std::make_unique<FileCamera>(options) : std::make_unique<SimCamera>(options);
         sim->Init();
         sim->Open(0);
         sim->SetMode(0, kMode);
@@ -41,10 +49,11 @@ struct Camera {
     QImage frame;
 };
 
-Camera& camera()
+Camera& camera(bool filesOnly = false)
 {
-    static Camera c;
-    return c;
+    static Camera framesOver(false);
+    static Camera files(true);
+    return filesOnly ? files : framesOver;
 }
 
 QString scratch(const char* name)
@@ -67,11 +76,12 @@ BENCHMARK(SeriesBaseline_JpegEncode)->Unit(benchmark::kMillisecond)->UseRealTime
 void SeriesPicture(benchmark::State& state)
 {
     const bool crosses = state.range(0) != 0;
+    const bool filesOnly = state.range(0) == 2;
     ManualClock clock;
     ErrorLog log(scratch("Error.Log"));
     MessageTable messages;
     bench::SilentPrompter prompter;
-    IntervalShot shot(*camera().sim, log, messages, prompter, clock);
+    IntervalShot shot(*camera(filesOnly).sim, log, messages, prompter, clock);
     IntervalShot::Job job;
     job.finalFile = scratch("cell_001.jpg");
     job.temporaryFile = scratch("TavixStill_001.bmp");
@@ -85,7 +95,13 @@ void SeriesPicture(benchmark::State& state)
             state.SkipWithError("the picture could not be saved");
     }
 }
-BENCHMARK(SeriesPicture)->ArgName("crosses")->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(SeriesPicture)
+    ->ArgName("crosses")
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 

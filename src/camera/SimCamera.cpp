@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstring>
 
 namespace tavix {
 
@@ -650,6 +651,33 @@ int SimCamera::SaveToFile(int cam, const QString& path)
     // complete. A bitmap is most often the still's scratch file, written in place.
     const int error = jpeg ? SafeFile::write(path, bmpBuffer_) : SafeFile::writeScratch(path, bmpBuffer_);
     return error == 0 ? 0 : kWriteFailed;
+}
+
+int SimCamera::GrabFrame(int cam, QImage& frame)
+{
+    {
+        std::lock_guard lock(mutex_);
+        if (auto fail = enterLocked("GrabFrame", -1, cam))
+            return *fail;
+        if (const int s = checkOpenLocked(cam))
+            return s;
+    }
+    std::lock_guard render(renderMutex_);
+    int index;
+    {
+        std::lock_guard lock(mutex_);
+        index = newest_;
+    }
+    if (index < 0)
+        return kNoFrame;
+    const QSize size = ringSize_[static_cast<size_t>(index)];
+    if (frame.size() != size || frame.format() != QImage::Format_RGB888)
+        frame = QImage(size, QImage::Format_RGB888);
+    const uchar* bits = ring_[static_cast<size_t>(index)].data();
+    const qsizetype rowBytes = qsizetype(size.width()) * 3;
+    for (int y = 0; y < size.height(); ++y)
+        std::memcpy(frame.scanLine(y), bits + y * ringStride(size), static_cast<size_t>(rowBytes));
+    return 0;
 }
 
 void SimCamera::SetSaveQuality(int quality)

@@ -127,6 +127,8 @@ public:
     // Writes the newest frame as a 24-bit bitmap, complete when it returns.
     int SaveToFile(int cam, const QString& path) override;
     void SetSaveQuality(int quality) override;
+    bool canGrabFrame() const override { return true; }
+    int GrabFrame(int cam, QImage& frame) override;
     // Recording is not simulated: always kNotSupported.
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;

@@ -24,10 +24,17 @@ IntervalShot::IntervalShot(CameraDriver& driver, const ErrorLog& log, const Mess
 
 IntervalShot::Outcome IntervalShot::save(const Job& job)
 {
+    driver_.SetSaveQuality(job.jpegQuality);
+    if (job.crosses.draw && driver_.canGrabFrame()) {
+        // The frame is in memory already: no bitmap file to write and read back.
+        if (const int r = driver_.GrabFrame(job.camera, picture_); r != 0)
+            return cameraFailed(QStringLiteral("Error: ICubeSDK_SaveToFile(%1)").arg(r));
+        drawCrosses(picture_, job.crosses);
+        return writeFinal(picture_, job);
+    }
     const QString& written = job.crosses.draw ? job.temporaryFile : job.finalFile;
     if (job.crosses.draw && QFileInfo::exists(written))
         QFile::remove(written);  // an old file must not pass for the new picture
-    driver_.SetSaveQuality(job.jpegQuality);
     if (const int r = driver_.SaveToFile(job.camera, written); r != 0)
         return cameraFailed(QStringLiteral("Error: ICubeSDK_SaveToFile(%1)").arg(r));
     if (!job.crosses.draw)

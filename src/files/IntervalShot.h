@@ -15,9 +15,10 @@ class ErrorLog;
 class MessageTable;
 class Prompter;
 
-// Saves one picture of a series or a quick save: the camera writes it, and
-// when cross lines are shown it writes the temporary bitmap instead, which is
-// read back, drawn on and written under the final name.
+// Saves one picture of a series or a quick save: the camera writes it. When
+// cross lines are shown the camera hands over its frame, or, when it only
+// writes files, writes the temporary bitmap, which is read back; the lines are
+// drawn on the picture, which is written under the final name.
 class IntervalShot {
 public:
     static constexpr int kReadAttempts = 3;

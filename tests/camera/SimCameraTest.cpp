@@ -1147,6 +1147,21 @@ TEST_F(SimCameraTest, SaveToFile_WritesAJpegForAJpgName_AtTheQualitySet)
     EXPECT_EQ(QImageReader(dir.file(QStringLiteral("still.jpeg"))).format(), QByteArray("bmp"));
 }
 
+TEST_F(SimCameraTest, GrabFrame_CopiesTheNewestFrame_IntoTheSameBuffer)
+{
+    QImage grabbed;
+    EXPECT_EQ(cam.GrabFrame(kCam, grabbed), SimCamera::kNoFrame);
+    cam.setNoise(true);
+    const QImage first = cam.renderFrame();
+    ASSERT_EQ(cam.GrabFrame(kCam, grabbed), 0);
+    EXPECT_EQ(grabbed, first);
+    const uchar* buffer = grabbed.constBits();
+    const QImage second = cam.renderFrame();
+    ASSERT_EQ(cam.GrabFrame(kCam, grabbed), 0);
+    EXPECT_EQ(grabbed, second);
+    EXPECT_EQ(grabbed.constBits(), buffer);
+}
+
 TEST_F(SimCameraTest, SaveToFile_FailsBeforeTheFirstFrame)
 {
     TempDir dir;

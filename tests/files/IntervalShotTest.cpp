@@ -8,6 +8,7 @@
 #include "files/IntervalShot.h"
 
 #include <gtest/gtest.h>
+#include <QFileInfo>
 #include <QImageReader>
 #include <functional>
 
@@ -40,10 +41,17 @@ public:
     }
 };
 
-// A simulated camera that reports its file as written in the background.
-class BackgroundCamera : public SimCamera {
+// A camera that only writes files, as the vendor's library does, complete on return.
+class FileCamera : public SimCamera {
 public:
     using SimCamera::SimCamera;
+    bool canGrabFrame() const override { return false; }
+};
+
+// One that reports its file as written in the background.
+class BackgroundCamera : public FileCamera {
+public:
+    using FileCamera::FileCamera;
     bool savesInBackground() const override { return true; }
 };
 
@@ -148,10 +156,40 @@ TEST_F(IntervalShotTest, Crosses_AreDrawnIntoTheJpeg_AtItsQuality)
     EXPECT_FALSE(dir.exists(QStringLiteral("TavixStill_001.bmp")));
 }
 
-TEST_F(IntervalShotTest, SynchronousCamera_IsReadAtOnce)
+TEST_F(IntervalShotTest, Crosses_TakeTheFrameFromACameraThatHandsFramesOver_WithoutAFile)
 {
+    cam.setRecordCalls(true);
     ASSERT_EQ(shot.save(job(QStringLiteral("cell_001.bmp"), true)), IntervalShot::Outcome::Saved);
+    const QString calls = cam.calls().join(QLatin1Char(' '));
+    EXPECT_TRUE(calls.contains(QStringLiteral("GrabFrame"))) << calls.toStdString();
+    EXPECT_FALSE(calls.contains(QStringLiteral("SaveToFile"))) << calls.toStdString();
     EXPECT_EQ(clock.sleeps, 0);
+}
+
+TEST_F(IntervalShotTest, FileCamera_CompleteOnReturn_IsReadAtOnce)
+{
+    FileCamera files(quietCamera());
+    ASSERT_EQ(files.Init(), 1);
+    ASSERT_EQ(files.Open(0), 0);
+    files.renderFrame();
+    IntervalShot fileShot(files, errorLog, messages, prompter, clock);
+    const IntervalShot::Job j = job(QStringLiteral("cell_001.bmp"), true);
+    ASSERT_EQ(fileShot.save(j), IntervalShot::Outcome::Saved);
+    EXPECT_EQ(clock.sleeps, 0);
+    QImage read;
+    ASSERT_EQ(BmpFile::read(j.finalFile, read), 0);
+    EXPECT_EQ(read.pixel(300, 9), kLineColor);
+    EXPECT_FALSE(QFileInfo::exists(j.temporaryFile)) << "the temporary bitmap has gone";
+}
+
+TEST_F(IntervalShotTest, GrabFailure_IsLoggedAndReported)
+{
+    cam.failCall(QStringLiteral("GrabFrame"), -8);
+    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::CameraFailed);
+    EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, messages.text(30011));
+    EXPECT_FALSE(dir.exists(QStringLiteral("cell_001.jpg")));
 }
 
 TEST_F(IntervalShotTest, BackgroundCamera_IsReadAfterTheWait_UpToThreeTimes)
@@ -180,8 +218,12 @@ TEST_F(IntervalShotTest, BackgroundCamera_IsReadAfterTheWait_UpToThreeTimes)
 
 TEST_F(IntervalShotTest, TemporaryBitmapNeverComplete_IsLoggedAndReported_AfterThreeReads)
 {
-    cam.failCall(QStringLiteral("SaveToFile"), 0);  // success, but no file
-    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.bmp"), true)), IntervalShot::Outcome::CameraFailed);
+    FileCamera files(quietCamera());
+    ASSERT_EQ(files.Init(), 1);
+    ASSERT_EQ(files.Open(0), 0);
+    files.failCall(QStringLiteral("SaveToFile"), 0);  // success, but no file
+    IntervalShot fileShot(files, errorLog, messages, prompter, clock);
+    EXPECT_EQ(fileShot.save(job(QStringLiteral("cell_001.bmp"), true)), IntervalShot::Outcome::CameraFailed);
     EXPECT_EQ(clock.sleeps, 2);  // the first read needs no wait from this camera
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Error:IS_DrawCrossLine FileCheck Error.\r\n")));
     ASSERT_EQ(prompter.messages.size(), 1u);
