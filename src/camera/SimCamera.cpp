@@ -3,6 +3,7 @@
 #include "common/SafeFile.h"
 #include "files/BmpFile.h"
 #include "files/JpegWriter.h"
+#include "files/PictureFiles.h"
 
 #include <algorithm>
 #include <chrono>
@@ -624,7 +625,7 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (const int s = checkOpenLocked(cam))
             return s;
     }
-    const bool jpeg = path.right(4).compare(QLatin1String(".jpg"), Qt::CaseInsensitive) == 0;
+    const bool jpeg = PictureFiles::kindOf(path) == PictureFiles::Kind::Jpeg;
     std::lock_guard save(saveMutex_);
     {
         // Encoding holds the renderer off the buffer for a few milliseconds.

@@ -101,9 +101,4 @@ int IntervalSave::nextQuickNumber(const QString& folder)
     return 1;
 }
 
-bool IntervalSave::isJpeg(const QString& fileName)
-{
-    return fileName.right(4).compare(QLatin1String(".jpg"), Qt::CaseInsensitive) == 0;
-}
-
 }  // namespace tavix

@@ -62,9 +62,6 @@ public:
     // from 9999; 1 when there is none; kMaxQuickNumber + 1 when 9999 exists.
     static int nextQuickNumber(const QString& folder);
     static QString quickNumberText(int number);
-
-    // True for a name whose last four characters are ".jpg" in any case.
-    static bool isJpeg(const QString& fileName);
 };
 
 }  // namespace tavix

@@ -39,7 +39,6 @@ public:
 
     bool running() const { return running_; }
     qint32 savedCount() const { return saved_; }
-    qint32 secondsSinceLastSave() const { return sinceLast_; }
     // The progress text of the message line.
     QString statusText() const;
     // The file of picture `count` (1 = the first).

@@ -106,7 +106,7 @@ IntervalShot::Outcome IntervalShot::cameraFailed(const QString& logLine)
 IntervalShot::Outcome IntervalShot::writeFinal(const QImage& picture, const Job& job)
 {
     int error = 0;
-    if (IntervalSave::isJpeg(job.finalFile)) {
+    if (PictureFiles::kindOf(job.finalFile) == PictureFiles::Kind::Jpeg) {
         const int status = JpegWriter::encode(picture, std::min<int>(job.jpegQuality, 100), bytes_);
         error = status != JpegWriter::kOk ? BmpFile::kInvalidPicture : SafeFile::write(job.finalFile, bytes_);
     } else {

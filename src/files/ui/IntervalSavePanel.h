@@ -58,9 +58,7 @@ public:
     void stopSeries();
 
     bool seriesRunning() const { return series_.running(); }
-    const IntervalSeries& series() const { return series_; }
     QTimer& timer() { return tmrIS_; }
-    QPushButton* button() const { return cmdIS_Save_; }
 
 private:
     void startSeries();
