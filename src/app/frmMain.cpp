@@ -15,6 +15,7 @@
 #include "common/Prompter.h"
 #include "common/RunError.h"
 #include "common/Twips.h"
+#include "files/ui/IntervalSavePanel.h"
 #include "files/ui/PicturePanel.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
@@ -32,6 +33,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QtMath>
 
 namespace tavix {
 
@@ -167,6 +169,7 @@ bool frmMain::Form_Load()
         connectMeasuring();
         connectOverlays();
         connectPictures();
+        connectIntervalSave();
         placeRunTimeControls();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
@@ -279,6 +282,34 @@ void frmMain::connectPictures()
     pictures_->measureSave()->setEnabled(camera_->stillShown());
 }
 
+void frmMain::connectIntervalSave()
+{
+    IntervalSavePanel::Parts parts;
+    parts.commandArea = picViewCommandArea_;
+    parts.playStop = cmdPlayStop_;
+    parts.messageLine = messageLine_.get();
+    parts.crosses = &overlays_->crossLines();
+    parts.toPicture = [this](QPoint areaPoint) {
+        // The picture's top-left corner in the area and its scale on the screen.
+        QPoint origin = camera_->cameraView()->pos();
+        if (camera_->stillShown())
+            origin = camera_->stillView()->mapTo(picViewArea_, QPoint(0, 0));
+        const double scale = shownMagnification();
+        const QPointF p = QPointF(areaPoint - origin) / scale;
+        return QPoint(qFloor(p.x()), qFloor(p.y()));
+    };
+    parts.setCommandAreasEnabled = [this](bool on) {
+        setCommandAreaEnabled(picViewCommandArea_, on);
+        // The measuring tools work on a still only.
+        const bool measuring = on && camera_->stillShown();
+        setCommandAreaEnabled(picMeasureCommandArea_, measuring);
+        pictures_->measureSave()->setEnabled(measuring);
+    };
+    intervalSave_ =
+        std::make_unique<IntervalSavePanel>(data_, prompter_, clock_, *camera_, measure_->results(), parts);
+    intervalSave_->applySettings();
+}
+
 double frmMain::shownMagnification() const
 {
     if (camera_ && camera_->stillShown())
@@ -380,10 +411,13 @@ void frmMain::placeRunTimeControls()
         QRect rect;
     };
     static const Place places[] = {
-        {"cmdPlayStop", {6, 6, 110, 28}},
-        {"cmdPicLoad", {122, 6, 110, 28}},
-        {"cmdPicSave", {238, 6, 110, 28}},
-        {"chkMeasureSave", {356, 6, 160, 28}},
+        // First row: the picture commands.
+        {"cmdPlayStop", {6, 6, 100, 28}},
+        {"cmdPicLoad", {110, 6, 100, 28}},
+        {"cmdPicSave", {214, 6, 100, 28}},
+        {"cmdIS_Save", {318, 6, 100, 28}},
+        {"chkMeasureSave", {426, 6, 150, 28}},
+        // Second row: what the picture shows, and the camera.
         {"lblScale", {6, 38, 38, 28}},
         {"cboScale", {46, 38, 64, 28}},
         {"chkScale", {116, 38, 84, 28}},

@@ -19,6 +19,7 @@ class CameraDriver;
 class CameraPanel;
 class Clock;
 class CommentLineEdit;
+class IntervalSavePanel;
 class MeasurePanel;
 class MeasureSession;
 class OverlayPanel;
@@ -47,6 +48,7 @@ public:
     MeasureSession& measuring() { return *session_; }
     OverlayPanel& overlays() { return *overlays_; }
     PicturePanel& pictures() { return *pictures_; }
+    IntervalSavePanel& intervalSave() { return *intervalSave_; }
     Guidance& guidance() { return *guidance_; }
     MessageLine& messageLine() { return *messageLine_; }
 
@@ -87,6 +89,7 @@ private:
     void connectMeasuring();
     void connectOverlays();
     void connectPictures();
+    void connectIntervalSave();
     double shownMagnification() const;
     QRect shownPictureBox() const;
 
@@ -99,6 +102,7 @@ private:
     std::unique_ptr<MeasurePanel> measure_;
     std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<PicturePanel> pictures_;
+    std::unique_ptr<IntervalSavePanel> intervalSave_;
     std::unique_ptr<Guidance> guidance_;
     std::unique_ptr<MessageLine> messageLine_;
     bool confirmOnClose_ = true;

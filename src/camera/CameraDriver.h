@@ -80,8 +80,17 @@ public:
     virtual int GetGoodFrames(int cam, std::int32_t& count) = 0;
     virtual int GetBrokenFrames(int cam, std::int32_t& count) = 0;
 
-    // Writes the current frame to a bitmap file.
+    // Writes the current frame to a file: a JPEG when the name ends in ".jpg"
+    // (any case), else a bitmap.
     virtual int SaveToFile(int cam, const QString& path) = 0;
+    // The quality (0..100) of the JPEG files SaveToFile writes, for drivers
+    // that let the program choose it.
+    virtual void SetSaveQuality(int quality) {}
+    // Drivers that hand frames to the program can also copy the current frame
+    // into `frame` (reusing its buffer when it has the size already) instead
+    // of a round trip through a bitmap file; 0 = success.
+    virtual bool canGrabFrame() const { return false; }
+    virtual int GrabFrame(int cam, QImage& frame) { return -1; }
     // Records an AVI file of the given length; parameter 24 stays non-zero while writing.
     virtual int SaveAvi(int cam, const QString& path, int a, int seconds) = 0;
 

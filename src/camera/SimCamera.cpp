@@ -2,10 +2,13 @@
 
 #include "common/SafeFile.h"
 #include "files/BmpFile.h"
+#include "files/JpegWriter.h"
+#include "files/PictureFiles.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstring>
 
 namespace tavix {
 
@@ -646,6 +649,7 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (const int s = checkOpenLocked(cam))
             return s;
     }
+    const bool jpeg = PictureFiles::kindOf(path) == PictureFiles::Kind::Jpeg;
     std::lock_guard save(saveMutex_);
     {
         // Encoding holds the renderer off the buffer for a few milliseconds.
@@ -658,11 +662,52 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (index < 0)
             return kNoFrame;
         const QSize size = ringSize_[static_cast<size_t>(index)];
-        if (!BmpFile::encode(ring_[static_cast<size_t>(index)].data(), size.width(), size.height(),
-                             ringStride(size), QImage::Format_RGB888, bmpBuffer_))
+        const uchar* bits = ring_[static_cast<size_t>(index)].data();
+        if (jpeg) {
+            const QImage frame(bits, size.width(), size.height(), ringStride(size), QImage::Format_RGB888);
+            if (JpegWriter::encode(frame, jpegQuality_, bmpBuffer_) != JpegWriter::kOk)
+                return kNoFrame;
+        } else if (!BmpFile::encode(bits, size.width(), size.height(), ringStride(size),
+                                    QImage::Format_RGB888, bmpBuffer_)) {
             return kNoFrame;
+        }
     }
-    return SafeFile::writeScratch(path, bmpBuffer_) == 0 ? 0 : kWriteFailed;
+    // A JPEG is a picture the user keeps: it replaces an older file only when
+    // complete. A bitmap is most often the still's scratch file, written in place.
+    const int error = jpeg ? SafeFile::write(path, bmpBuffer_) : SafeFile::writeScratch(path, bmpBuffer_);
+    return error == 0 ? 0 : kWriteFailed;
+}
+
+int SimCamera::GrabFrame(int cam, QImage& frame)
+{
+    {
+        std::lock_guard lock(mutex_);
+        if (auto fail = enterLocked("GrabFrame", -1, cam))
+            return *fail;
+        if (const int s = checkOpenLocked(cam))
+            return s;
+    }
+    std::lock_guard render(renderMutex_);
+    int index;
+    {
+        std::lock_guard lock(mutex_);
+        index = newest_;
+    }
+    if (index < 0)
+        return kNoFrame;
+    const QSize size = ringSize_[static_cast<size_t>(index)];
+    if (frame.size() != size || frame.format() != QImage::Format_RGB888)
+        frame = QImage(size, QImage::Format_RGB888);
+    const uchar* bits = ring_[static_cast<size_t>(index)].data();
+    const qsizetype rowBytes = qsizetype(size.width()) * 3;
+    for (int y = 0; y < size.height(); ++y)
+        std::memcpy(frame.scanLine(y), bits + y * ringStride(size), static_cast<size_t>(rowBytes));
+    return 0;
+}
+
+void SimCamera::SetSaveQuality(int quality)
+{
+    jpegQuality_ = std::clamp(quality, 0, 100);
 }
 
 int SimCamera::SaveAvi(int cam, const QString& path, int a, int seconds)

@@ -9,6 +9,7 @@
 #include <QSize>
 #include <QStringList>
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -131,6 +132,9 @@ public:
     int GetBrokenFrames(int cam, std::int32_t& count) override;
     // Writes the newest frame as a 24-bit bitmap, complete when it returns.
     int SaveToFile(int cam, const QString& path) override;
+    void SetSaveQuality(int quality) override;
+    bool canGrabFrame() const override { return true; }
+    int GrabFrame(int cam, QImage& frame) override;
     // Recording is not simulated: always kNotSupported.
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;
@@ -229,7 +233,8 @@ private:
     std::mt19937 rng_{2024};
 
     std::mutex saveMutex_;  // one save at a time through the reused buffer
-    QByteArray bmpBuffer_;
+    QByteArray bmpBuffer_;  // the encoded file, bitmap or JPEG
+    std::atomic<int> jpegQuality_{75};
 };
 
 }  // namespace tavix

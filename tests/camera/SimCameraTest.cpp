@@ -1,9 +1,11 @@
 #include "TempDir.h"
 #include "camera/SimCamera.h"
 #include "files/BmpFile.h"
+#include "files/JpegWriter.h"
 
 #include <gtest/gtest.h>
 #include <QFile>
+#include <QFileInfo>
 #include <QImageReader>
 #include <QLineF>
 #include <QPolygonF>
@@ -1160,6 +1162,46 @@ TEST_F(SimCameraTest, SaveToFile_WritesTheNewestFrame_PixelForPixel)
     EXPECT_EQ(read, newest);
     EXPECT_EQ(cam.latestFrame(), newest);
     EXPECT_EQ(QImageReader(path).read().convertToFormat(QImage::Format_RGB888), newest);
+}
+
+TEST_F(SimCameraTest, SaveToFile_WritesAJpegForAJpgName_AtTheQualitySet)
+{
+    TempDir dir;
+    const QImage newest = cam.renderFrame();
+    const QString low = dir.file(QStringLiteral("low.JPG"));
+    const QString high = dir.file(QStringLiteral("high.jpg"));
+    cam.SetSaveQuality(10);
+    ASSERT_EQ(cam.SaveToFile(kCam, low), 0);
+    cam.SetSaveQuality(95);
+    ASSERT_EQ(cam.SaveToFile(kCam, high), 0);
+
+    QImageReader reader(high);
+    EXPECT_EQ(reader.format(), QByteArray("jpeg"));
+    const QImage read = reader.read();
+    ASSERT_EQ(read.size(), newest.size());
+    EXPECT_LT(std::abs(qGray(read.pixel(40, 40)) - qGray(newest.pixel(40, 40))), 8);
+    QByteArray expected;
+    ASSERT_EQ(JpegWriter::encode(newest, 95, expected), JpegWriter::kOk);
+    EXPECT_EQ(QFileInfo(high).size(), expected.size());
+    EXPECT_LT(QFileInfo(low).size(), QFileInfo(high).size() / 2);
+    // Any other ending is a bitmap.
+    ASSERT_EQ(cam.SaveToFile(kCam, dir.file(QStringLiteral("still.jpeg"))), 0);
+    EXPECT_EQ(QImageReader(dir.file(QStringLiteral("still.jpeg"))).format(), QByteArray("bmp"));
+}
+
+TEST_F(SimCameraTest, GrabFrame_CopiesTheNewestFrame_IntoTheSameBuffer)
+{
+    QImage grabbed;
+    EXPECT_EQ(cam.GrabFrame(kCam, grabbed), SimCamera::kNoFrame);
+    cam.setNoise(true);
+    const QImage first = cam.renderFrame();
+    ASSERT_EQ(cam.GrabFrame(kCam, grabbed), 0);
+    EXPECT_EQ(grabbed, first);
+    const uchar* buffer = grabbed.constBits();
+    const QImage second = cam.renderFrame();
+    ASSERT_EQ(cam.GrabFrame(kCam, grabbed), 0);
+    EXPECT_EQ(grabbed, second);
+    EXPECT_EQ(grabbed.constBits(), buffer);
 }
 
 TEST_F(SimCameraTest, SaveToFile_FailsBeforeTheFirstFrame)

@@ -223,7 +223,11 @@ void CameraPanel::tmrLiveIcon_Timer()
 {
     runGuarded(data_.log, QStringLiteral("frmMain:tmrLiveIcon_Timer"), [this] {
         FaultPoint::pass("tmrLiveIcon_Timer");
-        // The live light blinks while the picture is live.
+        // A series shows that it records; the live light blinks while the picture is live.
+        if (runState_ == kSeries) {
+            w_.playStop->setIcon(Icons::record());
+            return;
+        }
         if (stillShown_) {
             w_.playStop->setIcon(Icons::still());
             return;

@@ -1,0 +1,393 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
+#include "app/frmMain.h"
+#include "calib/CrossLines.h"
+#include "calib/ui/OverlayPanel.h"
+#include "camera/SimCamera.h"
+#include "camera/ui/CameraPanel.h"
+#include "camera/ui/CameraViewWidget.h"
+#include "common/Clock.h"
+#include "files/BmpFile.h"
+#include "files/ui/IntervalSavePanel.h"
+#include "measure/ResultTable.h"
+#include "measure/ui/MeasurePanel.h"
+
+#include <gtest/gtest.h>
+#include <QCheckBox>
+#include <QDialog>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QImageReader>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <QTimer>
+
+using namespace tavix;
+using tavix::test::ScriptedPrompter;
+using tavix::test::TempDir;
+
+namespace {
+
+// The main window on the simulated camera with the series on a clock the test moves.
+class IntervalSaveWindow : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        test::copyShippedData(dir);
+        QDir(dir.path()).mkpath(QStringLiteral("series"));
+        QDir(dir.path()).mkpath(QStringLiteral("quick"));
+        auto factory = [this](AppData&) {
+            auto camera = std::make_unique<SimCamera>();
+            sim = camera.get();
+            return std::unique_ptr<CameraDriver>(std::move(camera));
+        };
+        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
+        ASSERT_TRUE(w->Form_Load());
+        w->resize(1200, 800);
+        w->show();
+        ASSERT_TRUE(waitForLiveFrame());
+    }
+
+    bool waitForLiveFrame()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < 10000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            if (w->camera().liveView().counters().shown > 0)
+                return true;
+        }
+        return false;
+    }
+
+    template <typename T>
+    T* find(const char* name)
+    {
+        return w->findChild<T*>(QLatin1String(name));
+    }
+    void click(const char* name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
+    QString comment() { return find<QLineEdit>("txtComment(0)")->text(); }
+    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
+
+    // The series dialog gets these values typed in and OK clicked; with
+    // TAVIX_SCREENSHOT=name it is saved as name-dialog.png first.
+    void answerSeriesDialog(const QString& minutes, const QString& seconds, const QString& count)
+    {
+        w->intervalSave().setDialogRunner([=](QDialog& d) {
+            d.show();
+            auto type = [&d](const char* name, const QString& text) {
+                auto* box = d.findChild<QLineEdit*>(QLatin1String(name));
+                box->selectAll();
+                QTest::keyClicks(box, text);
+            };
+            type("txtIntervalTime(0)", minutes);
+            type("txtIntervalTime(1)", seconds);
+            type("txtNumberOfImages", count);
+            if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+                d.grab().save(file + QStringLiteral("-dialog.png"));
+            QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+            return d.result();
+        });
+    }
+    // One tick of tmrIS after the clock moved on.
+    void tickAfter(qint64 ms)
+    {
+        clock.advance(ms);
+        w->intervalSave().tmrIS_Timer();
+    }
+    void expectSeriesRunning()
+    {
+        EXPECT_TRUE(w->intervalSave().seriesRunning());
+        EXPECT_EQ(w->camera().runState(), CameraPanel::kSeries);
+        EXPECT_TRUE(w->intervalSave().timer().isActive());
+        EXPECT_EQ(find<QPushButton>("cmdPlayStop")->text(), w->data().messages.text(11040));
+        EXPECT_TRUE(find<QPushButton>("cmdPlayStop")->isEnabled());
+        EXPECT_FALSE(find<QPushButton>("cmdPicSave")->isEnabled());
+        EXPECT_FALSE(find<QPushButton>("cmdIS_Save")->isEnabled());
+        EXPECT_FALSE(find<QCheckBox>("chkCross")->isEnabled());
+    }
+    void expectSeriesEnded()
+    {
+        EXPECT_FALSE(w->intervalSave().seriesRunning());
+        EXPECT_EQ(w->camera().runState(), CameraPanel::kNormal);
+        EXPECT_FALSE(w->intervalSave().timer().isActive());
+        EXPECT_EQ(find<QPushButton>("cmdPlayStop")->text(), w->data().messages.text(11051));
+        EXPECT_TRUE(find<QPushButton>("cmdPicSave")->isEnabled());
+        EXPECT_TRUE(find<QPushButton>("cmdIS_Save")->isEnabled());
+        EXPECT_TRUE(find<QCheckBox>("chkCross")->isEnabled());
+        EXPECT_TRUE(find<QPushButton>("cmdExit")->isEnabled());
+    }
+    void expectDoneMessage()
+    {
+        ASSERT_FALSE(prompter.messages.empty());
+        EXPECT_EQ(prompter.messages.back().text, w->data().messages.text(30013));
+        EXPECT_EQ(prompter.messages.back().title, w->data().messages.text(30014));
+        EXPECT_EQ(prompter.messages.back().icon, Prompter::Icon::Information);
+    }
+    QString seriesFile(const char* name) const
+    {
+        return dir.file(QStringLiteral("series/") + QLatin1String(name));
+    }
+
+    TempDir dir;
+    ScriptedPrompter prompter;
+    ManualClock clock;
+    SimCamera* sim = nullptr;
+    std::unique_ptr<frmMain> w;
+};
+
+}  // namespace
+
+TEST_F(IntervalSaveWindow, ThreePictureSeries_SavesEveryIntervalShowsProgressAndEnds)
+{
+    w->data().settings.IS_MODE = 0;
+    find<QLineEdit>("txtComment(0)")->setText(QStringLiteral("my comment"));
+    prompter.fileNames.push_back(seriesFile("cell.jpg"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("3"));
+    click("cmdIS_Save");
+
+    ASSERT_EQ(prompter.fileRequests.size(), 1u);
+    EXPECT_EQ(prompter.fileRequests[0].title, w->data().messages.text(11031));
+    EXPECT_TRUE(prompter.fileRequests[0].save);
+    EXPECT_TRUE(prompter.fileRequests[0].fileName.isEmpty());
+    EXPECT_EQ(w->data().settings.INTERVALTIME, 3);
+    EXPECT_EQ(w->data().settings.NUMBEROFIMAGES, 3);
+    // The first picture at once.
+    EXPECT_TRUE(QFileInfo::exists(seriesFile("cell_001.jpg")));
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_002.jpg")));
+    expectSeriesRunning();
+    EXPECT_EQ(comment(), QString());
+
+    tickAfter(1000);
+    EXPECT_EQ(comment(), QStringLiteral("001/003 saved. The next picture is saved in 0min02sec."));
+    // With TAVIX_SCREENSHOT=name the running series is saved as name-running.png.
+    if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+        w->grab().save(file + QStringLiteral("-running.png"));
+    EXPECT_TRUE(find<QLineEdit>("txtComment(0)")->isReadOnly());
+    tickAfter(1999);
+    EXPECT_EQ(comment(), QStringLiteral("001/003 saved. The next picture is saved in 0min01sec."));
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_002.jpg")));
+    tickAfter(1);
+    EXPECT_TRUE(QFileInfo::exists(seriesFile("cell_002.jpg")));
+    EXPECT_EQ(comment(), QStringLiteral("002/003 saved. The next picture is saved in 0min03sec."));
+    EXPECT_TRUE(prompter.messages.empty());
+
+    tickAfter(3500);
+    EXPECT_TRUE(QFileInfo::exists(seriesFile("cell_003.jpg")));
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_004.jpg")));
+    expectDoneMessage();
+    expectSeriesEnded();
+    EXPECT_EQ(comment(), QStringLiteral("my comment"));
+    EXPECT_FALSE(find<QLineEdit>("txtComment(0)")->isReadOnly());
+    for (const char* name : {"cell_001.jpg", "cell_002.jpg", "cell_003.jpg"}) {
+        QImageReader reader(seriesFile(name));
+        EXPECT_EQ(reader.format(), QByteArray("jpeg")) << name;
+        EXPECT_EQ(reader.read().size(), QSize(1280, 1024)) << name;
+    }
+}
+
+TEST_F(IntervalSaveWindow, PlayStop_StopsTheSeries)
+{
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    answerSeriesDialog(QStringLiteral("1"), QStringLiteral("0"), QStringLiteral("10"));
+    click("cmdIS_Save");
+    expectSeriesRunning();
+
+    click("cmdPlayStop");
+    expectDoneMessage();
+    expectSeriesEnded();
+    EXPECT_FALSE(w->camera().stillShown()) << "the click stopped the series and froze nothing";
+    tickAfter(60'000);
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_002.bmp")));
+}
+
+TEST_F(IntervalSaveWindow, CancelInTheSeriesDialog_StartsNothing)
+{
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    w->intervalSave().setDialogRunner([](QDialog& d) {
+        d.show();
+        QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdCancel")), Qt::LeftButton);
+        return d.result();
+    });
+    click("cmdIS_Save");
+    EXPECT_FALSE(w->intervalSave().seriesRunning());
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_001.bmp")));
+    EXPECT_TRUE(find<QPushButton>("cmdPicSave")->isEnabled());
+}
+
+TEST_F(IntervalSaveWindow, Start_DeletesOldTemporaryBitmapsOfASeries)
+{
+    const QString temp = w->data().tempBitmapPath();
+    const QString leftOver = temp.left(temp.size() - 4) + QStringLiteral("_007.bmp");
+    ASSERT_EQ(BmpFile::write(leftOver, QImage(4, 4, QImage::Format_RGB888)), 0);
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("2"));
+    click("cmdIS_Save");
+    EXPECT_FALSE(QFileInfo::exists(leftOver));
+}
+
+TEST_F(IntervalSaveWindow, UnsavedResults_AreAskedFor_AndNoKeepsThem)
+{
+    ASSERT_TRUE(w->measure().results().addResult(QStringLiteral("Distance"), 1.5, QStringLiteral("mm")) > 0);
+    ASSERT_TRUE(w->measure().results().unsaved());
+    prompter.answers.push_back(Prompter::Answer::No);
+    click("cmdIS_Save");
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(20030));
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(11032));
+    EXPECT_EQ(prompter.messages[0].buttons, Prompter::Buttons::YesNo);
+    EXPECT_EQ(prompter.messages[0].defaultAnswer, Prompter::Answer::No);
+    EXPECT_TRUE(prompter.fileRequests.empty());
+    EXPECT_TRUE(w->measure().results().hasResults());
+}
+
+TEST_F(IntervalSaveWindow, SeriesWithTwoCrosses_DrawsTheLinesAtTheirPicturePositions)
+{
+    w->data().settings.CROSSLINENUM = 2;
+    w->data().settings.CROSSLINECOLOR = 0x0000ff;  // red, red in the low byte
+    w->overlays().crossLines().applySettings();
+    QTest::mouseClick(find<QCheckBox>("chkCross"), Qt::LeftButton, {}, QPoint(8, 10));
+    CameraViewWidget* live = w->camera().cameraView();
+    for (const QPoint p : {QPoint(100, 80), QPoint(300, 250)}) {
+        QTest::mouseMove(live, p);
+        QTest::mouseClick(live, Qt::LeftButton, {}, p);
+    }
+    ASSERT_TRUE(w->overlays().crossLines().crossVisible(1));
+    const double scale = double(live->width()) / 1280;
+
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("2"));
+    click("cmdIS_Save");
+    tickAfter(3000);
+    expectSeriesEnded();
+    for (const char* name : {"cell_001.bmp", "cell_002.bmp"}) {
+        QImage saved;
+        ASSERT_EQ(BmpFile::read(seriesFile(name), saved), 0) << name;
+        for (const QPoint p : {QPoint(100, 80), QPoint(300, 250)}) {
+            const int x = int(p.x() / scale);
+            const int y = int(p.y() / scale);
+            EXPECT_EQ(saved.pixel(x, 3), qRgb(255, 0, 0)) << name << " vertical line at " << x;
+            EXPECT_EQ(saved.pixel(5, y), qRgb(255, 0, 0)) << name << " horizontal line at " << y;
+        }
+    }
+    const QString temp = w->data().tempBitmapPath();
+    EXPECT_FALSE(QFileInfo::exists(temp.left(temp.size() - 4) + QStringLiteral("_001.bmp")));
+}
+
+TEST_F(IntervalSaveWindow, CameraFailure_IsReported_ClosesTheCamera_AndEndsTheSeries)
+{
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("5"));
+    click("cmdIS_Save");
+    sim->failCall(QStringLiteral("SaveToFile"), -8);
+    tickAfter(3000);
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(30012));
+    EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
+    EXPECT_NE(sim->IsOpen(0), 0) << "the camera is closed";
+    expectSeriesEnded();
+}
+
+// --- quick save ---
+
+TEST_F(IntervalSaveWindow, QuickSave_After0005_Writes0006)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("quick"));
+    dir.write(QStringLiteral("quick/0005.jpg"), "old");
+    click("cmdIS_Save");
+    QImageReader reader(dir.file(QStringLiteral("quick/0006.jpg")));
+    EXPECT_EQ(reader.format(), QByteArray("jpeg"));
+    EXPECT_EQ(reader.read().size(), QSize(1280, 1024));
+    EXPECT_EQ(dir.read(QStringLiteral("quick/0005.jpg")), QByteArray("old"));
+    EXPECT_FALSE(dir.exists(QStringLiteral("quick/0001.jpg")));
+    EXPECT_TRUE(prompter.messages.empty());
+    EXPECT_TRUE(prompter.fileRequests.empty());
+    click("cmdIS_Save");
+    EXPECT_TRUE(dir.exists(QStringLiteral("quick/0007.jpg")));
+}
+
+TEST_F(IntervalSaveWindow, QuickSave_IntoAnEmptyFolder_Writes0001)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH =
+        QStringLiteral("  ") + dir.file(QStringLiteral("quick")) + QStringLiteral(" ");
+    click("cmdIS_Save");
+    EXPECT_TRUE(dir.exists(QStringLiteral("quick/0001.jpg")));
+}
+
+TEST_F(IntervalSaveWindow, QuickSave_With9999_IsRefused)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("quick"));
+    dir.write(QStringLiteral("quick/9999.jpg"), "old");
+    click("cmdIS_Save");
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30026));
+    EXPECT_EQ(QDir(dir.file(QStringLiteral("quick"))).entryList(QDir::Files), QStringList{"9999.jpg"});
+}
+
+TEST_F(IntervalSaveWindow, QuickSave_WithoutItsFolder_AsksForOne)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("missing"));
+    const QString chosen = dir.file(QStringLiteral("quick"));
+    QString dialogName;
+    w->intervalSave().setDialogRunner([&](QDialog& d) {
+        dialogName = d.objectName();
+        d.show();
+        auto* path = d.findChild<QLineEdit*>(QStringLiteral("txtSavePath"));
+        path->selectAll();
+        QTest::keyClicks(path, chosen);
+        QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+        return d.result();
+    });
+    click("cmdIS_Save");
+    ASSERT_FALSE(prompter.messages.empty());
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30025));
+    EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Exclamation);
+    EXPECT_EQ(dialogName, QStringLiteral("frmSaveSetting"));
+    EXPECT_EQ(w->data().settings.IS_SAVEPATH, chosen);
+    EXPECT_TRUE(dir.exists(QStringLiteral("quick/0001.jpg")));
+}
+
+TEST_F(IntervalSaveWindow, QuickSave_WithoutItsFolder_CancelSavesNothing)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("missing"));
+    w->intervalSave().setDialogRunner([](QDialog& d) {
+        d.show();
+        QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdCancel")), Qt::LeftButton);
+        return d.result();
+    });
+    click("cmdIS_Save");
+    EXPECT_EQ(prompter.messages.size(), 1u);
+    EXPECT_FALSE(dir.exists(QStringLiteral("missing")));
+    EXPECT_TRUE(QDir(dir.file(QStringLiteral("quick"))).entryList(QDir::Files).isEmpty());
+}
+
+TEST_F(IntervalSaveWindow, QuickSave_WhileAStillIsShown_SavesThatStill)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("quick"));
+    click("cmdPlayStop");
+    ASSERT_TRUE(w->camera().stillShown());
+    const QImage still = w->camera().still();
+    sim->setRecordCalls(true);
+    click("cmdIS_Save");
+    EXPECT_FALSE(sim->calls().join(QLatin1Char(' ')).contains(QStringLiteral("SaveToFile")))
+        << "no camera write";
+    const QImage saved = QImageReader(dir.file(QStringLiteral("quick/0001.jpg"))).read();
+    ASSERT_EQ(saved.size(), still.size());
+    // The frozen picture, not a later one: the simulated scene moves.
+    long long difference = 0;
+    for (int y = 0; y < still.height(); y += 16)
+        for (int x = 0; x < still.width(); x += 16)
+            difference += std::abs(qGray(saved.pixel(x, y)) - qGray(still.pixel(x, y)));
+    EXPECT_LT(difference / ((still.width() / 16) * (still.height() / 16)), 4);
+    EXPECT_TRUE(w->camera().stillShown());
+}
