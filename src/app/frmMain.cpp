@@ -16,6 +16,7 @@
 #include "common/RunError.h"
 #include "common/Twips.h"
 #include "files/ui/PicturePanel.h"
+#include "files/ui/RecordingPanel.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
@@ -162,6 +163,7 @@ bool frmMain::Form_Load()
         connectMeasuring();
         connectOverlays();
         connectPictures();
+        connectRecording();
         placeRunTimeControls();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
@@ -267,10 +269,24 @@ void frmMain::connectPictures()
         cboScale_->setCurrentIndex(cboScale_->findText(QStringLiteral("x 1.0")));
         cboScale_Click();
     };
+    parts.record = [this](const QString& fileName) { recording_->record(fileName); };
     pictures_ = std::make_unique<PicturePanel>(data_, prompter_, *camera_, *session_, measure_->results(),
                                                *guidance_, parts);
     pictures_->applySettings();
     pictures_->measureSave()->setEnabled(camera_->stillShown());
+}
+
+void frmMain::connectRecording()
+{
+    RecordingPanel::Parts parts;
+    parts.playStop = cmdPlayStop_;
+    parts.setCommandAreasEnabled = [this](bool on) {
+        setCommandAreaEnabled(picViewCommandArea_, on);
+        // The measuring tools only ever work on a still.
+        setCommandAreaEnabled(picMeasureCommandArea_, on && camera_->stillShown());
+    };
+    recording_ = std::make_unique<RecordingPanel>(data_, prompter_, *camera_, *messageLine_,
+                                                  measure_->results(), parts);
 }
 
 double frmMain::shownMagnification() const

@@ -23,6 +23,7 @@ class MeasurePanel;
 class MeasureSession;
 class OverlayPanel;
 class PicturePanel;
+class RecordingPanel;
 class Prompter;
 
 // The program's main window: start-up, layout, close and exit. Controllers of
@@ -47,6 +48,7 @@ public:
     MeasureSession& measuring() { return *session_; }
     OverlayPanel& overlays() { return *overlays_; }
     PicturePanel& pictures() { return *pictures_; }
+    RecordingPanel& recording() { return *recording_; }
     Guidance& guidance() { return *guidance_; }
     MessageLine& messageLine() { return *messageLine_; }
 
@@ -87,6 +89,7 @@ private:
     void connectMeasuring();
     void connectOverlays();
     void connectPictures();
+    void connectRecording();
     double shownMagnification() const;
     QRect shownPictureBox() const;
 
@@ -99,6 +102,7 @@ private:
     std::unique_ptr<MeasurePanel> measure_;
     std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<PicturePanel> pictures_;
+    std::unique_ptr<RecordingPanel> recording_;
     std::unique_ptr<Guidance> guidance_;
     std::unique_ptr<MessageLine> messageLine_;
     bool confirmOnClose_ = true;

@@ -201,6 +201,9 @@ void CameraPanel::tmrLiveIcon_Timer()
 {
     runGuarded(data_.log, QStringLiteral("frmMain:tmrLiveIcon_Timer"), [this] {
         FaultPoint::pass("tmrLiveIcon_Timer");
+        // Armed, the button shows the record picture until it is clicked.
+        if (runState_ == kRecordingArmed)
+            return;
         // The live light blinks while the picture is live.
         if (stillShown_) {
             w_.playStop->setIcon(Icons::still());
