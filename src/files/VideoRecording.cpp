@@ -47,7 +47,7 @@ qint16 VideoRecording::parseLength(const QString& text, qint16 longest)
 
 VideoRecording::VideoRecording(const Settings& settings, const MessageTable& messages, const ErrorLog& log,
                                Prompter& prompter, CameraSession& camera, MessageLine& line,
-                               const ResultTableState& results, Window window, FreeSpace freeSpace)
+                               const ResultTableState& results, Window window)
     : settings_(settings),
       messages_(messages),
       log_(log),
@@ -55,8 +55,7 @@ VideoRecording::VideoRecording(const Settings& settings, const MessageTable& mes
       camera_(camera),
       line_(line),
       results_(results),
-      window_(std::move(window)),
-      freeSpace_(std::move(freeSpace))
+      window_(std::move(window))
 {
 }
 

@@ -62,7 +62,7 @@ public:
 
     VideoRecording(const Settings& settings, const MessageTable& messages, const ErrorLog& log,
                    Prompter& prompter, CameraSession& camera, MessageLine& line,
-                   const ResultTableState& results, Window window, FreeSpace freeSpace = systemFreeSpace);
+                   const ResultTableState& results, Window window);
 
     // The picture-save dialog chose a name ending in "AVI".
     void begin(const QString& fileName);
@@ -71,6 +71,7 @@ public:
     // One tmrRec tick.
     void tmrRec_Timer();
 
+    void setFreeSpace(FreeSpace freeSpace) { freeSpace_ = std::move(freeSpace); }
     qint16 recordLength() const { return recordLength_; }
     const QString& fileName() const { return fileName_; }
 
@@ -89,7 +90,7 @@ private:
     MessageLine& line_;
     const ResultTableState& results_;
     Window window_;
-    FreeSpace freeSpace_;
+    FreeSpace freeSpace_ = systemFreeSpace;
     QString fileName_;
     qint16 recordLength_ = 0;
 };

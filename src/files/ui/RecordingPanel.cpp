@@ -11,8 +11,7 @@
 namespace tavix {
 
 RecordingPanel::RecordingPanel(AppData& data, Prompter& prompter, CameraPanel& camera, MessageLine& line,
-                               const ResultTableState& results, const Parts& parts,
-                               VideoRecording::FreeSpace freeSpace, QObject* parent)
+                               const ResultTableState& results, const Parts& parts, QObject* parent)
     : QObject(parent), data_(data), prompter_(prompter), parts_(parts), runDialog_([](QDialog& d) {
           return d.exec();
       })
@@ -50,8 +49,7 @@ RecordingPanel::RecordingPanel(AppData& data, Prompter& prompter, CameraPanel& c
             tmrRec_.stop();
     };
     recording_ = std::make_unique<VideoRecording>(data_.settings, data_.messages, data_.log, prompter_,
-                                                  camera.session(), line, results, std::move(window),
-                                                  std::move(freeSpace));
+                                                  camera.session(), line, results, std::move(window));
     connect(&camera, &CameraPanel::playStopClicked, this, [this](qint16 state) {
         runGuarded(data_.log, QStringLiteral("frmMain:cmdPlayStop_Click"),
                    [this, state] { recording_->playStopClicked(state); });

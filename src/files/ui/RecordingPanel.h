@@ -32,9 +32,7 @@ public:
     };
 
     RecordingPanel(AppData& data, Prompter& prompter, CameraPanel& camera, MessageLine& line,
-                   const ResultTableState& results, const Parts& parts,
-                   VideoRecording::FreeSpace freeSpace = VideoRecording::systemFreeSpace,
-                   QObject* parent = nullptr);
+                   const ResultTableState& results, const Parts& parts, QObject* parent = nullptr);
 
     void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
 
