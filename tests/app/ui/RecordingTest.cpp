@@ -30,6 +30,19 @@ using test::AviProbe;
 
 constexpr qint64 kGigabyte = 1073741824;
 
+// Reports frames dropped on top of what its recorder counts.
+class DroppingCamera : public SimCamera {
+public:
+    using SimCamera::SimCamera;
+    std::int64_t extraDropped = 0;
+    bool recordingStats(int cam, RecordingStats& stats) override
+    {
+        const bool known = SimCamera::recordingStats(cam, stats);
+        stats.framesDropped += extraDropped;
+        return known;
+    }
+};
+
 // The main window on the live picture of the simulated camera, with the save
 // dialog, the length dialog and the free disk space scripted.
 class Recording : public ::testing::Test {
@@ -43,7 +56,7 @@ protected:
         options.noise = false;
         auto factory = [this, options, simClock](AppData& data) {
             data.settings.DEFAULTRESOLUTION = 1;
-            auto camera = std::make_unique<SimCamera>(options, simClock);
+            auto camera = std::make_unique<DroppingCamera>(options, simClock);
             sim = camera.get();
             return std::unique_ptr<CameraDriver>(std::move(camera));
         };
@@ -114,7 +127,7 @@ protected:
     test::ScriptedPrompter prompter;
     SystemClock clock;
     std::unique_ptr<frmMain> w;
-    SimCamera* sim = nullptr;
+    DroppingCamera* sim = nullptr;
     qint64 freeBytes = 100 * kGigabyte;
     QString typed;  // null: the length dialog is cancelled
     int dialogs = 0;
@@ -261,6 +274,43 @@ TEST_F(Recording, CameraStillWriting_AfterTheCountdown_LeavesTheLineBlankAndTheB
     w->recording().tmrRec_Timer();
     EXPECT_TRUE(shown(VideoRecording::kMsgEnded));
     EXPECT_TRUE(playStop()->isEnabled());
+}
+
+TEST_F(Recording, DroppedFrames_AreCountedOnTheMessageLine_AndInTheLog)
+{
+    ManualClock simClock;
+    SimCamera::Options options;
+    options.threaded = false;
+    start(options, &simClock);
+    typed = QStringLiteral("1");
+    saveAs(QStringLiteral("drops.avi"));
+    clickPlayStop();
+    EXPECT_EQ(line(), message(VideoRecording::kMsgCountdown, 1));  // none dropped yet
+    w->recording().tmrRec().stop();
+    sim->extraDropped = 7;
+    w->recording().tmrRec_Timer();
+    EXPECT_EQ(line(), message(VideoRecording::kMsgCountdown, 0) + QLatin1Char(' ') +
+                          message(VideoRecording::kMsgDropped, 7));
+
+    RecordingStats stats;
+    for (int i = 0; i < 200 && !stats.finished; ++i) {
+        sim->produceFrame();
+        simClock.advance(12);
+        sim->recordingStats(0, stats);
+    }
+    ASSERT_TRUE(waitFor(
+        [&] {
+            sim->recordingStats(0, stats);
+            return stats.finished;
+        },
+        10000));
+    w->recording().tmrRec_Timer();
+    EXPECT_EQ(line(), message(VideoRecording::kMsgDropped, 7));
+    const QString path = dir.file(QStringLiteral("drops.avi"));
+    EXPECT_TRUE(log().contains(QStringLiteral("Recorded %1: 1.0 s, %2 frames written, 7 dropped")
+                                   .arg(path)
+                                   .arg(stats.framesWritten)))
+        << log().toStdString();
 }
 
 TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds)
