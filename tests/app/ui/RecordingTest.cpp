@@ -115,6 +115,23 @@ protected:
         return done();
     }
 
+    // An unthreaded camera makes frames, 12 ms apart, until its recording is
+    // complete; the file is then closed on the recorder's thread.
+    bool deliverUntilWritten(ManualClock& simClock, RecordingStats& stats)
+    {
+        for (int i = 0; i < 200 && !stats.finished; ++i) {
+            sim->produceFrame();
+            simClock.advance(12);
+            sim->recordingStats(0, stats);
+        }
+        return waitFor(
+            [&] {
+                sim->recordingStats(0, stats);
+                return stats.finished;
+            },
+            10000);
+    }
+
     bool shown(int id)
     {
         for (const auto& m : prompter.messages)
@@ -260,17 +277,7 @@ TEST_F(Recording, CameraStillWriting_AfterTheCountdown_LeavesTheLineBlankAndTheB
 
     // The camera delivers the second and finishes the file.
     RecordingStats stats;
-    for (int i = 0; i < 200 && !stats.finished; ++i) {
-        sim->produceFrame();
-        simClock.advance(12);
-        sim->recordingStats(0, stats);
-    }
-    ASSERT_TRUE(waitFor(
-        [&] {
-            sim->recordingStats(0, stats);
-            return stats.finished;
-        },
-        10000));
+    ASSERT_TRUE(deliverUntilWritten(simClock, stats));
     w->recording().tmrRec_Timer();
     EXPECT_TRUE(shown(VideoRecording::kMsgEnded));
     EXPECT_TRUE(playStop()->isEnabled());
@@ -293,17 +300,7 @@ TEST_F(Recording, DroppedFrames_AreCountedOnTheMessageLine_AndInTheLog)
                           message(VideoRecording::kMsgDropped, 7));
 
     RecordingStats stats;
-    for (int i = 0; i < 200 && !stats.finished; ++i) {
-        sim->produceFrame();
-        simClock.advance(12);
-        sim->recordingStats(0, stats);
-    }
-    ASSERT_TRUE(waitFor(
-        [&] {
-            sim->recordingStats(0, stats);
-            return stats.finished;
-        },
-        10000));
+    ASSERT_TRUE(deliverUntilWritten(simClock, stats));
     w->recording().tmrRec_Timer();
     EXPECT_EQ(line(), message(VideoRecording::kMsgDropped, 7));
     const QString path = dir.file(QStringLiteral("drops.avi"));
