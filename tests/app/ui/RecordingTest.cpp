@@ -30,15 +30,19 @@ using test::AviProbe;
 
 constexpr qint64 kGigabyte = 1073741824;
 
-// Reports frames dropped on top of what its recorder counts.
-class DroppingCamera : public SimCamera {
+// Reports frames dropped on top of what its recorder counts, and a failure
+// when told to.
+class ScriptedStatsCamera : public SimCamera {
 public:
     using SimCamera::SimCamera;
     std::int64_t extraDropped = 0;
+    QString failure;
     bool recordingStats(int cam, RecordingStats& stats) override
     {
         const bool known = SimCamera::recordingStats(cam, stats);
         stats.framesDropped += extraDropped;
+        if (stats.finished && !failure.isEmpty())
+            stats.failure = failure;
         return known;
     }
 };
@@ -56,7 +60,7 @@ protected:
         options.noise = false;
         auto factory = [this, options, simClock](AppData& data) {
             data.settings.DEFAULTRESOLUTION = 1;
-            auto camera = std::make_unique<DroppingCamera>(options, simClock);
+            auto camera = std::make_unique<ScriptedStatsCamera>(options, simClock);
             sim = camera.get();
             return std::unique_ptr<CameraDriver>(std::move(camera));
         };
@@ -144,7 +148,7 @@ protected:
     test::ScriptedPrompter prompter;
     SystemClock clock;
     std::unique_ptr<frmMain> w;
-    DroppingCamera* sim = nullptr;
+    ScriptedStatsCamera* sim = nullptr;
     qint64 freeBytes = 100 * kGigabyte;
     QString typed;  // null: the length dialog is cancelled
     int dialogs = 0;
@@ -308,6 +312,30 @@ TEST_F(Recording, DroppedFrames_AreCountedOnTheMessageLine_AndInTheLog)
                                    .arg(path)
                                    .arg(stats.framesWritten)))
         << log().toStdString();
+}
+
+TEST_F(Recording, AFileThatFailedMidway_SaysWhyOnTheMessageLineAndInTheLog)
+{
+    ManualClock simClock;
+    SimCamera::Options options;
+    options.threaded = false;
+    start(options, &simClock);
+    typed = QStringLiteral("1");
+    saveAs(QStringLiteral("full.avi"));
+    clickPlayStop();
+    w->recording().tmrRec().stop();
+    sim->failure = QStringLiteral("No space left on device");
+    RecordingStats stats;
+    ASSERT_TRUE(deliverUntilWritten(simClock, stats));
+    w->recording().tmrRec_Timer();
+    EXPECT_EQ(line(), message(VideoRecording::kMsgStoppedEarly, sim->failure));
+    EXPECT_TRUE(log().contains(QStringLiteral("Recording stopped early: %1: No space left on device (")
+                                   .arg(dir.file(QStringLiteral("full.avi")))))
+        << log().toStdString();
+    EXPECT_TRUE(shown(VideoRecording::kMsgEnded));
+    clickPlayStop();  // back to normal work
+    EXPECT_EQ(w->camera().runState(), CameraPanel::kNormal);
+    EXPECT_TRUE(line().isEmpty());
 }
 
 TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds)
