@@ -2,39 +2,40 @@
 
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>
-#include <gst/video/video.h>
+#include <pthread.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <vector>
+#include "files/JpegWriter.h"
 
 namespace tavix {
 
 namespace {
 
-// Enough for the encoder to work on one frame while the next ones arrive;
-// more would only hide an encoder that is too slow.
-constexpr guint kPoolFrames = 4;
+// Frames waiting for the encoder: enough for it to work on one while the next
+// ones arrive; more would only hide an encoder that is too slow.
+constexpr int kSlots = 3;
+// Encoded frames the muxer and the disk may fall behind by before frames are dropped.
+constexpr guint64 kMaxQueuedBytes = 64u * 1024 * 1024;
 
-const char* gstFormat(QImage::Format format)
+bool encodable(QImage::Format format)
 {
     switch (format) {
         case QImage::Format_RGB888:
-            return "RGB";
         case QImage::Format_BGR888:
-            return "BGR";
         case QImage::Format_RGB32:
         case QImage::Format_ARGB32:
-            return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "BGRx" : "xRGB";
         case QImage::Format_RGBX8888:
         case QImage::Format_RGBA8888:
-            return "RGBx";
         case QImage::Format_Grayscale8:
-            return "GRAY8";
+            return true;
         default:
-            return nullptr;
+            return false;
     }
 }
 
@@ -61,20 +62,18 @@ bool initGst(QString* error)
 
 }  // namespace
 
+struct AviRecorder::Slot {
+    std::vector<uchar> pixels;
+    std::int64_t pts = 0;
+};
+
 struct AviRecorder::Pipeline {
     GstElement* pipeline = nullptr;
     GstElement* source = nullptr;
     GstElement* rate = nullptr;
-    GstBufferPool* pool = nullptr;
-    GstVideoInfo info{};
-    bool segmentSent = false;
 
     ~Pipeline()
     {
-        if (pool) {
-            gst_buffer_pool_set_active(pool, FALSE);
-            gst_object_unref(pool);
-        }
         if (source)
             gst_object_unref(source);
         if (rate)
@@ -116,22 +115,25 @@ bool AviRecorder::start(const QString& path, const Format& format, int seconds, 
     };
     if (!initGst(error))
         return false;
-    const char* pixels = gstFormat(format.pixels);
-    if (!pixels || format.size.isEmpty() || format.fps <= 0 || seconds <= 0)
+    if (!encodable(format.pixels) || format.size.isEmpty() || format.fps <= 0 || seconds <= 0)
         return fail(QStringLiteral("unsupported frame format"));
 
     std::lock_guard lock(mutex_);
     if (busy_)
         return fail(QStringLiteral("a recording is running"));
+    // The previous recording's threads have ended.
     if (watcher_.joinable())
-        watcher_.join();  // the previous recording's watcher has ended
+        watcher_.join();
+    if (encoder_.joinable())
+        encoder_.join();
 
     auto p = std::make_unique<Pipeline>();
     GError* err = nullptr;
-    // videorate after the encoder: a repeated frame costs no second encoding.
+    // Frames come encoded (libjpeg-turbo on our own thread); videorate repeats
+    // one where the camera left a gap, which costs no second encoding.
     p->pipeline = gst_parse_launch(
-        "appsrc name=src format=time is-live=true ! jpegenc name=enc ! videorate "
-        "name=rate ! avimux bigfile=true ! filesink name=sink",
+        "appsrc name=src format=time is-live=true ! videorate name=rate ! avimux bigfile=true ! "
+        "filesink name=sink",
         &err);
     if (!p->pipeline) {
         const QString why = err ? QString::fromUtf8(err->message) : QStringLiteral("no pipeline");
@@ -145,31 +147,20 @@ bool AviRecorder::start(const QString& path, const Format& format, int seconds, 
     gint num = 0;
     gint den = 1;
     gst_util_double_to_fraction(format.fps, &num, &den);
-    GstCaps* caps = gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, pixels, "width", G_TYPE_INT,
-                                        format.size.width(), "height", G_TYPE_INT, format.size.height(),
-                                        "framerate", GST_TYPE_FRACTION, num, den, nullptr);
-    gst_video_info_from_caps(&p->info, caps);
+    GstCaps* caps =
+        gst_caps_new_simple("image/jpeg", "width", G_TYPE_INT, format.size.width(), "height", G_TYPE_INT,
+                            format.size.height(), "framerate", GST_TYPE_FRACTION, num, den, nullptr);
     p->source = gst_bin_get_by_name(GST_BIN(p->pipeline), "src");
     p->rate = gst_bin_get_by_name(GST_BIN(p->pipeline), "rate");
-    g_object_set(p->source, "caps", caps, "handle-segment-change", TRUE, nullptr);
+    g_object_set(p->source, "caps", caps, "handle-segment-change", TRUE, "max-bytes", kMaxQueuedBytes,
+                 nullptr);
+    gst_caps_unref(caps);
     // Up to a whole recording of repeats closes the file at its length.
     g_object_set(p->rate, "max-closing-segment-duplication-duration",
                  static_cast<guint64>(seconds) * GST_SECOND, nullptr);
-    GstElement* enc = gst_bin_get_by_name(GST_BIN(p->pipeline), "enc");
-    g_object_set(enc, "quality", std::clamp(format.quality, 1, 100), nullptr);
-    gst_object_unref(enc);
     GstElement* sink = gst_bin_get_by_name(GST_BIN(p->pipeline), "sink");
     g_object_set(sink, "location", QFile::encodeName(partName(path)).constData(), nullptr);
     gst_object_unref(sink);
-
-    p->pool = gst_buffer_pool_new();
-    GstStructure* config = gst_buffer_pool_get_config(p->pool);
-    gst_buffer_pool_config_set_params(config, caps, static_cast<guint>(p->info.size), kPoolFrames,
-                                      kPoolFrames);
-    gst_buffer_pool_set_config(p->pool, config);
-    gst_caps_unref(caps);
-    if (!gst_buffer_pool_set_active(p->pool, TRUE))
-        return fail(QStringLiteral("no memory for the frame buffers"));
 
     QFile::remove(partName(path));
     if (gst_element_set_state(p->pipeline, GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
@@ -191,93 +182,133 @@ bool AviRecorder::start(const QString& path, const Format& format, int seconds, 
     }
 
     pipeline_ = std::move(p);
+    format_ = format;
+    format_.quality = std::clamp(format.quality, 1, 100);
+    stride_ = (static_cast<qsizetype>(format.size.width()) *
+                   (QImage::toPixelFormat(format.pixels).bitsPerPixel() / 8) +
+               3) &
+              ~qsizetype(3);
+    const size_t bytes = static_cast<size_t>(stride_) * static_cast<size_t>(format.size.height());
+    slots_.resize(kSlots);
+    free_.clear();
+    filled_.clear();
+    for (int i = 0; i < kSlots; ++i) {
+        slots_[static_cast<size_t>(i)].pixels.resize(bytes);  // kept between recordings of one size
+        free_.push_back(i);
+    }
     stats_ = RecordingStats{};
     stats_.path = path;
     busy_ = true;
     accepting_ = true;
+    closing_ = false;
+    cutShort_ = false;
     firstNs_ = -1;
     lengthNs_ = static_cast<std::int64_t>(seconds) * GST_SECOND;
     frameNs_ = static_cast<std::int64_t>(
         gst_util_uint64_scale(GST_SECOND, static_cast<guint64>(den), static_cast<guint64>(num)));
     watcher_ = std::thread([this] { watchBus(); });
+    encoder_ = std::thread([this] { encode(); });
     return true;
 }
 
 void AviRecorder::addFrame(const FrameView& frame)
 {
-    GstElement* source = nullptr;
-    GstBufferPool* pool = nullptr;
-    qsizetype stride = 0;
-    std::int64_t pts = 0;
-    bool first = false;
-    std::int64_t lengthNs = 0;
+    int slot = -1;
     {
         std::lock_guard lock(mutex_);
         if (!accepting_)
             return;
-        const GstVideoInfo* info = &pipeline_->info;
-        if (frame.width != GST_VIDEO_INFO_WIDTH(info) || frame.height != GST_VIDEO_INFO_HEIGHT(info) ||
-            gstFormat(frame.format) == nullptr ||
-            std::strcmp(gstFormat(frame.format), GST_VIDEO_INFO_NAME(info)) != 0)
+        if (frame.width != format_.size.width() || frame.height != format_.size.height() ||
+            frame.format != format_.pixels)
             return;
         const std::int64_t at = frame.captureNs >= 0 ? frame.captureNs : steadyNs();
         if (firstNs_ < 0)
             firstNs_ = at;
-        pts = std::max<std::int64_t>(at - firstNs_, 0);
+        const std::int64_t pts = std::max<std::int64_t>(at - firstNs_, 0);
         if (pts >= lengthNs_) {
-            // The length is reached: the last frame is repeated up to it (the
-            // segment's end), then the file gets its end and is closed.
+            // The length is reached: the encoder finishes what it holds and
+            // the last frame is repeated up to the length.
             accepting_ = false;
-            gst_app_src_end_of_stream(GST_APP_SRC(pipeline_->source));
+            closing_ = true;
+            work_.notify_all();
             return;
         }
-        first = !pipeline_->segmentSent;
-        pipeline_->segmentSent = true;
-        stride = GST_VIDEO_INFO_PLANE_STRIDE(info, 0);
-        lengthNs = lengthNs_;
-        source = GST_ELEMENT(gst_object_ref(pipeline_->source));
-        pool = GST_BUFFER_POOL(gst_object_ref(pipeline_->pool));
+        if (free_.empty()) {
+            // The encoder is still busy with the frames before: this one cannot be kept.
+            ++stats_.framesDropped;
+            return;
+        }
+        slot = free_.front();
+        free_.pop_front();
+        slots_[static_cast<size_t>(slot)].pts = pts;
     }
+    // The slot is this thread's until it is queued.
+    uchar* to = slots_[static_cast<size_t>(slot)].pixels.data();
+    const qsizetype row = std::min(stride_, frame.bytesPerLine);
+    for (int y = 0; y < frame.height; ++y)
+        std::memcpy(to + y * stride_, frame.bits + y * frame.bytesPerLine, static_cast<size_t>(row));
+    std::lock_guard lock(mutex_);
+    filled_.push_back(slot);
+    work_.notify_all();
+}
 
-    GstBuffer* buffer = nullptr;
-    GstBufferPoolAcquireParams params{};
-    params.flags = GST_BUFFER_POOL_ACQUIRE_FLAG_DONTWAIT;
-    const GstFlowReturn got = gst_buffer_pool_acquire_buffer(pool, &buffer, &params);
-    gst_object_unref(pool);
-    if (got != GST_FLOW_OK) {
-        gst_object_unref(source);
-        // EOS: every buffer is still with the encoder, so this frame cannot be
-        // kept. Anything else: the recording has just been closed.
-        if (got == GST_FLOW_EOS) {
+void AviRecorder::encode()
+{
+    pthread_setname_np(pthread_self(), "avi-encoder");  // for profilers and the benchmark
+    QByteArray jpeg;
+    bool first = true;
+    for (;;) {
+        int slot = -1;
+        GstElement* source = nullptr;
+        {
+            std::unique_lock lock(mutex_);
+            work_.wait(lock, [this] { return !filled_.empty() || closing_; });
+            if (filled_.empty()) {
+                // Everything taken is encoded: the file gets its end.
+                if (cutShort_)
+                    g_object_set(pipeline_->rate, "max-closing-segment-duplication-duration", guint64(0),
+                                 nullptr);
+                gst_app_src_end_of_stream(GST_APP_SRC(pipeline_->source));
+                return;
+            }
+            slot = filled_.front();
+            filled_.pop_front();
+            source = pipeline_->source;
+        }
+        Slot& s = slots_[static_cast<size_t>(slot)];
+        const QImage picture(s.pixels.data(), format_.size.width(), format_.size.height(), stride_,
+                             format_.pixels);
+        const bool encoded = JpegWriter::encode(picture, format_.quality, jpeg) == JpegWriter::kOk;
+        const std::int64_t pts = s.pts;
+        {
+            std::lock_guard lock(mutex_);
+            free_.push_back(slot);
+        }
+        if (!encoded || gst_app_src_get_current_level_bytes(GST_APP_SRC(source)) > kMaxQueuedBytes) {
+            // The file cannot take it (a slow disk) or the encoder failed: the frame is lost.
             std::lock_guard lock(mutex_);
             ++stats_.framesDropped;
+            continue;
         }
-        return;
+        GstBuffer* buffer = gst_buffer_new_memdup(jpeg.constData(), static_cast<gsize>(jpeg.size()));
+        GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(pts);
+        GST_BUFFER_DURATION(buffer) = static_cast<GstClockTime>(frameNs_);
+        // A stream that failed refuses the buffer; the watcher then ends the recording.
+        if (first) {
+            // The segment ends at the length, so the file is filled up to it
+            // even when the camera's last frame came early.
+            GstSegment segment;
+            gst_segment_init(&segment, GST_FORMAT_TIME);
+            segment.stop = static_cast<guint64>(lengthNs_);
+            GstSample* sample = gst_sample_new(buffer, nullptr, &segment, nullptr);
+            gst_app_src_push_sample(GST_APP_SRC(source), sample);
+            gst_sample_unref(sample);
+            gst_buffer_unref(buffer);
+            first = false;
+        } else {
+            gst_app_src_push_buffer(GST_APP_SRC(source), buffer);
+        }
     }
-    GstMapInfo map;
-    if (gst_buffer_map(buffer, &map, GST_MAP_WRITE)) {
-        const qsizetype row = std::min<qsizetype>(stride, frame.bytesPerLine);
-        for (int y = 0; y < frame.height; ++y)
-            std::memcpy(map.data + y * stride, frame.bits + y * frame.bytesPerLine, static_cast<size_t>(row));
-        gst_buffer_unmap(buffer, &map);
-    }
-    GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(pts);
-    GST_BUFFER_DURATION(buffer) = static_cast<GstClockTime>(frameNs_);
-    // The source takes the buffer; a stream that failed refuses it and the watcher ends the recording.
-    if (first) {
-        // The segment ends at the length, so the file is filled up to it even
-        // when the camera's last frame came early.
-        GstSegment segment;
-        gst_segment_init(&segment, GST_FORMAT_TIME);
-        segment.stop = static_cast<guint64>(lengthNs);
-        GstSample* sample = gst_sample_new(buffer, nullptr, &segment, nullptr);
-        gst_app_src_push_sample(GST_APP_SRC(source), sample);
-        gst_sample_unref(sample);
-        gst_buffer_unref(buffer);
-    } else {
-        gst_app_src_push_buffer(GST_APP_SRC(source), buffer);
-    }
-    gst_object_unref(source);
 }
 
 void AviRecorder::stop()
@@ -286,9 +317,10 @@ void AviRecorder::stop()
     if (!accepting_)
         return;
     accepting_ = false;
+    closing_ = true;
     // Stopped early, the file ends with its last frame, not filled to the length.
-    g_object_set(pipeline_->rate, "max-closing-segment-duplication-duration", guint64(0), nullptr);
-    gst_app_src_end_of_stream(GST_APP_SRC(pipeline_->source));
+    cutShort_ = true;
+    work_.notify_all();
 }
 
 void AviRecorder::watchBus()
@@ -316,11 +348,20 @@ void AviRecorder::watchBus()
 
 void AviRecorder::finish(const QString& failure)
 {
+    {
+        // After a failure the encoder may still hold frames: it lets them go.
+        std::lock_guard lock(mutex_);
+        accepting_ = false;
+        closing_ = true;
+        filled_.clear();
+        work_.notify_all();
+    }
+    if (encoder_.joinable())
+        encoder_.join();
     std::unique_ptr<Pipeline> done;
     QString path;
     {
         std::lock_guard lock(mutex_);
-        accepting_ = false;
         stats_.framesWritten = pipeline_->framesOut();
         stats_.seconds = secondsOf(stats_.framesWritten);
         done = std::move(pipeline_);

@@ -5,17 +5,20 @@
 #include <QSize>
 #include <QString>
 #include <condition_variable>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace tavix {
 
 // Records the frames a driver hands over to a Motion-JPEG AVI file, for every
 // driver that does not record inside the camera. Frames are copied into a
-// small pool of reused buffers and encoded on GStreamer's own thread, so the
-// camera thread never waits for the encoder; a frame that finds no free
-// buffer is counted as dropped instead of queued. The file is stamped with
+// few reused buffers and encoded (libjpeg-turbo, through JpegWriter) on the
+// recorder's own thread, so the camera thread never waits for the encoder; a
+// frame that finds no free buffer is counted as dropped instead of queued.
+// GStreamer repeats frames to a constant rate and writes the AVI. The file is stamped with
 // the frames' capture times and written at a constant rate (a late frame
 // repeats the one before), so it plays at real speed even when the camera's
 // rate varies; files over 1 GB are written as OpenDML AVI.
@@ -62,7 +65,9 @@ public:
 
 private:
     struct Pipeline;
+    struct Slot;
 
+    void encode();
     void watchBus();
     void finish(const QString& failure);
     double secondsOf(std::int64_t frames) const;
@@ -71,9 +76,18 @@ private:
     std::condition_variable finished_;
     std::unique_ptr<Pipeline> pipeline_;
     std::thread watcher_;
+    std::thread encoder_;
+    std::condition_variable work_;
+    Format format_;
+    qsizetype stride_ = 0;
+    std::vector<Slot> slots_;
+    std::deque<int> free_;    // slots the camera may fill
+    std::deque<int> filled_;  // slots waiting for the encoder, oldest first
     RecordingStats stats_;
     bool busy_ = false;
     bool accepting_ = false;
+    bool closing_ = false;   // no more frames: the encoder ends the file when it has drained
+    bool cutShort_ = false;  // stopped before the length
     std::int64_t firstNs_ = -1;
     std::int64_t lengthNs_ = 0;
     std::int64_t frameNs_ = 0;
