@@ -18,10 +18,10 @@ namespace tavix {
 // few reused buffers and encoded (libjpeg-turbo, through JpegWriter) on the
 // recorder's own thread, so the camera thread never waits for the encoder; a
 // frame that finds no free buffer is counted as dropped instead of queued.
-// GStreamer repeats frames to a constant rate and writes the AVI. The file is stamped with
-// the frames' capture times and written at a constant rate (a late frame
-// repeats the one before), so it plays at real speed even when the camera's
-// rate varies; files over 1 GB are written as OpenDML AVI.
+// GStreamer stamps the frames with their capture times and writes them at a
+// constant rate (a late frame repeats the one before), so the file plays at
+// real speed even when the camera's rate varies; files over 1 GB are written
+// as OpenDML AVI.
 //
 // The file is written under a temporary name next to the chosen one and
 // renamed when it is closed, also after a failure: what was written up to
