@@ -17,6 +17,7 @@
 #include "common/Twips.h"
 #include "files/ui/IntervalSavePanel.h"
 #include "files/ui/PicturePanel.h"
+#include "files/ui/RecordingPanel.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
@@ -170,6 +171,7 @@ bool frmMain::Form_Load()
         connectOverlays();
         connectPictures();
         connectIntervalSave();
+        connectRecording();
         placeRunTimeControls();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
@@ -276,6 +278,7 @@ void frmMain::connectPictures()
         cboScale_->setCurrentIndex(cboScale_->findText(QStringLiteral("x 1.0")));
         cboScale_Click();
     };
+    parts.record = [this](const QString& fileName) { recording_->record(fileName); };
     pictures_ = std::make_unique<PicturePanel>(data_, prompter_, *camera_, *session_, measure_->results(),
                                                *guidance_, parts);
     pictures_->applySettings();
@@ -298,16 +301,19 @@ void frmMain::connectIntervalSave()
         const QPointF p = QPointF(areaPoint - origin) / scale;
         return QPoint(qFloor(p.x()), qFloor(p.y()));
     };
-    parts.setCommandAreasEnabled = [this](bool on) {
-        setCommandAreaEnabled(picViewCommandArea_, on);
-        // The measuring tools work on a still only.
-        const bool measuring = on && camera_->stillShown();
-        setCommandAreaEnabled(picMeasureCommandArea_, measuring);
-        pictures_->measureSave()->setEnabled(measuring);
-    };
+    parts.setCommandAreasEnabled = [this](bool on) { setWorkAreasEnabled(on); };
     intervalSave_ =
         std::make_unique<IntervalSavePanel>(data_, prompter_, clock_, *camera_, measure_->results(), parts);
     intervalSave_->applySettings();
+}
+
+void frmMain::connectRecording()
+{
+    RecordingPanel::Parts parts;
+    parts.playStop = cmdPlayStop_;
+    parts.setCommandAreasEnabled = [this](bool on) { setWorkAreasEnabled(on); };
+    recording_ = std::make_unique<RecordingPanel>(data_, prompter_, *camera_, *messageLine_,
+                                                  measure_->results(), parts);
 }
 
 double frmMain::shownMagnification() const
@@ -449,6 +455,16 @@ void frmMain::applySettingsToControls()
     cboScale_->setCurrentIndex(s.DEFAULTSCALE);
     cboScale_Click();
     scaleShown_ = true;
+}
+
+void frmMain::setWorkAreasEnabled(bool on)
+{
+    setCommandAreaEnabled(picViewCommandArea_, on);
+    // The measuring tools work on a still only, and the camera settings on the live picture.
+    const bool still = camera_->stillShown();
+    setCommandAreaEnabled(picMeasureCommandArea_, on && still);
+    pictures_->measureSave()->setEnabled(on && still);
+    cmdPinProp_->setEnabled(on && !still);
 }
 
 void frmMain::setCommandAreaEnabled(QWidget* area, bool enabled)

@@ -24,6 +24,7 @@ class MeasurePanel;
 class MeasureSession;
 class OverlayPanel;
 class PicturePanel;
+class RecordingPanel;
 class Prompter;
 
 // The program's main window: start-up, layout, close and exit. Controllers of
@@ -49,6 +50,7 @@ public:
     OverlayPanel& overlays() { return *overlays_; }
     PicturePanel& pictures() { return *pictures_; }
     IntervalSavePanel& intervalSave() { return *intervalSave_; }
+    RecordingPanel& recording() { return *recording_; }
     Guidance& guidance() { return *guidance_; }
     MessageLine& messageLine() { return *messageLine_; }
 
@@ -58,6 +60,9 @@ public:
 
     // Switches every control of a command area, except those tagged "NoDisable".
     void setCommandAreaEnabled(QWidget* area, bool enabled);
+    // Both command areas off while a series or a recording runs, and back as
+    // the picture shown allows.
+    void setWorkAreasEnabled(bool on);
 
     // How many times the layout was worked out; a minimized window does none.
     int layoutPasses() const { return layoutPasses_; }
@@ -90,6 +95,7 @@ private:
     void connectOverlays();
     void connectPictures();
     void connectIntervalSave();
+    void connectRecording();
     double shownMagnification() const;
     QRect shownPictureBox() const;
 
@@ -103,6 +109,7 @@ private:
     std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<PicturePanel> pictures_;
     std::unique_ptr<IntervalSavePanel> intervalSave_;
+    std::unique_ptr<RecordingPanel> recording_;
     std::unique_ptr<Guidance> guidance_;
     std::unique_ptr<MessageLine> messageLine_;
     bool confirmOnClose_ = true;

@@ -26,6 +26,21 @@ struct FrameView {
     qsizetype bytesPerLine = 0;
     QImage::Format format = QImage::Format_RGB888;
     std::uint64_t sequence = 0;  // counts every frame the camera produced
+    // When the frame was captured, in nanoseconds from any fixed start that
+    // does not go back; negative when the driver does not know (a recorder
+    // then takes the time the frame arrives).
+    std::int64_t captureNs = -1;
+};
+
+// How a recording made by the program (not inside the camera) went: while it
+// runs and after it ended.
+struct RecordingStats {
+    QString path;                    // the AVI file
+    double seconds = 0;              // the length recorded so far
+    std::int64_t framesWritten = 0;  // frames in the file
+    std::int64_t framesDropped = 0;  // camera frames the encoder could not keep up with
+    QString failure;                 // why it stopped early; empty when it did not
+    bool finished = false;           // the file is complete and closed
 };
 
 // Receives frames from a driver's own thread.
@@ -93,6 +108,9 @@ public:
     virtual int GrabFrame(int cam, QImage& frame) { return -1; }
     // Records an AVI file of the given length; parameter 24 stays non-zero while writing.
     virtual int SaveAvi(int cam, const QString& path, int a, int seconds) = 0;
+    // The newest recording's figures, for drivers whose frames the program
+    // records itself; false when the camera records on its own or never did.
+    virtual bool recordingStats(int cam, RecordingStats& stats) { return false; }
 
     virtual int SetCamParameter(int cam, int type, std::int32_t value) = 0;
     virtual int GetCamParameter(int cam, int type, std::int32_t& value) = 0;

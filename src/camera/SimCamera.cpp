@@ -465,6 +465,9 @@ void SimCamera::stopThread()
     // Stopped from the sink, the loop ends by itself and is joined later.
     if (thread_.joinable() && thread_.get_id() != std::this_thread::get_id())
         thread_.join();
+    // No more frames: a recording ends with what it has.
+    if (recorder_)
+        recorder_->stop();
 }
 
 int SimCamera::GetGoodFrames(int cam, std::int32_t& count)
@@ -515,6 +518,7 @@ SimCamera::FrameFate SimCamera::produceFrame()
 {
     std::uint64_t sequence = 0;
     FrameSink* sink = nullptr;
+    AviRecorder* recorder = nullptr;
     {
         std::lock_guard lock(mutex_);
         if (!started_)
@@ -532,6 +536,7 @@ SimCamera::FrameFate SimCamera::produceFrame()
             return FrameFate::Broken;
         }
         sink = sink_;
+        recorder = recorder_.get();
     }
 
     FrameView view;
@@ -547,9 +552,12 @@ SimCamera::FrameFate SimCamera::produceFrame()
         view.bytesPerLine = ringStride(ringSize_[static_cast<size_t>(index)]);
         view.format = QImage::Format_RGB888;
         view.sequence = sequence;
+        view.captureNs = clock_->tickMs() * 1000000;
     }
     if (sink)
         sink->frameReady(view);
+    if (recorder)
+        recorder->addFrame(view);
     std::lock_guard lock(mutex_);
     delivering_ = -1;
     return FrameFate::Delivered;
@@ -715,7 +723,25 @@ int SimCamera::SaveAvi(int cam, const QString& path, int a, int seconds)
     std::lock_guard lock(mutex_);
     if (auto fail = enterLocked("SaveAvi", -1, cam, path, a, seconds))
         return *fail;
-    return kNotSupported;
+    if (const int s = checkOpenLocked(cam))
+        return s;
+    if (!started_)
+        return kNoFrame;
+    if (!recorder_)
+        recorder_ = std::make_unique<AviRecorder>();
+    AviRecorder::Format format;
+    format.size = modeSize(mode_);
+    format.fps = 1000.0 / framePeriodMsLocked();
+    return recorder_->start(path, format, seconds) ? 0 : kWriteFailed;
+}
+
+bool SimCamera::recordingStats(int cam, RecordingStats& stats)
+{
+    std::lock_guard lock(mutex_);
+    if (!camOk(cam) || !recorder_)
+        return false;
+    stats = recorder_->stats();
+    return true;
 }
 
 // ---- parameters ----
@@ -755,7 +781,7 @@ int SimCamera::GetCamParameter(int cam, int type, std::int32_t& value)
     else if (type == kExposure)
         value = exposureRawLocked();
     else if (type == kAviWriting)
-        value = 0;
+        value = recorder_ && recorder_->busy() ? 1 : 0;
     else
         value = params_[type].value;
     return 0;

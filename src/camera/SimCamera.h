@@ -4,6 +4,7 @@
 #include "camera/SimImagePipeline.h"
 #include "camera/SimScene.h"
 #include "common/Clock.h"
+#include "files/AviRecorder.h"
 
 #include <QByteArray>
 #include <QSize>
@@ -48,7 +49,7 @@ namespace tavix {
 //      automatic mode (off by default) that leaves the gain where it is
 //   14 colour enable 0..1, 1 (0: grey)
 //   15 clock 12..96 MHz, 48 (absent with frameRateInsteadOfClock)
-//   19 saturation 0..128, 64   24 AVI still being written: always 0, read-only
+//   19 saturation 0..128, 64   24 AVI still being written (1 while writing), read-only
 //   43 0..1, 0   106-108 red/green/blue offset -64..64, 0   109 hue -180..180, 0
 //   110 colour correction 0..1, 0   111 enable gamma 0..1, 1
 //   115 temporal noise reduction 0..1, 0   117 colour processing 0..1, 1
@@ -135,8 +136,11 @@ public:
     void SetSaveQuality(int quality) override;
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
-    // Recording is not simulated: always kNotSupported.
+    // Records the stream through AviRecorder at the mode's size and the
+    // camera's frame rate; kNoFrame when not streaming, kWriteFailed when the
+    // file cannot be started. Stopping the camera completes the file early.
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
+    bool recordingStats(int cam, RecordingStats& stats) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;
     int GetCamParameter(int cam, int type, std::int32_t& value) override;
     int GetCamParameterRange(int cam, int type, CamParamRange& range) override;
@@ -231,6 +235,9 @@ private:
     std::array<QSize, 3> ringSize_;
     std::array<std::uint64_t, 3> ringSequence_{};
     std::mt19937 rng_{2024};
+
+    // Made by the first recording and kept, so the stream can reach it without a lock.
+    std::unique_ptr<AviRecorder> recorder_;
 
     std::mutex saveMutex_;  // one save at a time through the reused buffer
     QByteArray bmpBuffer_;  // the encoded file, bitmap or JPEG

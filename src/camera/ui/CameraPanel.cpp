@@ -223,11 +223,14 @@ void CameraPanel::tmrLiveIcon_Timer()
 {
     runGuarded(data_.log, QStringLiteral("frmMain:tmrLiveIcon_Timer"), [this] {
         FaultPoint::pass("tmrLiveIcon_Timer");
-        // A series shows that it records; the live light blinks while the picture is live.
+        // A series shows that it records; armed, the button keeps the record picture until it is clicked.
         if (runState_ == kSeries) {
             w_.playStop->setIcon(Icons::record());
             return;
         }
+        if (runState_ == kRecordingArmed)
+            return;
+        // The live light blinks while the picture is live.
         if (stillShown_) {
             w_.playStop->setIcon(Icons::still());
             return;

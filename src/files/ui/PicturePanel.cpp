@@ -99,9 +99,15 @@ void PicturePanel::cmdPicSave_Click()
                 camera_.toggleLiveStill();
         };
         const QString name = prompter_.fileName(PictureFiles::saveDialog(data_.messages));
-        // A name for a video clip belongs to the recording, which is not part of this window yet.
-        if (name.isEmpty() || PictureFiles::isRecording(name)) {
+        if (name.isEmpty()) {
             resume();
+            return;
+        }
+        // A name for a video clip goes to the recording, which records the live picture.
+        if (PictureFiles::isRecording(name)) {
+            resume();
+            if (parts_.record)
+                parts_.record(name);
             return;
         }
         QApplication::setOverrideCursor(Qt::WaitCursor);

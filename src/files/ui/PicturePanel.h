@@ -36,7 +36,8 @@ public:
         QWidget* viewArea = nullptr;
         QComboBox* scale = nullptr;
         std::array<QLineEdit*, 2> comments{};
-        std::function<void()> resetMagnification;  // cboScale back to "x 1.0"
+        std::function<void()> resetMagnification;    // cboScale back to "x 1.0"
+        std::function<void(const QString&)> record;  // a name ending in "AVI": a video recording
     };
 
     PicturePanel(AppData& data, Prompter& prompter, CameraPanel& camera, MeasureSession& measuring,
