@@ -11,6 +11,7 @@
 #include <arv.h>
 
 #include <QFileInfo>
+#include <QStringList>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -490,9 +491,11 @@ void GenICamDriver::onControlLost(void* device, void* self)
     if (driver->lost_.exchange(true))
         return;
     driver->started_ = false;
-    if (driver->log_)
+    // Aravis's thread may get here while the camera is being closed.
+    const int index = driver->openIndex_;
+    if (driver->log_ && index >= 0)
         driver->log_(QStringLiteral("Error: GenICam camera lost (") +
-                     driver->found_[static_cast<size_t>(driver->openIndex_)].name + QLatin1Char(')'));
+                     driver->found_[static_cast<size_t>(index)].name + QLatin1Char(')'));
 }
 
 int GenICamDriver::GetGoodFrames(int cam, std::int32_t& count)

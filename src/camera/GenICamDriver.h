@@ -5,7 +5,6 @@
 #include <QByteArray>
 #include <QSize>
 #include <QString>
-#include <QStringList>
 #include <atomic>
 #include <functional>
 #include <mutex>
@@ -135,7 +134,7 @@ private:
 
     Log log_;
     std::vector<Found> found_;
-    int openIndex_ = -1;
+    std::atomic<int> openIndex_{-1};  // read by Aravis's thread when the camera is lost
     _ArvCamera* camera_ = nullptr;
     unsigned long lostHandler_ = 0;
     QSize sensor_;
