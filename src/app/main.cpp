@@ -35,7 +35,8 @@ int main(int argc, char** argv)
     const QString cameraOption = parser.value(camera);
     auto driverFactory = [&cameraOption](tavix::AppData& data) {
         auto choice = tavix::CameraFactory::create(
-            cameraOption.isEmpty() ? data.settings.DRIVER : cameraOption, data.folder);
+            cameraOption.isEmpty() ? data.settings.DRIVER : cameraOption, data.folder,
+            [log = data.log](const QString& line) { log.write(line); });
         if (!choice.note.isEmpty())
             data.log.write(choice.note);
         return std::move(choice.driver);

@@ -1,5 +1,6 @@
 #include "TempDir.h"
 #include "camera/CameraFactory.h"
+#include "camera/GenICamDriver.h"
 #include "common/CameraDrivers.h"
 
 #include <gtest/gtest.h>
@@ -19,4 +20,17 @@ TEST(CameraFactory, EveryKnownName_MakesADriver)
         else
             EXPECT_EQ(choice.driver->driverName(), name);
     }
+}
+
+// With no vendor library, auto goes on to a GenICam camera when one is found.
+TEST(CameraFactory, Auto_TakesAGenICamCamera_WhenTheVendorLibraryIsMissing)
+{
+    TempDir folder;
+    GenICamDriver::useFakeCameraOnly();
+    const CameraFactory::Choice choice = CameraFactory::create(QStringLiteral("auto"), folder.path());
+    GenICamDriver::useRealCameras();
+    ASSERT_NE(choice.driver, nullptr);
+    EXPECT_EQ(choice.driver->driverName(), QStringLiteral("genicam"));
+    EXPECT_TRUE(choice.note.endsWith(QStringLiteral("; using a GenICam camera")))
+        << choice.note.toStdString();
 }

@@ -1,0 +1,170 @@
+#pragma once
+
+#include "camera/CameraDriver.h"
+#include "files/AviRecorder.h"
+
+#include <QByteArray>
+#include <QSize>
+#include <QString>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+// Aravis's types, kept out of this header so that its users need not see GLib.
+struct _ArvCamera;
+struct _ArvStream;
+struct _ArvBuffer;
+
+namespace tavix {
+
+// GenICam cameras (USB3 Vision, GigE Vision) through Aravis. Init lists the
+// cameras Aravis finds; Open(n) opens the n-th. Frames arrive on Aravis's
+// stream thread in a pool of reused buffers and go to the sink as they are
+// (Mono8, RGB8) or demosaiced into one reused RGB buffer (the 8-bit Bayer
+// formats); the newest frame is held back from the pool so that SaveToFile
+// can write it.
+//
+// Modes are the program's resolutions that fit the sensor, cut by binning and
+// a centred region. Parameters map onto the standard GenICam features where
+// the camera has them (the others report a range that is not enabled):
+//   7 exposure in microseconds (ExposureTime), automatic with ExposureAuto
+//   8 exposure target (AutoTargetBrightness, TargetBrightness)
+//   13 gain (Gain in tenths of a dB, or GainRaw as it stands)
+//   12 black level (BlackLevel, BlackLevelRaw), automatic with BlackLevelAuto
+//   3 gamma x 64 (Gamma), 111 its enable (GammaEnable)
+//   5 ReverseX, 4 ReverseY
+//   9-11 red/green/blue BalanceRatio x 64, 6 BalanceWhiteAuto Once: reads 0
+//     while the camera balances, 1 when done
+//   147 AcquisitionFrameRate in fps (enabling AcquisitionFrameRateEnable)
+//   24 AVI being written: always 0
+// The default of a parameter is its value when the camera was opened.
+//
+// A camera that drops off the bus (control lost) is logged; the stream ends,
+// IsStarted answers 0 and the newest frame stays for SaveToFile.
+class GenICamDriver : public CameraDriver {
+public:
+    static constexpr int kFailed = -1;
+    static constexpr int kNotSupported = -2;  // also what the program accepts for parameter 43
+    static constexpr int kOutOfRange = -4;
+    static constexpr int kNotOpen = -5;
+    static constexpr int kBusy = -6;
+    static constexpr int kNoFrame = -7;
+    static constexpr int kWriteFailed = -8;
+    static constexpr int kBadCamera = -9;
+    static constexpr int kDisconnected = -10;
+    static constexpr int kAlreadyOpen = -24;
+
+    static constexpr int kBufferCount = 6;
+
+    using Log = std::function<void(const QString&)>;
+
+    explicit GenICamDriver(Log log = {});
+    ~GenICamDriver() override;
+    GenICamDriver(const GenICamDriver&) = delete;
+    GenICamDriver& operator=(const GenICamDriver&) = delete;
+
+    // Aravis's built-in fake camera instead of the real buses (tests, bench).
+    static void useFakeCameraOnly();
+    // Back to the buses Aravis looks on by default.
+    static void useRealCameras();
+
+    QString driverName() const override { return QStringLiteral("genicam"); }
+    int GetVersion(int which, QString& version) override;
+    int Init() override;
+    // "vendor model serial".
+    int GetName(int cam, QString& name) override;
+    int Open(int cam) override;
+    int IsOpen(int cam) override;
+    int Close(int cam) override;
+    int GetModeList(int cam, std::vector<std::int32_t>& modes) override;
+    int GetMode(int cam, std::int32_t& mode) override;
+    // Only while stopped (kBusy while streaming).
+    int SetMode(int cam, std::int32_t mode) override;
+    int SetDisplayMode(int cam, int mode, int a, int b, int c, int d) override;
+    int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
+    int IsStarted(int cam) override;
+    int Stop(int cam) override;
+    // Complete frames since Start.
+    int GetGoodFrames(int cam, std::int32_t& count) override;
+    // Incomplete frames since Start, and those Aravis lost for want of a free buffer.
+    int GetBrokenFrames(int cam, std::int32_t& count) override;
+    int SaveToFile(int cam, const QString& path) override;
+    void SetSaveQuality(int quality) override { jpegQuality_ = quality; }
+    // Records the stream through the program's recorder at the frames' size.
+    int SaveAvi(int cam, const QString& path, int a, int seconds) override;
+    bool recordingStats(int cam, RecordingStats& stats) override;
+    int SetCamParameter(int cam, int type, std::int32_t value) override;
+    int GetCamParameter(int cam, int type, std::int32_t& value) override;
+    int GetCamParameterRange(int cam, int type, CamParamRange& range) override;
+    int GetExposure(int cam, float& ms) override;
+    int GetParamAuto(int cam, int type, std::int32_t& flag) override;
+    int SetParamAuto(int cam, int type, std::int32_t flag) override;
+    int SetParamAutoDef(int cam, int type) override;
+    int SetParamOnePush(int cam, int type) override;
+
+    // For tests and the bench: the open camera (null when closed), the size
+    // and format of the newest frame.
+    _ArvCamera* arvCamera() const { return camera_; }
+    QSize frameSize() const;
+    QImage::Format frameFormat() const;
+    // A buffer as the stream thread receives it from `from` (whose pool gets
+    // it back; released when null). Public for tests of what arrives.
+    void receive(_ArvStream* from, _ArvBuffer* buffer);
+
+private:
+    struct Found {
+        QString id;
+        QString name;
+    };
+    struct Feature;  // where a parameter lives on the camera
+
+    static void onNewBuffer(_ArvStream* stream, void* self);
+    static void onControlLost(void* device, void* self);
+
+    int checkOpen(int cam) const;
+    bool choosePixelFormat();
+    int applyMode(std::int32_t mode);
+    void stopStream();
+    void dropHeld();
+    // Writes the frame to a file, bitmap or JPEG by the file name's extension.
+    static int writeFrame(const FrameView& frame, const QString& path, int jpegQuality, QByteArray& buffer);
+
+    bool feature(int type, Feature& f) const;
+    int readFeature(const Feature& f, std::int32_t& value) const;
+    int writeFeature(const Feature& f, std::int32_t value);
+    bool autoOn(const char* autoFeature) const;
+    void snapshotDefaults();
+
+    Log log_;
+    std::vector<Found> found_;
+    std::atomic<int> openIndex_{-1};  // read by Aravis's thread when the camera is lost
+    _ArvCamera* camera_ = nullptr;
+    unsigned long lostHandler_ = 0;
+    QSize sensor_;
+    int maxBinning_ = 1;
+    std::vector<std::int32_t> modes_;
+    std::int32_t mode_ = -1;
+    std::vector<std::pair<int, std::int32_t>> defaults_;
+    std::vector<std::pair<int, std::int32_t>> autoDefaults_;
+
+    _ArvStream* stream_ = nullptr;
+    std::atomic<bool> started_{false};
+    std::atomic<bool> lost_{false};
+    std::atomic<std::int32_t> good_{0};
+    std::atomic<std::int32_t> incomplete_{0};
+
+    // The newest frame, guarded by frameMutex_ (the stream thread hands it
+    // over under it, SaveToFile reads it under it).
+    mutable std::mutex frameMutex_;
+    FrameSink* sink_ = nullptr;
+    _ArvBuffer* held_ = nullptr;
+    FrameView heldView_;
+    std::vector<uchar> rgb_;
+    QByteArray fileBuffer_;
+    std::unique_ptr<AviRecorder> recorder_;  // made by the first recording; frames reach it under frameMutex_
+    std::atomic<int> jpegQuality_{90};
+};
+
+}  // namespace tavix

@@ -1,0 +1,170 @@
+#include "ScriptedPrompter.h"
+#include "TempDir.h"
+#include "app/frmMain.h"
+#include "camera/GenICamDriver.h"
+#include "camera/ui/CameraPanel.h"
+#include "common/AppData.h"
+#include "common/Clock.h"
+#include "files/BmpFile.h"
+
+#include <gtest/gtest.h>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+#undef signals
+#include <arv.h>
+
+using namespace tavix;
+using tavix::test::ScriptedPrompter;
+using tavix::test::TempDir;
+
+namespace {
+
+// The main window on Aravis's fake camera through the real GenICam driver.
+class GenICamLive : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { GenICamDriver::useFakeCameraOnly(); }
+    static void TearDownTestSuite() { GenICamDriver::useRealCameras(); }
+
+    void SetUp() override
+    {
+        test::copyShippedData(dir);
+        auto factory = [this](AppData& data) {
+            auto driver =
+                std::make_unique<GenICamDriver>([log = data.log](const QString& line) { log.write(line); });
+            this->driver = driver.get();
+            return std::unique_ptr<CameraDriver>(std::move(driver));
+        };
+        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
+        ASSERT_TRUE(w->Form_Load());
+        w->resize(1200, 800);
+        w->show();
+    }
+
+    // Handles events until the live view has shown `frames` more frames.
+    bool waitForLiveFrames(int frames)
+    {
+        const auto target = w->camera().liveView().counters().shown + static_cast<std::uint64_t>(frames);
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < 10000) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            if (w->camera().liveView().counters().shown >= target)
+                return true;
+        }
+        return false;
+    }
+
+    QString status(int panel) const
+    {
+        return w->findChild<QLabel*>(QStringLiteral("sbriCubePanel(%1)").arg(panel))->text();
+    }
+    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
+    void freeze()
+    {
+        QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdPlayStop")), Qt::LeftButton);
+    }
+
+    // The rate measured afresh over `seconds`, once the camera has settled on
+    // its new rate: the average panel, as the running timer's own ticks
+    // shorten the span of the FPS panel.
+    double measuredFps(int seconds)
+    {
+        QTest::qWait(1000);
+        w->camera().statistics().restart();
+        w->camera().tmriCube_Timer();
+        QTest::qWait(seconds * 1000);
+        w->camera().tmriCube_Timer();
+        return status(3).mid(8).toDouble();
+    }
+
+    TempDir dir;
+    ScriptedPrompter prompter;
+    SystemClock clock;
+    GenICamDriver* driver = nullptr;
+    std::unique_ptr<frmMain> w;
+};
+
+}  // namespace
+
+TEST_F(GenICamLive, OpensTheFakeCamera_ShowsItLive_AndFreezesItsFrame)
+{
+    EXPECT_TRUE(log().contains(QStringLiteral("Camera Name:Aravis Fake 1\r\n")));
+    EXPECT_EQ(status(0), w->data().messages.text(40029) + QStringLiteral(": genicam"));
+    EXPECT_EQ(status(5), QStringLiteral("Resolution:2048x1536"));
+    ASSERT_TRUE(waitForLiveFrames(2));
+    EXPECT_EQ(driver->frameSize(), QSize(2048, 1536));
+
+    freeze();
+
+    ASSERT_TRUE(w->camera().stillShown());
+    QImage fromFile;
+    ASSERT_EQ(BmpFile::read(w->data().tempBitmapPath(), fromFile), 0);
+    EXPECT_EQ(w->camera().still().size(), QSize(2048, 1536));
+    EXPECT_EQ(w->camera().still().convertToFormat(QImage::Format_RGB32),
+              fromFile.convertToFormat(QImage::Format_RGB32));
+}
+
+TEST_F(GenICamLive, ExposureAndGainWritten_AreTheFeatureValuesReadBack)
+{
+    CameraDriver& camera = w->camera().session().driver();
+    ASSERT_EQ(camera.SetCamParameter(0, 7, 25000), 0);
+    ASSERT_EQ(camera.SetCamParameter(0, 13, 4), 0);
+    EXPECT_DOUBLE_EQ(arv_camera_get_exposure_time(driver->arvCamera(), nullptr), 25000.0);
+    EXPECT_EQ(
+        arv_device_get_integer_feature_value(arv_camera_get_device(driver->arvCamera()), "GainRaw", nullptr),
+        4);
+    float ms = 0;
+    ASSERT_EQ(camera.GetExposure(0, ms), 0);
+    EXPECT_FLOAT_EQ(ms, 25.0f);
+}
+
+TEST_F(GenICamLive, FrameRateParameter_ChangesTheMeasuredFps)
+{
+    ASSERT_TRUE(
+        w->camera().session().changeMode(0));  // small frames: the rate is the camera's, not the machine's
+    CameraDriver& camera = w->camera().session().driver();
+    ASSERT_EQ(camera.SetCamParameter(0, 147, 4), 0);
+    const double slow = measuredFps(2);
+    ASSERT_EQ(camera.SetCamParameter(0, 147, 25), 0);
+    const double fast = measuredFps(2);
+    EXPECT_NEAR(slow, 4, 1.5) << status(1).toStdString();
+    EXPECT_NEAR(fast, 25, 6) << status(1).toStdString();
+}
+
+TEST_F(GenICamLive, ResolutionChange_StreamsAndFreezesTheNewSize)
+{
+    ASSERT_TRUE(waitForLiveFrames(1));
+    ASSERT_TRUE(w->camera().session().changeMode(1));
+    EXPECT_EQ(status(5), QStringLiteral("Resolution:640x480"));
+    EXPECT_EQ(w->data().settings.DEFAULTRESOLUTION, 1);
+    ASSERT_TRUE(waitForLiveFrames(2));
+    EXPECT_EQ(driver->frameSize(), QSize(640, 480));
+    freeze();
+    EXPECT_EQ(w->camera().still().size(), QSize(640, 480));
+}
+
+TEST_F(GenICamLive, CameraLostMidStream_IsLogged_AndTheProgramGoesOnWithItsLastFrame)
+{
+    ASSERT_TRUE(waitForLiveFrames(2));
+    w->camera().tmriCube_Timer();
+    const QString frames = status(1);
+
+    g_signal_emit_by_name(arv_camera_get_device(driver->arvCamera()), "control-lost");
+    QTest::qWait(300);
+    w->camera().tmriCube_Timer();
+
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: GenICam camera lost (Aravis Fake 1)\r\n")))
+        << log().toStdString();
+    EXPECT_EQ(status(1), frames);  // the figures stand
+    freeze();
+    EXPECT_TRUE(w->camera().stillShown());
+    EXPECT_EQ(w->camera().still().size(), QSize(2048, 1536));
+
+    QElapsedTimer timer;
+    timer.start();
+    w.reset();  // exit closes the lost camera without waiting on it
+    EXPECT_LT(timer.elapsed(), 5000);
+}
