@@ -214,8 +214,10 @@ TEST_F(CameraSettings, PinProp_FitsTheStrip_AtTheSmallestWindow)
     const QWidget* strip = find<QWidget>(*w, "picViewCommandArea");
     EXPECT_TRUE(strip->rect().contains(pinProp->geometry())) << pinProp->x() << " " << strip->width();
     EXPECT_LT(pinProp->fontMetrics().horizontalAdvance(pinProp->text()) + 16, pinProp->width());
-    for (const auto* other : strip->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
-        if (other != pinProp && other->isVisible())
+    for (const auto* other : strip->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (other != pinProp && other->isVisible()) {
             EXPECT_FALSE(other->geometry().intersects(pinProp->geometry()))
                 << other->objectName().toStdString();
+        }
+    }
 }
