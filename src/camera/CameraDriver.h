@@ -90,6 +90,9 @@ public:
     virtual int Start(int cam, quintptr window, FrameSink* sink, int a, int b) = 0;
     // 1 while streaming.
     virtual int IsStarted(int cam) = 0;
+    // True once the camera stopped answering in the middle of a stream (a
+    // pulled cable); the program goes on with its last picture.
+    virtual bool connectionLost(int cam) const { return false; }
     virtual int Stop(int cam) = 0;
 
     virtual int GetGoodFrames(int cam, std::int32_t& count) = 0;

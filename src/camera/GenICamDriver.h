@@ -86,6 +86,7 @@ public:
     int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
     int IsStarted(int cam) override;
     int Stop(int cam) override;
+    bool connectionLost(int cam) const override { return lost_ && cam == openIndex_; }
     // Complete frames since Start.
     int GetGoodFrames(int cam, std::int32_t& count) override;
     // Incomplete frames since Start, and those Aravis lost for want of a free buffer.

@@ -408,6 +408,12 @@ int SimCamera::SetDisplayMode(int cam, int mode, int a, int b, int c, int d)
     return checkOpenLocked(cam);
 }
 
+bool SimCamera::connectionLost(int cam) const
+{
+    std::lock_guard lock(mutex_);
+    return camOk(cam) && disconnected_;
+}
+
 int SimCamera::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
 {
     {

@@ -129,6 +129,7 @@ public:
     int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
     int IsStarted(int cam) override;
     int Stop(int cam) override;
+    bool connectionLost(int cam) const override;
     int GetGoodFrames(int cam, std::int32_t& count) override;
     int GetBrokenFrames(int cam, std::int32_t& count) override;
     // Writes the newest frame as a 24-bit bitmap, complete when it returns.

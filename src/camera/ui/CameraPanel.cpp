@@ -8,6 +8,7 @@
 #include "common/Clock.h"
 #include "common/FaultPoint.h"
 #include "common/HandlerGuard.h"
+#include "common/Prompter.h"
 #include "common/ui/Icons.h"
 #include "files/BmpFile.h"
 
@@ -24,7 +25,9 @@ enum Caption : qint32 {
     kLive = 40023,
     kFreezeTip = 40024,
     kLiveTip = 40028,
-    kCamera = 40029
+    kCamera = 40029,
+    kCameraLost = 26990,
+    kCameraErrorTitle = 26998
 };
 }  // namespace
 
@@ -203,9 +206,16 @@ void CameraPanel::tmriCube_Timer()
     runGuarded(data_.log, QStringLiteral("frmMain:tmriCube_Timer"), [this] {
         FaultPoint::pass("tmriCube_Timer");
         const int cam = session_->camera();
-        // A camera that stopped leaves the last figures standing.
-        if (driver_->IsStarted(cam) != 1)
+        // A camera that stopped leaves the last figures standing; one that was
+        // lost is reported once.
+        if (driver_->IsStarted(cam) != 1) {
+            if (!lossReported_ && driver_->connectionLost(cam)) {
+                lossReported_ = true;
+                prompter_.message({data_.messages.text(kCameraLost), data_.messages.text(kCameraErrorTitle),
+                                   Prompter::Icon::Critical});
+            }
             return;
+        }
         std::int32_t good = 0;
         std::int32_t broken = 0;
         driver_->GetGoodFrames(cam, good);

@@ -114,6 +114,7 @@ private:
     QImage still_;
     QSize modeSize_;
     bool stillShown_ = false;
+    bool lossReported_ = false;
     qint16 runState_ = kNormal;
     bool iconLit_ = false;
     DialogRunner runDialog_;

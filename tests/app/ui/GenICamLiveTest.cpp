@@ -8,9 +8,11 @@
 #include "files/BmpFile.h"
 
 #include <gtest/gtest.h>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
+#include <QSlider>
 #include <QTest>
 
 #undef signals
@@ -121,6 +123,31 @@ TEST_F(GenICamLive, ExposureAndGainWritten_AreTheFeatureValuesReadBack)
     EXPECT_FLOAT_EQ(ms, 25.0f);
 }
 
+TEST_F(GenICamLive, ExposureAndGainMovedInTheSettingsDialog_ReachTheCamerasFeatures)
+{
+    CameraDriver& camera = w->camera().session().driver();
+    ASSERT_EQ(camera.SetCamParameter(0, 7, 10000), 0);
+    ASSERT_EQ(camera.SetCamParameter(0, 13, 1), 0);
+    bool opened = false;
+    w->camera().setDialogRunner([&](QDialog& d) {
+        opened = true;
+        d.show();
+        // 25000 us: six whole steps of 4096 on the rough slider and the rest on the fine one.
+        d.findChild<QSlider*>(QStringLiteral("sldExposureTime(0)"))->setValue(6);
+        d.findChild<QSlider*>(QStringLiteral("sldExposureTime(1)"))->setValue(25000 - 6 * 4096);
+        d.findChild<QSlider*>(QStringLiteral("sldGain"))->setValue(4);
+        d.close();
+        return 0;
+    });
+    QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdPinProp")), Qt::LeftButton);
+    ASSERT_TRUE(opened);
+    EXPECT_DOUBLE_EQ(arv_camera_get_exposure_time(driver->arvCamera(), nullptr), 25000.0);
+    EXPECT_EQ(
+        arv_device_get_integer_feature_value(arv_camera_get_device(driver->arvCamera()), "GainRaw", nullptr),
+        4);
+    EXPECT_TRUE(prompter.messages.empty());
+}
+
 TEST_F(GenICamLive, FrameRateParameter_ChangesTheMeasuredFps)
 {
     ASSERT_TRUE(
@@ -159,6 +186,9 @@ TEST_F(GenICamLive, CameraLostMidStream_IsLogged_AndTheProgramGoesOnWithItsLastF
     EXPECT_TRUE(log().contains(QStringLiteral(" Error: GenICam camera lost (Aravis Fake 1)\r\n")))
         << log().toStdString();
     EXPECT_EQ(status(1), frames);  // the figures stand
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26990));
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(26998));
     freeze();
     EXPECT_TRUE(w->camera().stillShown());
     EXPECT_EQ(w->camera().still().size(), QSize(2048, 1536));

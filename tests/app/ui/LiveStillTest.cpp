@@ -365,3 +365,25 @@ TEST_F(LiveStill, PlayStop_InAnotherRunState_BelongsToItsOwner)
     EXPECT_FALSE(w->camera().stillShown());
     EXPECT_EQ(clicked, QList<qint16>{CameraPanel::kSeries});
 }
+
+TEST_F(LiveStill, CameraLostMidStream_IsReportedOnce_AndTheLastPictureCanStillBeFrozen)
+{
+    SimCamera::Faults faults;
+    faults.disconnectAfter = 5;
+    auto w = start(faults);
+    ASSERT_TRUE(loaded);
+    QElapsedTimer timer;
+    timer.start();
+    while (sim->IsStarted(0) == 1 && timer.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    ASSERT_TRUE(sim->connectionLost(0));
+    w->camera().tmriCube_Timer();
+    w->camera().tmriCube_Timer();
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26990));
+    EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(26998));
+    EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
+    QTest::mouseClick(find<QPushButton>(*w, "cmdPlayStop"), Qt::LeftButton);
+    EXPECT_TRUE(w->camera().stillShown());
+    EXPECT_FALSE(w->camera().still().isNull());
+}
