@@ -148,14 +148,26 @@ TEST_F(GenICamLive, ExposureAndGainMovedInTheSettingsDialog_ReachTheCamerasFeatu
     EXPECT_TRUE(prompter.messages.empty());
 }
 
-TEST_F(GenICamLive, FrameRateParameter_ChangesTheMeasuredFps)
+TEST_F(GenICamLive, FrameRateSliderOfTheSettingsDialog_ChangesTheMeasuredFps)
 {
     ASSERT_TRUE(
         w->camera().session().changeMode(0));  // small frames: the rate is the camera's, not the machine's
-    CameraDriver& camera = w->camera().session().driver();
-    ASSERT_EQ(camera.SetCamParameter(0, 147, 4), 0);
+    // The dialog's clock slider drives the acquisition frame rate on this camera.
+    const auto setRate = [this](int fps) {
+        QString caption;
+        w->camera().setDialogRunner([&](QDialog& d) {
+            d.show();
+            caption = d.findChild<QWidget*>(QStringLiteral("Frame3"))->property("title").toString();
+            d.findChild<QSlider*>(QStringLiteral("sldClock"))->setValue(fps);
+            d.close();
+            return 0;
+        });
+        QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdPinProp")), Qt::LeftButton);
+        return caption;
+    };
+    EXPECT_EQ(setRate(4), QStringLiteral("Aquisition Framrate:"));
     const double slow = measuredFps(2);
-    ASSERT_EQ(camera.SetCamParameter(0, 147, 25), 0);
+    setRate(25);
     const double fast = measuredFps(2);
     EXPECT_NEAR(slow, 4, 1.5) << status(1).toStdString();
     EXPECT_NEAR(fast, 25, 6) << status(1).toStdString();
