@@ -2,15 +2,12 @@
 
 #include "camera/BayerDemosaic.h"
 #include "camera/SensorModes.h"
-#include "common/SafeFile.h"
-#include "files/BmpFile.h"
-#include "files/JpegWriter.h"
+#include "files/FrameFile.h"
 
 // GLib names a struct member "signals", which Qt's keyword macro would rewrite.
 #undef signals
 #include <arv.h>
 
-#include <QFileInfo>
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
@@ -539,24 +536,17 @@ int GenICamDriver::SaveToFile(int cam, const QString& path)
 {
     if (const int s = checkOpen(cam))
         return s;
-    std::lock_guard lock(frameMutex_);
-    if (!heldView_.bits)
-        return kNoFrame;
-    return writeFrame(heldView_, path, jpegQuality_, fileBuffer_);
-}
-
-int GenICamDriver::writeFrame(const FrameView& frame, const QString& path, int jpegQuality,
-                              QByteArray& buffer)
-{
-    const QImage picture(frame.bits, frame.width, frame.height, frame.bytesPerLine, frame.format);
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg")) {
-        if (JpegWriter::encode(picture, jpegQuality, buffer) != JpegWriter::kOk)
+    {
+        std::lock_guard lock(frameMutex_);
+        if (!heldView_.bits)
             return kNoFrame;
-    } else if (!BmpFile::encode(picture, buffer)) {
-        return kNoFrame;
+        const QImage frame(heldView_.bits, heldView_.width, heldView_.height, heldView_.bytesPerLine,
+                           heldView_.format);
+        if (!FrameFile::encode(frame, path, jpegQuality_, fileBuffer_))
+            return kNoFrame;
     }
-    return SafeFile::writeScratch(path, buffer) == 0 ? 0 : kWriteFailed;
+    // Written after the newest frame went back to the stream: the disk never holds up the camera.
+    return FrameFile::store(path, fileBuffer_) == 0 ? 0 : kWriteFailed;
 }
 
 int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)

@@ -129,8 +129,6 @@ private:
     int applyMode(std::int32_t mode);
     void stopStream();
     void dropHeld();
-    // Writes the frame to a file, bitmap or JPEG by the file name's extension.
-    static int writeFrame(const FrameView& frame, const QString& path, int jpegQuality, QByteArray& buffer);
 
     bool feature(int type, Feature& f) const;
     int readFeature(const Feature& f, std::int32_t& value) const;

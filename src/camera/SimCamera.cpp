@@ -1,9 +1,6 @@
 #include "camera/SimCamera.h"
 
-#include "common/SafeFile.h"
-#include "files/BmpFile.h"
-#include "files/JpegWriter.h"
-#include "files/PictureFiles.h"
+#include "files/FrameFile.h"
 
 #include <algorithm>
 #include <chrono>
@@ -663,7 +660,6 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (const int s = checkOpenLocked(cam))
             return s;
     }
-    const bool jpeg = PictureFiles::kindOf(path) == PictureFiles::Kind::Jpeg;
     std::lock_guard save(saveMutex_);
     {
         // Encoding holds the renderer off the buffer for a few milliseconds.
@@ -676,20 +672,12 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         if (index < 0)
             return kNoFrame;
         const QSize size = ringSize_[static_cast<size_t>(index)];
-        const uchar* bits = ring_[static_cast<size_t>(index)].data();
-        if (jpeg) {
-            const QImage frame(bits, size.width(), size.height(), ringStride(size), QImage::Format_RGB888);
-            if (JpegWriter::encode(frame, jpegQuality_, bmpBuffer_) != JpegWriter::kOk)
-                return kNoFrame;
-        } else if (!BmpFile::encode(bits, size.width(), size.height(), ringStride(size),
-                                    QImage::Format_RGB888, bmpBuffer_)) {
+        const QImage frame(ring_[static_cast<size_t>(index)].data(), size.width(), size.height(),
+                           ringStride(size), QImage::Format_RGB888);
+        if (!FrameFile::encode(frame, path, jpegQuality_, bmpBuffer_))
             return kNoFrame;
-        }
     }
-    // A JPEG is a picture the user keeps: it replaces an older file only when
-    // complete. A bitmap is most often the still's scratch file, written in place.
-    const int error = jpeg ? SafeFile::write(path, bmpBuffer_) : SafeFile::writeScratch(path, bmpBuffer_);
-    return error == 0 ? 0 : kWriteFailed;
+    return FrameFile::store(path, bmpBuffer_) == 0 ? 0 : kWriteFailed;
 }
 
 int SimCamera::GrabFrame(int cam, QImage& frame)
