@@ -71,6 +71,8 @@ GstCaps* rawCaps(QSize size)
 GraphDriver::GraphDriver(const QString& graphPath, const QString& cameraFilterName, Log log)
     : log_(std::move(log)), file_(graphPath, cameraFilterName, log_)
 {
+    for (void*& map : maps_)
+        map = new GstMapInfo;
 }
 
 GraphDriver::~GraphDriver()
@@ -78,6 +80,8 @@ GraphDriver::~GraphDriver()
     if (open_)
         Close(0);
     dropHeld();
+    for (void* map : maps_)
+        delete static_cast<GstMapInfo*>(map);
 }
 
 bool GraphDriver::LoadGrfFile()
@@ -434,14 +438,14 @@ void GraphDriver::receive(GstSample* sample)
         nextOffset_ = offset + 1;
     }
     GstVideoInfo info;
-    auto* map = new GstMapInfo;
+    // Only this thread maps, and only into the slot the held frame does not use.
+    auto* map = static_cast<GstMapInfo*>(maps_[1 - heldMap_]);
     const bool usable = gst_video_info_from_caps(&info, gst_sample_get_caps(sample)) &&
                         !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) &&
                         gst_buffer_map(buffer, map, GST_MAP_READ);
     if (!usable || map->size < GST_VIDEO_INFO_SIZE(&info)) {
         if (usable)
             gst_buffer_unmap(buffer, map);
-        delete map;
         ++broken_;
         gst_sample_unref(sample);
         return;
@@ -461,7 +465,7 @@ void GraphDriver::receive(GstSample* sample)
     // The newest frame stays mapped until a newer one replaces it.
     dropHeld();
     held_ = sample;
-    heldMap_ = map;
+    heldMap_ = 1 - heldMap_;
     heldView_ = view;
     if (sink_)
         sink_->frameReady(view);
@@ -472,12 +476,10 @@ void GraphDriver::receive(GstSample* sample)
 void GraphDriver::dropHeld()
 {
     if (held_) {
-        gst_buffer_unmap(gst_sample_get_buffer(held_), static_cast<GstMapInfo*>(heldMap_));
-        delete static_cast<GstMapInfo*>(heldMap_);
+        gst_buffer_unmap(gst_sample_get_buffer(held_), static_cast<GstMapInfo*>(maps_[heldMap_]));
         gst_sample_unref(held_);
     }
     held_ = nullptr;
-    heldMap_ = nullptr;
     heldView_ = FrameView{};
 }
 

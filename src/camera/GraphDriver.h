@@ -146,7 +146,9 @@ private:
     mutable std::mutex frameMutex_;
     FrameSink* sink_ = nullptr;
     _GstSample* held_ = nullptr;  // the newest frame, mapped into heldView_
-    void* heldMap_ = nullptr;     // its GstMapInfo
+    // Two GstMapInfo made once: the held frame's and the arriving one's.
+    void* maps_[2] = {nullptr, nullptr};
+    int heldMap_ = 0;
     FrameView heldView_;
     QByteArray fileBuffer_;
     std::unique_ptr<AviRecorder> recorder_;

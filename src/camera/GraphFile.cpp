@@ -47,6 +47,15 @@ bool GraphFile::fail(int number, const QString& why)
     return false;
 }
 
+bool GraphFile::notFound(const char* line)
+{
+    clear();
+    errorNumber_ = err::InvalidCall;  // for the start-up's error line; the load's own line says what
+    if (log_)
+        log_(QLatin1String(line));
+    return false;
+}
+
 GstElement* GraphFile::findFilter(GstElement* graph, const QString& name)
 {
     if (!graph)
@@ -100,26 +109,16 @@ bool GraphFile::LoadGrfFile()
     }
 
     camera_ = findFilter(graph_, filterName_);
-    if (!camera_) {
-        clear();
-        if (log_)
-            log_(QStringLiteral("LoadGrfFile:Camera Filer Not Found."));
-        errorNumber_ = err::InvalidCall;
-        return false;
-    }
+    if (!camera_)
+        return notFound("LoadGrfFile:Camera Filer Not Found.");
     GstIterator* pads = gst_element_iterate_src_pads(camera_);
     GValue item = G_VALUE_INIT;
     if (gst_iterator_next(pads, &item) == GST_ITERATOR_OK)
         pin_ = GST_PAD(g_value_dup_object(&item));
     g_value_unset(&item);
     gst_iterator_free(pads);
-    if (!pin_) {
-        clear();
-        if (log_)
-            log_(QStringLiteral("LoadGrfFile:Camera OutputPIN Not Found."));
-        errorNumber_ = err::InvalidCall;
-        return false;
-    }
+    if (!pin_)
+        return notFound("LoadGrfFile:Camera OutputPIN Not Found.");
     return true;
 }
 

@@ -46,6 +46,7 @@ public:
 private:
     void clear();
     bool fail(int number, const QString& why = {});
+    bool notFound(const char* line);
 
     QString path_;
     QString filterName_;
