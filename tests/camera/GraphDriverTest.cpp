@@ -274,3 +274,25 @@ TEST(GraphDriver, AGraphFileThatDoesNotLoad_FailsPrepare_WithItsErrorNumber)
                           QStringLiteral("Camera"));
     EXPECT_EQ(wrongName.prepare(), 5);
 }
+
+// The shipped test-source graph file offers three sizes and starts at the smallest.
+TEST(GraphDriver, TheShippedTestSourceFile_OffersThreeSizes_StartingAt640x480)
+{
+    GraphDriver shipped(QStringLiteral(TAVIX_SOURCE_DATA_DIR "/TestSource.grf"), QStringLiteral("Camera"));
+    ASSERT_EQ(shipped.Init(), 1);
+    ASSERT_EQ(shipped.Open(0), 0);
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(shipped.GetModeList(0, modes), 0);
+    EXPECT_EQ(modes, (std::vector<std::int32_t>{1, 4, 6}));
+    std::int32_t mode = -1;
+    ASSERT_EQ(shipped.GetMode(0, mode), 0);
+    EXPECT_EQ(mode, 1);
+}
+
+// The shipped camera file names the first USB camera's device.
+TEST(GraphDriver, TheShippedCameraFile_IsTheFirstUsbCamera)
+{
+    GraphFile shipped(QStringLiteral(TAVIX_SOURCE_DATA_DIR "/Camera.grf"), QStringLiteral("Camera"));
+    ASSERT_TRUE(shipped.LoadGrfFile());
+    EXPECT_EQ(shipped.devicePath(), QStringLiteral("/dev/video0"));
+}
