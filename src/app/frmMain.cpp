@@ -195,7 +195,11 @@ bool frmMain::openCamera()
     widgets.playStop = cmdPlayStop_;
     widgets.pinProp = cmdPinProp_;
     widgets.status = sbriCube_;
-    camera_ = std::make_unique<CameraPanel>(data_, prompter_, clock_, driverFactory_(data_), widgets);
+    std::unique_ptr<CameraDriver> driver = driverFactory_(data_);
+    // A graph file the graph camera cannot use ends the start-up on the load's error path.
+    if (const int number = driver->prepare())
+        throw RunError(number);
+    camera_ = std::make_unique<CameraPanel>(data_, prompter_, clock_, std::move(driver), widgets);
     connect(camera_.get(), &CameraPanel::stillShownChanged, this, &frmMain::stillShownChanged);
     connect(cmdPlayStop_, &QPushButton::clicked, camera_.get(), &CameraPanel::cmdPlayStop_Click);
     connect(camera_.get(), &CameraPanel::endProgramRequested, this, &frmMain::endProgram);

@@ -36,7 +36,8 @@ int main(int argc, char** argv)
     auto driverFactory = [&cameraOption](tavix::AppData& data) {
         auto choice = tavix::CameraFactory::create(
             cameraOption.isEmpty() ? data.settings.DRIVER : cameraOption, data.folder,
-            [log = data.log](const QString& line) { log.write(line); });
+            [log = data.log](const QString& line) { log.write(line); },
+            {data.graphPath(), data.settings.CAMERAFILTERNAME});
         if (!choice.note.isEmpty())
             data.log.write(choice.note);
         return std::move(choice.driver);

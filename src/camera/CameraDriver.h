@@ -69,6 +69,11 @@ public:
     // writes it in the background); false when the file is complete on return.
     virtual bool savesInBackground() const { return false; }
 
+    // Reads what the driver is made from (the graph camera's graph file)
+    // before the session opens it: 0, or the run-time error number that ends
+    // the start-up.
+    virtual int prepare() { return 0; }
+
     // Fills the API version text; a result of 1 is failure.
     virtual int GetVersion(int which, QString& version) = 0;
     // The number of cameras found (less than 1: none).

@@ -13,11 +13,20 @@ struct Choice {
     QString note;  // why the choice fell as it did, for the log; empty when as asked
 };
 
-// The driver named "sim", "icube", "genicam" or "auto" (any other name counts
-// as auto): auto takes the vendor library when it loads and finds a camera,
-// else a GenICam camera when there is one, else the simulated camera. `log`
-// receives what a driver reports while it runs (a camera lost).
-Choice create(const QString& name, const QString& programFolder,
-              std::function<void(const QString&)> log = {});
+// Where the graph camera finds its pipeline: the graph file and the name of
+// the camera element in it.
+struct GraphSource {
+    QString path;
+    QString cameraFilter;
+};
+
+// The driver named "sim", "icube", "genicam", "graph" or "auto" (any other
+// name counts as auto): auto takes the vendor library when it loads and finds
+// a camera, else a GenICam camera when there is one, else the graph camera
+// when the graph file's camera opens a device file that exists (a USB camera
+// plugged in; a test source is never taken by itself), else the simulated
+// camera. `log` receives what a driver reports while it runs (a camera lost).
+Choice create(const QString& name, const QString& programFolder, std::function<void(const QString&)> log = {},
+              const GraphSource& graph = {});
 
 }  // namespace tavix::CameraFactory

@@ -8,6 +8,7 @@ namespace tavix {
 // them; "auto" takes the first that finds a camera. A driver that lands adds
 // its name here, and the settings loader accepts it from then on.
 inline const QStringList kCameraDrivers = {QStringLiteral("auto"), QStringLiteral("sim"),
-                                           QStringLiteral("icube"), QStringLiteral("genicam")};
+                                           QStringLiteral("icube"), QStringLiteral("genicam"),
+                                           QStringLiteral("graph")};
 
 }  // namespace tavix

@@ -29,7 +29,7 @@ struct Settings {
     qint32 INTERVALTIME = 3;
     qint16 NUMBEROFIMAGES = 2, IS_MODE = 0;
     QString IS_SAVEPATH;
-    QString DRIVER = QStringLiteral("auto");  // optional [CAMERA] DRIVER: sim, icube or auto
+    QString DRIVER = QStringLiteral("auto");  // optional [CAMERA] DRIVER: one of kCameraDrivers
 };
 
 }  // namespace tavix

@@ -4,6 +4,7 @@
 #include "common/CameraDrivers.h"
 
 #include <gtest/gtest.h>
+#include <QFile>
 
 using namespace tavix;
 using tavix::test::TempDir;
@@ -33,4 +34,32 @@ TEST(CameraFactory, Auto_TakesAGenICamCamera_WhenTheVendorLibraryIsMissing)
     EXPECT_EQ(choice.driver->driverName(), QStringLiteral("genicam"));
     EXPECT_TRUE(choice.note.endsWith(QStringLiteral("; using a GenICam camera")))
         << choice.note.toStdString();
+}
+
+// Auto takes the graph camera when its graph file opens a device that is there.
+TEST(CameraFactory, Auto_TakesTheGraphCamera_WhenItsDeviceExists_AndNotATestSource)
+{
+    TempDir folder;
+    const QString device = folder.write(QStringLiteral("video0"), "");
+    const QString grf =
+        folder.write(QStringLiteral("Camera.grf"), ("v4l2src name=Camera device=" + device).toUtf8());
+    CameraFactory::Choice choice =
+        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")});
+    ASSERT_NE(choice.driver, nullptr);
+    EXPECT_EQ(choice.driver->driverName(), QStringLiteral("graph"));
+    EXPECT_TRUE(choice.note.endsWith(QStringLiteral("; using the graph camera on ") + device))
+        << choice.note.toStdString();
+
+    QFile::remove(device);
+    choice =
+        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")});
+    EXPECT_EQ(choice.driver->driverName(), QStringLiteral("sim"));
+    EXPECT_TRUE(choice.note.endsWith(
+        QStringLiteral("; the graph file opens no camera device; using the simulated camera")))
+        << choice.note.toStdString();
+
+    folder.write(QStringLiteral("Camera.grf"), "videotestsrc is-live=true name=Camera");
+    choice =
+        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")});
+    EXPECT_EQ(choice.driver->driverName(), QStringLiteral("sim"));
 }
