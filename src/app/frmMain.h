@@ -64,6 +64,9 @@ public:
     // the picture shown allows.
     void setWorkAreasEnabled(bool on);
 
+    // Opens a picture file as the still (a picture named on the command line).
+    void openPicture(const QString& fileName);
+
     // How many times the layout was worked out; a minimized window does none.
     int layoutPasses() const { return layoutPasses_; }
 
@@ -82,6 +85,9 @@ private:
     void placeRunTimeControls();
     void applySettingsToControls();
     void applyFonts();
+    // Tool tips, keyboard shortcuts and the picture's name in the title.
+    void installDesktopHabits();
+    void cancelMeasuringTool();
     void Form_Resize();
     void Form_Unload();
     void cmdExit_Click();
