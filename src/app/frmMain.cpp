@@ -34,6 +34,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTranslator>
 #include <QtMath>
 
 namespace tavix {
@@ -161,7 +162,7 @@ bool frmMain::Form_Load()
             endStartup(failure->title);
             return false;
         }
-        applyFonts();  // after the message file: its language chooses the font
+        applyLanguage();  // after the message file: its language chooses the font and Qt's texts
         setWindowTitle(data_.settings.APPNAME);
         lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
         if (!openCamera())

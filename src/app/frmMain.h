@@ -12,6 +12,7 @@
 class QComboBox;
 class QLabel;
 class QPushButton;
+class QTranslator;
 
 namespace tavix {
 
@@ -84,7 +85,8 @@ private:
     void buildStatusBar();
     void placeRunTimeControls();
     void applySettingsToControls();
-    void applyFonts();
+    // The font, and Qt's own dialog texts, for the message file's language.
+    void applyLanguage();
     // Tool tips, keyboard shortcuts and the picture's name in the title.
     void installDesktopHabits();
     void cancelMeasuringTool();
@@ -118,6 +120,7 @@ private:
     std::unique_ptr<RecordingPanel> recording_;
     std::unique_ptr<Guidance> guidance_;
     std::unique_ptr<MessageLine> messageLine_;
+    std::unique_ptr<QTranslator> qtTexts_;  // Qt's own texts in the message file's language
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window
     bool unloaded_ = false;

@@ -1,4 +1,4 @@
-// The main window's desktop habits: font for the message file's language,
+// The main window's desktop habits: font and Qt's texts for the message file's language,
 // tool tips, keyboard shortcuts and the picture's name in the title.
 #include "app/frmMain.h"
 
@@ -12,19 +12,30 @@
 #include <QApplication>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QShortcut>
+#include <QTranslator>
 
 namespace tavix {
 
-void frmMain::applyFonts()
+void frmMain::applyLanguage()
 {
+    if (!TextFont::isJapanese(data_.messages))
+        return;
     // Application-wide, so that the dialogs get it too.
     const QString family = TextFont::family(data_.messages, QFontDatabase::families());
-    if (family.isEmpty())
-        return;
-    QFont font = QApplication::font();
-    font.setFamilies({family});
-    QApplication::setFont(font);
+    if (!family.isEmpty()) {
+        QFont font = QApplication::font();
+        font.setFamilies({family});
+        QApplication::setFont(font);
+    }
+    // The standard buttons of the dialogs (OK, Cancel) speak the same language when Qt's texts are installed.
+    auto texts = std::make_unique<QTranslator>();
+    if (texts->load(QLocale(QLocale::Japanese), QStringLiteral("qtbase"), QStringLiteral("_"),
+                    QLibraryInfo::path(QLibraryInfo::TranslationsPath)) &&
+        QCoreApplication::installTranslator(texts.get()))
+        qtTexts_ = std::move(texts);
 }
 
 void frmMain::installDesktopHabits()

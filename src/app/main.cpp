@@ -11,18 +11,21 @@
 
 int main(int argc, char** argv)
 {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Tavix"));
-    QApplication::setApplicationVersion(QStringLiteral(TAVIX_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("tavix"));
-
-    const tavix::CommandLine line =
-        tavix::CommandLine::parse(QApplication::arguments(), QApplication::applicationVersion());
+    // Help, version and usage errors need no display: they are answered before the application starts.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const tavix::CommandLine line = tavix::CommandLine::parse(arguments, QStringLiteral(TAVIX_VERSION));
     if (line.action != tavix::CommandLine::Action::Run) {
         std::fputs(line.output.toLocal8Bit().constData(),
                    line.action == tavix::CommandLine::Action::Error ? stderr : stdout);
         return line.exitCode();
     }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tavix"));
+    QApplication::setApplicationVersion(QStringLiteral(TAVIX_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("org.tavix.Tavix"));
 
     const QString folder = tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(line.home));
     tavix::QtPrompter prompter;

@@ -24,24 +24,26 @@ QStringList translations(const QString& pattern, const QString& english)
     return names;
 }
 
-MessageTable readMessages(const QString& name)
+// A data file read by its table's reader, which must succeed.
+template <typename Table>
+Table readData(const QString& name, bool (Table::*reader)(const QString&, const ErrorLog&))
 {
     test::TempDir logDir;
-    MessageTable table;
-    EXPECT_TRUE(table.ReadStringTableData(QDir(kData).filePath(name),
-                                          ErrorLog(logDir.file(QStringLiteral("Error.Log")))))
+    Table table;
+    EXPECT_TRUE(
+        (table.*reader)(QDir(kData).filePath(name), ErrorLog(logDir.file(QStringLiteral("Error.Log")))))
         << name.toStdString();
     return table;
 }
 
+MessageTable readMessages(const QString& name)
+{
+    return readData(name, &MessageTable::ReadStringTableData);
+}
+
 GuidanceTable readGuidance(const QString& name)
 {
-    test::TempDir logDir;
-    GuidanceTable table;
-    EXPECT_TRUE(table.ReadGuidanceData(QDir(kData).filePath(name),
-                                       ErrorLog(logDir.file(QStringLiteral("Error.Log")))))
-        << name.toStdString();
-    return table;
+    return readData(name, &GuidanceTable::ReadGuidanceData);
 }
 
 QList<qint32> ids(const MessageTable& table)

@@ -19,6 +19,7 @@
 #include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QImage>
+#include <QLibraryInfo>
 #include <QLineEdit>
 #include <QProcess>
 #include <QRegularExpression>
@@ -331,10 +332,11 @@ TEST_F(Desktop, Japanese_UsesACjkFont_WhenInstalled)
     EXPECT_TRUE(QFontInfo(find("cmdPicLoad")->font()).family().contains(QStringLiteral("CJK")));
 }
 
-TEST_F(Desktop, English_KeepsTheDesktopFont)
+TEST_F(Desktop, English_KeepsTheDesktopFont_AndQtsOwnTexts)
 {
     start();
     EXPECT_EQ(QApplication::font().families(), appFont.families());
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), QStringLiteral("Cancel"));
 }
 
 TEST_F(Desktop, Japanese_Dialog)
@@ -352,6 +354,12 @@ TEST_F(Desktop, Japanese_Dialog)
     });
     find("cmdMeasureConfig")->click();
     EXPECT_EQ(title, QStringLiteral("測定設定"));
+    const QString qtJapanese =
+        QLibraryInfo::path(QLibraryInfo::TranslationsPath) + QStringLiteral("/qtbase_ja.qm");
+    if (QFileInfo::exists(qtJapanese)) {
+        EXPECT_TRUE(texts.contains(QStringLiteral("キャンセル")))
+            << texts.join(QLatin1Char('|')).toStdString();
+    }
     EXPECT_TRUE(texts.contains(QStringLiteral("2直線 (4クリック)")))
         << texts.join(QLatin1Char('|')).toStdString();
 }
