@@ -48,7 +48,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 # The dependencies follow from the libraries the executable links.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Recording needs the JPEG encoder and AVI muxer plug-ins; Japanese texts want a CJK font
-# and Qt's own Japanese texts for the dialogs' standard buttons.
+# and Qt's own Japanese texts for message boxes and file dialogs.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gstreamer1.0-plugins-good, fonts-noto-cjk, qt6-translations-l10n")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)

@@ -30,7 +30,7 @@ void frmMain::applyLanguage()
         font.setFamilies({family});
         QApplication::setFont(font);
     }
-    // The standard buttons of the dialogs (OK, Cancel) speak the same language when Qt's texts are installed.
+    // Message boxes and file dialogs speak the same language when Qt's texts are installed.
     auto texts = std::make_unique<QTranslator>();
     if (texts->load(QLocale(QLocale::Japanese), QStringLiteral("qtbase"), QStringLiteral("_"),
                     QLibraryInfo::path(QLibraryInfo::TranslationsPath)) &&
