@@ -8,6 +8,7 @@
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
+#include "common/CommandTips.h"
 #include "common/FaultPoint.h"
 #include "common/HandlerGuard.h"
 #include "common/Lifecycle.h"
@@ -29,11 +30,11 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
-#include <QFontDatabase>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTranslator>
 #include <QtMath>
 
 namespace tavix {
@@ -157,11 +158,11 @@ bool frmMain::Form_Load()
     try {
         setWindowTitle(Lifecycle::kBuiltInTitle);
         data_.settings.APPNAME = Lifecycle::kBuiltInTitle;
-        applyFonts();
         if (const auto failure = Lifecycle::readDataFiles(data_)) {
             endStartup(failure->title);
             return false;
         }
+        applyLanguage();  // after the message file: its language chooses the font and Qt's texts
         setWindowTitle(data_.settings.APPNAME);
         lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
         if (!openCamera())
@@ -173,6 +174,7 @@ bool frmMain::Form_Load()
         connectIntervalSave();
         connectRecording();
         placeRunTimeControls();
+        installDesktopHabits();
         // The window starts on the live picture: nothing to measure yet.
         stillShownChanged(false);
         loaded_ = true;
@@ -345,6 +347,9 @@ void frmMain::stillShownChanged(bool shown)
 {
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
     measure_->setMeasuringEnabled(shown);
+    // The camera panel has just set the button's tip for its new state.
+    if (const CommandTips::Tip* tip = CommandTips::find(cmdPlayStop_->objectName()))
+        cmdPlayStop_->setToolTip(CommandTips::withShortcut(cmdPlayStop_->toolTip(), *tip));
     if (pictures_)
         pictures_->measureSave()->setEnabled(shown);
     if (!session_)
@@ -395,22 +400,6 @@ void frmMain::endProgram()
 void frmMain::endStartup(const QString& title)
 {
     prompter_.message({Lifecycle::kEndedText, title, Prompter::Icon::Critical});
-}
-
-void frmMain::applyFonts()
-{
-    // Japanese message files need a CJK font; other languages keep the desktop's.
-    static const char* const cjk[] = {"Noto Sans CJK JP", "IPAPGothic", "VL PGothic", "TakaoPGothic"};
-    const QStringList families = QFontDatabase::families();
-    for (const char* family : cjk) {
-        if (families.contains(QLatin1String(family))) {
-            const QFont font{QString::fromLatin1(family)};
-            for (QWidget* w : {static_cast<QWidget*>(txtComment_[0]), static_cast<QWidget*>(txtComment_[1]),
-                               findChild<QWidget*>(QStringLiteral("grdResult"))})
-                w->setFont(font);
-            return;
-        }
-    }
 }
 
 void frmMain::placeRunTimeControls()
@@ -484,7 +473,9 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == central_ && event->type() == QEvent::Resize)
         Form_Resize();
-    if (overlays_ && (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease)) {
+    // The client area is watched for its size only; the pointer counts over the pictures.
+    if (overlays_ && watched != central_ &&
+        (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease)) {
         auto* picture = qobject_cast<QWidget*>(watched);
         const QPoint areaPoint =
             picture->mapTo(picViewArea_, static_cast<QMouseEvent*>(event)->position().toPoint());

@@ -12,6 +12,7 @@
 class QComboBox;
 class QLabel;
 class QPushButton;
+class QTranslator;
 
 namespace tavix {
 
@@ -64,6 +65,9 @@ public:
     // the picture shown allows.
     void setWorkAreasEnabled(bool on);
 
+    // Opens a picture file as the still (a picture named on the command line).
+    void openPicture(const QString& fileName);
+
     // How many times the layout was worked out; a minimized window does none.
     int layoutPasses() const { return layoutPasses_; }
 
@@ -81,7 +85,11 @@ private:
     void buildStatusBar();
     void placeRunTimeControls();
     void applySettingsToControls();
-    void applyFonts();
+    // The font, and Qt's own dialog texts, for the message file's language.
+    void applyLanguage();
+    // Tool tips, keyboard shortcuts and the picture's name in the title.
+    void installDesktopHabits();
+    void cancelMeasuringTool();
     void Form_Resize();
     void Form_Unload();
     void cmdExit_Click();
@@ -112,6 +120,7 @@ private:
     std::unique_ptr<RecordingPanel> recording_;
     std::unique_ptr<Guidance> guidance_;
     std::unique_ptr<MessageLine> messageLine_;
+    std::unique_ptr<QTranslator> qtTexts_;  // Qt's own texts in the message file's language
     bool confirmOnClose_ = true;
     bool unloadRequested_ = false;  // the program, not the close box, closes the window
     bool unloaded_ = false;

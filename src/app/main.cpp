@@ -1,42 +1,39 @@
 #include "app/QtPrompter.h"
 #include "app/frmMain.h"
 #include "camera/CameraFactory.h"
-#include "common/CameraDrivers.h"
 #include "common/Clock.h"
+#include "common/CommandLine.h"
 #include "common/ProgramFolder.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QScreen>
+#include <cstdio>
 
 int main(int argc, char** argv)
 {
+    // Help, version and usage errors need no display: they are answered before the application starts.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const tavix::CommandLine line = tavix::CommandLine::parse(arguments, QStringLiteral(TAVIX_VERSION));
+    if (line.action != tavix::CommandLine::Action::Run) {
+        std::fputs(line.output.toLocal8Bit().constData(),
+                   line.action == tavix::CommandLine::Action::Error ? stderr : stdout);
+        return line.exitCode();
+    }
+
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tavix"));
+    QApplication::setApplicationVersion(QStringLiteral(TAVIX_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("org.tavix.Tavix"));
 
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Live view, still pictures and measurement for cameras."));
-    parser.addHelpOption();
-    QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The program folder (holds Tavix.Ini)."),
-                            QStringLiteral("DIR"));
-    QCommandLineOption camera(
-        QStringLiteral("camera"),
-        QStringLiteral("Camera driver: %1.").arg(tavix::kCameraDrivers.join(QStringLiteral(", "))),
-        QStringLiteral("NAME"));
-    parser.addOption(home);
-    parser.addOption(camera);
-    parser.process(app);
-
-    const QString folder =
-        tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(parser.value(home)));
+    const QString folder = tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(line.home));
     tavix::QtPrompter prompter;
     tavix::SystemClock clock;
-    const QString cameraOption = parser.value(camera);
-    auto driverFactory = [&cameraOption](tavix::AppData& data) {
+    auto driverFactory = [&line](tavix::AppData& data) {
         auto choice = tavix::CameraFactory::create(
-            cameraOption.isEmpty() ? data.settings.DRIVER : cameraOption, data.folder,
-            [log = data.log](const QString& line) { log.write(line); },
+            line.camera.isEmpty() ? data.settings.DRIVER : line.camera, data.folder,
+            [log = data.log](const QString& text) { log.write(text); },
             {data.graphPath(), data.settings.CAMERAFILTERNAME});
         if (!choice.note.isEmpty())
             data.log.write(choice.note);
@@ -52,5 +49,8 @@ int main(int argc, char** argv)
         window.resize(window.minimumSize().expandedTo(room.boundedTo(QSize(1600, 1000))));
     }
     window.show();
+    // A picture named on the command line (opened from a file manager) comes up as the still.
+    if (!line.picture.isEmpty())
+        window.openPicture(line.picture);
     return QApplication::exec();
 }

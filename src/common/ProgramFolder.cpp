@@ -61,8 +61,14 @@ ProgramFolder::Sources ProgramFolder::fromEnvironment(const QString& homeOption)
     s.executableFolder = QCoreApplication::applicationDirPath();
     s.xdgDataHome = qEnvironmentVariable("XDG_DATA_HOME");
     s.userHome = QDir::homePath();
-    s.installedDefaults = QStringLiteral(TAVIX_INSTALLED_DATA_DIR);
+    s.installedDefaults = installedDefaults(s.executableFolder, QStringLiteral(TAVIX_INSTALLED_DATA_DIR));
     return s;
+}
+
+QString ProgramFolder::installedDefaults(const QString& executableFolder, const QString& configured)
+{
+    const QString beside = normalise(executableFolder + QStringLiteral("/../share/tavix"));
+    return holdsIni(beside) ? beside : configured;
 }
 
 QString ProgramFolder::append(const QString& folder, const QString& value)

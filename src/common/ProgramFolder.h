@@ -25,6 +25,10 @@ public:
     // Sources from the command line, the environment and the executable.
     static Sources fromEnvironment(const QString& homeOption);
 
+    // The installed data files: share/tavix beside the executable's bin folder
+    // (wherever the package was unpacked), else the configured install folder.
+    static QString installedDefaults(const QString& executableFolder, const QString& configured);
+
     // A settings value appended to the folder as it stands ("\Message_E.txt").
     static QString append(const QString& folder, const QString& value);
     // A settings value joined to the folder with a separator ("Camera.grf").

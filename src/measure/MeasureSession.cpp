@@ -45,6 +45,11 @@ int MeasureSession::toolNumber() const
     return tool_ ? tool_->number() : 0;
 }
 
+int MeasureSession::clickCount() const
+{
+    return tool_ ? tool_->clickCount() : 0;
+}
+
 void MeasureSession::selectButton(int index)
 {
     if (const auto number = ToolFactory::toolForButton(index, data_.settings))

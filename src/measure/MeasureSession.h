@@ -38,6 +38,8 @@ public:
     // No tool: the live picture runs.
     void clearTool();
     int toolNumber() const;
+    // Points clicked so far with the tool in use; 0 without a tool.
+    int clickCount() const;
 
     // Mouse over the still, in picture pixels.
     void move(PointD p);

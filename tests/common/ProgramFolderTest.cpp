@@ -2,6 +2,7 @@
 #include "common/ProgramFolder.h"
 
 #include <gtest/gtest.h>
+#include <QDir>
 
 using namespace tavix;
 using tavix::test::TempDir;
@@ -74,4 +75,23 @@ TEST(ProgramFolder, AppendAndJoinNormaliseBackslashes)
               QStringLiteral("/p/Message_E.txt"));
     EXPECT_EQ(ProgramFolder::join(QStringLiteral("/p"), QStringLiteral("sub\\Camera.grf")),
               QStringLiteral("/p/sub/Camera.grf"));
+}
+
+TEST(ProgramFolder, InstalledDefaults_BesideTheExecutablesBinFolder)
+{
+    // An unpacked package: root/usr/bin/tavix and root/usr/share/tavix/Tavix.Ini.
+    TempDir root;
+    root.write(QStringLiteral("usr/share/tavix/Tavix.Ini"), "[COMMON]\r\n");
+    QDir().mkpath(root.file(QStringLiteral("usr/bin")));
+    EXPECT_EQ(ProgramFolder::installedDefaults(root.file(QStringLiteral("usr/bin")), QStringLiteral("/x")),
+              root.file(QStringLiteral("usr/share/tavix")));
+}
+
+TEST(ProgramFolder, InstalledDefaults_ConfiguredFolder_WhenNoneBesideTheExecutable)
+{
+    TempDir root;
+    QDir().mkpath(root.file(QStringLiteral("usr/bin")));
+    EXPECT_EQ(ProgramFolder::installedDefaults(root.file(QStringLiteral("usr/bin")),
+                                               QStringLiteral("/usr/share/tavix")),
+              QStringLiteral("/usr/share/tavix"));
 }

@@ -140,6 +140,8 @@ void PicturePanel::cmdPicSave_Click()
         const auto result = PictureFiles::savePicture(request);
         QApplication::restoreOverrideCursor();
         PictureFiles::reportSaveFailure(result, prompter_, data_.messages, data_.log);
+        if (result.pictureWritten)
+            emit pictureFileChanged(name);
         resume();
     });
 }
@@ -150,8 +152,14 @@ void PicturePanel::cmdPicLoad_Click()
         if (!PictureFiles::confirmLoad(prompter_, data_.messages, results_, data_.settings.KEEPRESULT))
             return;
         const QString name = prompter_.fileName(PictureFiles::loadDialog(data_.messages));
-        if (name.isEmpty())
-            return;
+        if (!name.isEmpty())
+            loadPictureFile(name);
+    });
+}
+
+void PicturePanel::loadPictureFile(const QString& name)
+{
+    runGuarded(data_.log, QStringLiteral("frmMain:cmdPicLoad"), [this, &name] {
         // Frozen and at "x 1.0" before the file is read, whatever the file turns out to be.
         if (!camera_.stillShown())
             camera_.toggleLiveStill();
@@ -167,6 +175,7 @@ void PicturePanel::cmdPicLoad_Click()
         parts_.comments[0]->setText(loaded.comments[0]);
         parts_.comments[1]->setText(loaded.comments[1]);
         results_.ClearResults(0);
+        emit pictureFileChanged(name);
     });
 }
 

@@ -48,10 +48,16 @@ public:
 
     void cmdPicSave_Click();
     void cmdPicLoad_Click();
+    // Opens a picture file as the still, as the load button does once the name is chosen.
+    void loadPictureFile(const QString& fileName);
     void lblJpegQty_Click();
     void openSaveSetting();
 
     QCheckBox* measureSave() const { return chkMeasureSave_; }
+
+signals:
+    // A picture file was loaded or saved: the window shows its name.
+    void pictureFileChanged(const QString& fileName);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -10,11 +10,13 @@
 #include "common/Twips.h"
 
 #include <gtest/gtest.h>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTableWidget>
@@ -424,17 +426,15 @@ QStringList overlaps(QWidget* parent)
     return out;
 }
 
-}  // namespace
-
 // Every control of the view strip shows its whole text at the smallest window.
-TEST_F(frmMainStart, ViewStrip_ControlsFitTheirTexts_AtTheSmallestWindow)
+void expectViewStripFits(frmMain& w)
 {
-    frmMain w(dir.path(), prompter, clock, simCamera());
     ASSERT_TRUE(w.Form_Load());
     w.show();
     w.resize(w.minimumSize());
     QCoreApplication::processEvents();
-    auto* strip = find<QWidget>(w, "picViewCommandArea");
+    auto* strip = w.findChild<QWidget*>(QStringLiteral("picViewCommandArea"));
+    ASSERT_NE(strip, nullptr);
     EXPECT_TRUE(overlaps(strip).isEmpty()) << overlaps(strip).join(QStringLiteral(", ")).toStdString();
     for (QWidget* control : strip->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
         if (!control->isVisibleTo(strip) || qobject_cast<QLineEdit*>(control))
@@ -449,6 +449,29 @@ TEST_F(frmMainStart, ViewStrip_ControlsFitTheirTexts_AtTheSmallestWindow)
         EXPECT_LE(needed, control->width()) << name;
     }
     w.setConfirmOnClose(false);
+}
+
+}  // namespace
+
+TEST_F(frmMainStart, ViewStrip_ControlsFitTheirTexts_AtTheSmallestWindow)
+{
+    frmMain w(dir.path(), prompter, clock, simCamera());
+    expectViewStripFits(w);
+}
+
+TEST_F(frmMainStart, ViewStrip_ControlsFitTheirTexts_AtTheSmallestWindow_InJapanese)
+{
+    const QFont appFont = QApplication::font();
+    QString text = QString::fromUtf8(ini());
+    text.replace(QStringLiteral("_E.txt"), QStringLiteral("_J.txt"));  // message and guidance file
+    dir.write(QStringLiteral("Tavix.Ini"), text.toUtf8());
+    {
+        frmMain w(dir.path(), prompter, clock, simCamera());
+        expectViewStripFits(w);
+        EXPECT_EQ(w.findChild<QPushButton*>(QStringLiteral("cmdPicLoad"))->text(),
+                  QStringLiteral("画像を開く"));
+    }
+    QApplication::setFont(appFont);  // the Japanese start set the program's font
 }
 
 TEST_F(frmMainStart, Resize_SmallerThanMinimum_SnapsBack)
@@ -554,5 +577,21 @@ TEST_F(frmMainStart, Guidance_ShowsInCommentBoxesAndGivesUserTextBack)
     w.guidance().HideGuidance();
     EXPECT_EQ(box0->text(), QStringLiteral("sample 4"));
     EXPECT_FALSE(box0->isReadOnly());
+    w.setConfirmOnClose(false);
+}
+
+// The pointer in the gaps between the areas is over the client area itself, which is no picture.
+TEST_F(frmMainStart, PointerBetweenTheAreas_IsIgnored)
+{
+    frmMain w(dir.path(), prompter, clock, simCamera());
+    ASSERT_TRUE(w.Form_Load());
+    w.show();
+    QWidget* client = w.centralWidget();
+    QTest::mouseMove(client, QPoint(client->width() - 2, client->height() - 2));
+    QMouseEvent move(QEvent::MouseMove, QPointF(3, 3), client->mapToGlobal(QPointF(3, 3)), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(client, &move);
+    QTest::mouseClick(client, Qt::LeftButton, {}, QPoint(3, 3));
+    EXPECT_TRUE(w.isVisible());
     w.setConfirmOnClose(false);
 }

@@ -1,0 +1,55 @@
+# Desktop integration (menu entry, icons, AppStream metainfo) and the Debian
+# package made by CPack: `cpack -G DEB` in a build folder, or scripts/package.sh.
+set(TAVIX_APP_ID org.tavix.Tavix)
+
+install(FILES packaging/${TAVIX_APP_ID}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+
+string(TIMESTAMP TAVIX_RELEASE_DATE "%Y-%m-%d" UTC)
+configure_file(packaging/${TAVIX_APP_ID}.metainfo.xml ${CMAKE_BINARY_DIR}/${TAVIX_APP_ID}.metainfo.xml @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/${TAVIX_APP_ID}.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+
+set(TAVIX_ICON_SVG ${PROJECT_SOURCE_DIR}/packaging/${TAVIX_APP_ID}.svg)
+install(FILES ${TAVIX_ICON_SVG} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+# The bitmap sizes are drawn from the SVG at build time.
+find_program(RSVG_CONVERT rsvg-convert)
+if(RSVG_CONVERT)
+  set(icons)
+  foreach(size 48 128 256)
+    set(png ${CMAKE_BINARY_DIR}/icons/${size}x${size}/${TAVIX_APP_ID}.png)
+    add_custom_command(OUTPUT ${png}
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/icons/${size}x${size}
+      COMMAND ${RSVG_CONVERT} -w ${size} -h ${size} -o ${png} ${TAVIX_ICON_SVG}
+      DEPENDS ${TAVIX_ICON_SVG}
+      COMMENT "Drawing the ${size}x${size} icon")
+    install(FILES ${png} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps)
+    list(APPEND icons ${png})
+  endforeach()
+  add_custom_target(tavix_icons ALL DEPENDS ${icons})
+else()
+  message(WARNING "rsvg-convert not found (Debian: librsvg2-bin): the package gets the SVG icon only")
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tavix)
+set(CPACK_PACKAGE_VENDOR "The Tavix developers")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "live camera view, still pictures and calibrated measurement")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+  "Tavix shows the live picture of a measuring camera (GenICam, vendor SDK or\n"
+  "a simulated camera), freezes a still and measures on it with the mouse in\n"
+  "calibrated units: distances, circles, arcs, angles, areas and point counts.\n"
+  "Results save as CSV; pictures as bitmap or JPEG, interval series or video.\n"
+  "English and Japanese texts.")
+string(JOIN "" CPACK_DEBIAN_PACKAGE_DESCRIPTION ${CPACK_DEBIAN_PACKAGE_DESCRIPTION})
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The Tavix developers <tavix@localhost>")
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+# The dependencies follow from the libraries the executable links.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Recording needs the JPEG encoder and AVI muxer plug-ins; Japanese texts want a CJK font
+# and Qt's own Japanese texts for message boxes and file dialogs.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gstreamer1.0-plugins-good, fonts-noto-cjk, qt6-translations-l10n")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+include(CPack)
