@@ -18,6 +18,7 @@
 #include "files/ui/IntervalSavePanel.h"
 #include "files/ui/PicturePanel.h"
 #include "files/ui/RecordingPanel.h"
+#include "measure/EdgeSnap.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
@@ -232,6 +233,16 @@ void frmMain::connectMeasuring()
         session_->clearTool();
         measure_->calibrationLengthMarked(pixels, Magnification::valueOf(cboScale_->currentText()));
     });
+    const auto applyEdgeSnap = [this](bool on) {
+        if (!on) {
+            session_->setPointSnap(nullptr);
+            return;
+        }
+        // The still as the camera panel holds it now; the snap reads only around the pointer.
+        session_->setPointSnap([this](PointD p) { return EdgeSnap(camera_->still()).snap(p); });
+    };
+    applyEdgeSnap(data_.settings.EDGESNAP != 0);
+    connect(measure_.get(), &MeasurePanel::edgeSnapChanged, this, applyEdgeSnap);
     connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this, still] {
         session_->relabel();
         still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));

@@ -39,6 +39,9 @@ public:
     void clearTool();
     int toolNumber() const;
 
+    // Where a pointer position lands (edge snap), or nothing to take it as it is.
+    void setPointSnap(std::function<PointD(PointD)> snap);
+
     // Mouse over the still, in picture pixels.
     void move(PointD p);
     void release(PointD p, Qt::MouseButton button);
@@ -81,6 +84,7 @@ private:
     std::unique_ptr<MeasureTool> tool_;
     MeasurementStore store_;
     RunningAverage twoPointAverage_;
+    std::function<PointD(PointD)> snap_;
 };
 
 }  // namespace tavix

@@ -71,6 +71,8 @@ signals:
     void rowsSelected(int first, int last);
     // The measurement settings changed: colours, decimals, font size, tool modes.
     void measureSettingsChanged();
+    // chkEdgeSnap was switched (EDGESNAP holds the new state).
+    void edgeSnapChanged(bool on);
     // A calibration length is to be marked on the picture with this tool.
     void calibrationMarkingRequested(qint16 toolNumber, qint16 guidanceNumber);
 
@@ -104,6 +106,7 @@ private:
     QPushButton* cmdResultRemove_ = nullptr;
     QPushButton* cmdResultSave_ = nullptr;
     QCheckBox* chkKeepResult_ = nullptr;
+    QCheckBox* chkEdgeSnap_ = nullptr;
 };
 
 }  // namespace tavix
