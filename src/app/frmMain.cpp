@@ -214,6 +214,7 @@ void frmMain::connectMeasuring()
     };
     session_ = std::make_unique<MeasureSession>(data_, measure_->results(), *guidance_, prompter_, units);
     measure_->setTwoPointAverage([this] { return session_->twoPointAverage(); });
+    measure_->setStillSource([this] { return camera_->stillShown() ? camera_->still() : QImage(); });
     StillViewWidget* still = camera_->stillView();
     still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
     connect(still, &StillViewWidget::pictureMoved, session_.get(), &MeasureSession::move);

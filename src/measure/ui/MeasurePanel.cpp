@@ -299,6 +299,8 @@ void MeasurePanel::refreshButtons()
 void MeasurePanel::runProofDialog()
 {
     frmProofConfig dialog(*calibration_, data_.messages, data_.log, cboProof_->window());
+    if (still_)
+        dialog.setStill(still_());
     runDialog_(dialog);
     const auto after = calibration_->dialogClosed();
     if (after.measure) {

@@ -4,6 +4,7 @@
 #include "calib/ScaleBarSwitch.h"
 #include "measure/ResultTable.h"
 
+#include <QImage>
 #include <QObject>
 #include <array>
 #include <functional>
@@ -42,6 +43,8 @@ public:
     void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
     // The two-point average that the measuring keeps, for the result file.
     void setTwoPointAverage(std::function<double()> average) { twoPointAverage_ = std::move(average); }
+    // The still shown now (none while the live picture runs), for "From scale".
+    void setStillSource(std::function<QImage()> still) { still_ = std::move(still); }
 
     // Captions, the calibration list and the check boxes from the settings.
     void applySettings();
@@ -92,6 +95,7 @@ private:
     std::unique_ptr<CalibrationController> calibration_;
     DialogRunner runDialog_;
     std::function<double()> twoPointAverage_;
+    std::function<QImage()> still_;
     bool measuringEnabled_ = false;
 
     QComboBox* cboProof_ = nullptr;
