@@ -19,6 +19,7 @@
 #include "files/ui/IntervalSavePanel.h"
 #include "files/ui/PicturePanel.h"
 #include "files/ui/RecordingPanel.h"
+#include "measure/EdgeSnap.h"
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
@@ -219,6 +220,7 @@ void frmMain::connectMeasuring()
     };
     session_ = std::make_unique<MeasureSession>(data_, measure_->results(), *guidance_, prompter_, units);
     measure_->setTwoPointAverage([this] { return session_->twoPointAverage(); });
+    measure_->setStillSource([this] { return camera_->stillShown() ? camera_->still() : QImage(); });
     StillViewWidget* still = camera_->stillView();
     still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
     connect(still, &StillViewWidget::pictureMoved, session_.get(), &MeasureSession::move);
@@ -238,6 +240,16 @@ void frmMain::connectMeasuring()
         session_->clearTool();
         measure_->calibrationLengthMarked(pixels, Magnification::valueOf(cboScale_->currentText()));
     });
+    const auto applyEdgeSnap = [this](bool on) {
+        if (!on) {
+            session_->setPointSnap(nullptr);
+            return;
+        }
+        // The still as the camera panel holds it now; the snap reads only around the pointer.
+        session_->setPointSnap([this](PointD p) { return EdgeSnap(camera_->still()).snap(p); });
+    };
+    applyEdgeSnap(data_.settings.EDGESNAP != 0);
+    connect(measure_.get(), &MeasurePanel::edgeSnapChanged, this, applyEdgeSnap);
     connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this, still] {
         session_->relabel();
         still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));

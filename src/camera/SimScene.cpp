@@ -88,6 +88,23 @@ void drawNumber(QPainter& p, int number, double x, double top, double height)
     }
 }
 
+// A disc as a polygon fine enough to stay within a thousandth of a pixel of
+// the circle: a drawn ellipse is flattened more coarsely and comes out
+// visibly smaller, which would make the scene's stated sizes wrong.
+void drawDisc(QPainter& p, const SimScene::Circle& c, double umPerPixel)
+{
+    const double r = c.diameter / 2;
+    const double rPixels = r / umPerPixel;
+    const int n = std::max(64, static_cast<int>(std::ceil(M_PI / std::acos(1.0 - 0.001 / rPixels))));
+    QPolygonF polygon;
+    polygon.reserve(n);
+    for (int i = 0; i < n; ++i) {
+        const double a = 2 * M_PI * i / n;
+        polygon << c.centre + QPointF(r * std::cos(a), r * std::sin(a));
+    }
+    p.drawPolygon(polygon);
+}
+
 void drawScale(QPainter& p, const SimScene::Scale& s, bool numbered)
 {
     QPen pen(reflectance(kInk), s.lineWidth, Qt::SolidLine, Qt::FlatCap);
@@ -179,9 +196,9 @@ QImage SimScene::render(QSize size)
                                                     static_cast<float>(patch.reflectance)));
         p.setPen(Qt::NoPen);
         p.setBrush(reflectance(kLargeDisc));
-        p.drawEllipse(g.largeCircle.centre, g.largeCircle.diameter / 2, g.largeCircle.diameter / 2);
+        drawDisc(p, g.largeCircle, s);
         p.setBrush(reflectance(kSmallDisc));
-        p.drawEllipse(g.smallCircle.centre, g.smallCircle.diameter / 2, g.smallCircle.diameter / 2);
+        drawDisc(p, g.smallCircle, s);
         p.setBrush(reflectance(kRectangle));
         p.drawPolygon(g.rectangle.data(), static_cast<int>(g.rectangle.size()));
         p.setBrush(reflectance(kTriangle));

@@ -24,6 +24,7 @@ const QList<Tip>& all()
         {"cmdResultRemove", 40112, {}},
         {"cmdResultSave", 40113, {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}},
         {"chkKeepResult", 40114, {}},
+        {"chkEdgeSnap", 40115, {}},
     };
     return tips;
 }

@@ -95,6 +95,8 @@ const std::vector<Key>& keys()
         {"MEASURE", "CIRCLEARCSELECT", TAVIX_FIELD(CIRCLEARCSELECT), UseDefault, "0", between(0, 1)},
         {"MEASURE", "KEEPRESULT", TAVIX_FIELD(KEEPRESULT), UseDefault, "0", between(0, 1)},
         {"MEASURE", "2POINTAVERAGE", TAVIX_FIELD(_2POINTAVERAGE), UseDefault, "0", between(0, 1)},
+        // Missing in settings files older than the edge snap: off.
+        {"MEASURE", "EDGESNAP", TAVIX_FIELD(EDGESNAP), UseDefault, "0", between(0, 1)},
         {"ICUBE", "DEFAULTRESOLUTION", TAVIX_FIELD(DEFAULTRESOLUTION), UseDefault, "-1"},
         // No lower bound on purpose: only a too long wait is refused.
         {"ICUBE", "STILLWAITTIME", TAVIX_FIELD(STILLWAITTIME), UseDefault, "500", atMost(1000)},
@@ -230,6 +232,7 @@ void SettingsFile::writeExitSettings(const Settings& s, qint16 selectedScaleInde
         {measure, QStringLiteral("2POINTCOMMANDMODE"), number(s._2POINTCOMMANDMODE)},
         {measure, QStringLiteral("CIRCLEARCSELECT"), number(s.CIRCLEARCSELECT)},
         {measure, QStringLiteral("KEEPRESULT"), number(s.KEEPRESULT)},
+        {measure, QStringLiteral("EDGESNAP"), number(s.EDGESNAP)},
         {QStringLiteral("ICUBE"), QStringLiteral("DEFAULTRESOLUTION "), number(s.DEFAULTRESOLUTION)},
         {QStringLiteral("ICUBE"), QStringLiteral("STILLWAITTIME "), number(s.STILLWAITTIME)},
     };

@@ -76,11 +76,25 @@ void MeasureSession::showGuidance()
         guidance_.DispGuidance(static_cast<qint16>(tool_->guidance()));
 }
 
+void MeasureSession::setPointSnap(std::function<PointD(PointD)> snap)
+{
+    snap_ = std::move(snap);
+}
+
 void MeasureSession::move(PointD p)
 {
-    if (!tool_ || tool_->clickCount() == 0)
+    if (!tool_)
         return;
-    emit previewChanged(tool_->preview(p, context()));
+    if (!snap_) {
+        if (tool_->clickCount() > 0)
+            emit previewChanged(tool_->preview(p, context()));
+        return;
+    }
+    // The mark shows where a release here would place the point.
+    const PointD at = snap_(p);
+    Shape preview = tool_->clickCount() > 0 ? tool_->preview(at, context()) : Shape{};
+    preview.marks.push_back(at);
+    emit previewChanged(preview);
 }
 
 void MeasureSession::release(PointD p, Qt::MouseButton button)
@@ -94,7 +108,7 @@ void MeasureSession::release(PointD p, Qt::MouseButton button)
     if (button != Qt::LeftButton)
         return;
     const bool done = runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
-        tool_->addPoint(p);
+        tool_->addPoint(snap_ ? snap_(p) : p);
         if (tool_->complete())
             complete();
         else

@@ -41,6 +41,9 @@ public:
     // Points clicked so far with the tool in use; 0 without a tool.
     int clickCount() const;
 
+    // Where a pointer position lands (edge snap), or nothing to take it as it is.
+    void setPointSnap(std::function<PointD(PointD)> snap);
+
     // Mouse over the still, in picture pixels.
     void move(PointD p);
     void release(PointD p, Qt::MouseButton button);
@@ -83,6 +86,7 @@ private:
     std::unique_ptr<MeasureTool> tool_;
     MeasurementStore store_;
     RunningAverage twoPointAverage_;
+    std::function<PointD(PointD)> snap_;
 };
 
 }  // namespace tavix

@@ -61,6 +61,7 @@ const QByteArray validIni =
     "CIRCLEARCSELECT=1\r\n"
     "KEEPRESULT=1\r\n"
     "2POINTAVERAGE=1\r\n"
+    "EDGESNAP=1\r\n"
     "UNKNOWNKEY=kept as it is\r\n"
     "\r\n"
     "[ICUBE]\r\n"
@@ -265,6 +266,24 @@ TEST_F(SettingsFileTest, Load_MissingKeepResult_GivesZero)
 
     ASSERT_TRUE(load(s));
     EXPECT_EQ(s.KEEPRESULT, 0);
+}
+
+// Settings files from before the edge snap keep working: it is off.
+TEST_F(SettingsFileTest, Load_MissingEdgeSnap_GivesZero)
+{
+    writeIni(without({QStringLiteral("EDGESNAP")}));
+    Settings s;
+    s.EDGESNAP = 1;
+
+    ASSERT_TRUE(load(s));
+    EXPECT_EQ(s.EDGESNAP, 0);
+}
+
+TEST_F(SettingsFileTest, Load_EdgeSnapOfTwo_StopsTheLoad)
+{
+    writeIni(withValue(QStringLiteral("EDGESNAP"), QStringLiteral("2")));
+    Settings s;
+    EXPECT_FALSE(load(s));
 }
 
 TEST_F(SettingsFileTest, Load_MissingDefaultResolution_GivesMinusOne)
@@ -734,6 +753,7 @@ TEST_F(SettingsFileTest, ExitWrites_GoOnAfterAFailedKey_InTheirOrder)
         "[Section]=MEASURE,[Key]=2POINTCOMMANDMODE,[Value]=1",
         "[Section]=MEASURE,[Key]=CIRCLEARCSELECT,[Value]=1",
         "[Section]=MEASURE,[Key]=KEEPRESULT,[Value]=1",
+        "[Section]=MEASURE,[Key]=EDGESNAP,[Value]=1",
         "[Section]=ICUBE,[Key]=DEFAULTRESOLUTION ,[Value]=2",
         "[Section]=ICUBE,[Key]=STILLWAITTIME ,[Value]=300",
         "[Section]=INTERVALSAVE,[Key]=INTERVALTIME,[Value]=10",

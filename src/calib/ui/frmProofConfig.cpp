@@ -1,6 +1,8 @@
 #include "calib/ui/frmProofConfig.h"
 
 #include "calib/CalibrationController.h"
+#include "calib/ScalePeriod.h"
+#include "calib/ui/ScaleLineView.h"
 #include "common/HandlerGuard.h"
 #include "common/MessageTable.h"
 #include "common/NumberText.h"
@@ -36,6 +38,13 @@ enum Caption : qint32 {
     kLineAndPoint = 14008,
     kBothAxes = 14009,
     kSameFactor = 14010,
+    kFromScale = 14020,
+    kDivision = 14021,
+    kDrawAlongScale = 14022,
+    kDivisionsUsed = 24020,
+    kSpread = 24021,
+    kNoDivisions = 24022,
+    kBadDivision = 24023,
 };
 
 // A length as the dialog shows it; none typed yet shows nothing.
@@ -119,7 +128,28 @@ void frmProofConfig::buildControls()
     buttons->addStretch(1);
     buttons->addWidget(cmdOK_);
     buttons->addWidget(cmdCancel_);
-    grid->addLayout(buttons, 6, 0, 1, 3);
+    // From scale: a line dragged along a micrometer's divisions on the still.
+    lblDivision_ = named(new QLabel(this), QStringLiteral("lblDivision"));
+    txtDivision_ = named(new QLineEdit(QStringLiteral("10"), this), QStringLiteral("txtDivision"));
+    lblDivision_->setBuddy(txtDivision_);
+    cmdFromScale_ = named(new QPushButton(this), QStringLiteral("cmdFromScale"));
+    cmdFromScale_->setAutoDefault(false);
+    cmdFromScale_->setEnabled(false);
+    connect(cmdFromScale_, &QPushButton::clicked, this,
+            [this] { guarded("cmdFromScale_Click", [this] { cmdFromScale_Click(); }); });
+    grid->addWidget(lblDivision_, 6, 0);
+    grid->addWidget(txtDivision_, 6, 1);
+    grid->addWidget(cmdFromScale_, 6, 2);
+    picFromScale_ = named(new ScaleLineView(this), QStringLiteral("picFromScale"));
+    picFromScale_->hide();
+    connect(picFromScale_, &ScaleLineView::lineDrawn, this, [this](PointD from, PointD to) {
+        guarded("picFromScale_MouseUp", [&] { scaleLineDrawn(from, to); });
+    });
+    grid->addWidget(picFromScale_, 7, 0, 1, 3);
+    lblFromScale_ = named(new QLabel(this), QStringLiteral("lblFromScale"));
+    lblFromScale_->setWordWrap(true);
+    grid->addWidget(lblFromScale_, 8, 0, 1, 3);
+    grid->addLayout(buttons, 9, 0, 1, 3);
     grid->setColumnStretch(1, 1);
 }
 
@@ -137,6 +167,8 @@ void frmProofConfig::Form_Load()
     optPointMode_[0]->setText(m(kTwoPoints));
     optPointMode_[1]->setText(m(kLineAndPoint));
     chkAxisOption_->setText(m(kSameFactor));
+    lblDivision_->setText(m(kDivision));
+    cmdFromScale_->setText(m(kFromScale));
     // Room for either axis caption, so the dialog keeps its width when the option changes.
     const QFontMetrics metrics = lblXAxis_->fontMetrics();
     if (auto* grid = qobject_cast<QGridLayout*>(layout()))
@@ -203,6 +235,46 @@ void frmProofConfig::cmdCancel_Click()
 {
     controller_.cancel();
     QDialog::reject();
+}
+
+void frmProofConfig::setStill(const QImage& still)
+{
+    still_ = still;
+    cmdFromScale_->setEnabled(!still_.isNull());
+}
+
+void frmProofConfig::cmdFromScale_Click()
+{
+    picFromScale_->setPicture(still_);
+    picFromScale_->show();
+    lblFromScale_->setText(messages_(kDrawAlongScale));
+}
+
+void frmProofConfig::scaleLineDrawn(PointD from, PointD to)
+{
+    const double division = NumberText::val(txtDivision_->text());
+    if (!(division > 0)) {
+        lblFromScale_->setText(messages_(kBadDivision));
+        txtDivision_->setFocus();
+        return;
+    }
+    const auto found = ScalePeriod::measure(still_, from, to);
+    if (!found) {
+        lblFromScale_->setText(messages_(kNoDivisions));
+        return;
+    }
+    // A line more across than down is the x axis; with one factor for both, always x.
+    const bool x = chkAxisOption_->isChecked() || std::abs(to.x - from.x) >= std::abs(to.y - from.y);
+    const CalibrationAxis axis = x ? CalibrationAxis::X : CalibrationAxis::Y;
+    CalibrationMath::applyTrueLength(controller_.buffer(), axis, division * found->divisions,
+                                     found->periodPixels * found->divisions, 1.0);
+    const ProofEntry& buffer = controller_.buffer();
+    lblValue_[x ? 0 : 1]->setText(valueText(x ? buffer.XValue : buffer.YValue));
+    const double factor = x ? buffer.XFactor : buffer.YFactor;
+    lblFromScale_->setText(QStringLiteral("%1 %2: %3 / px, %4, %5")
+                               .arg(messages_(x ? kXAxis : kYAxis), NumberText::general(factor),
+                                    cboUnit_->currentText(), messages_(kDivisionsUsed, found->divisions),
+                                    messages_(kSpread, QString::number(found->spreadPixels, 'f', 3))));
 }
 
 void frmProofConfig::reject()

@@ -2,7 +2,10 @@
 
 #include "common/ui/GuardedDialog.h"
 
+#include "measure/PointD.h"
+
 #include <QDialog>
+#include <QImage>
 #include <array>
 #include <functional>
 
@@ -19,6 +22,7 @@ namespace tavix {
 class CalibrationController;
 class ErrorLog;
 class MessageTable;
+class ScaleLineView;
 
 // The calibration dialog: name and unit of the selected entry, the marking
 // mode, and a measure button per axis that closes the dialog so the length
@@ -33,6 +37,10 @@ public:
     frmProofConfig(CalibrationController& controller, const MessageTable& messages, const ErrorLog& log,
                    QWidget* parent = nullptr);
 
+    // The still the divisions of a micrometer are measured on; "From scale"
+    // stays off without one.
+    void setStill(const QImage& still);
+
 public slots:
     void reject() override;
 
@@ -43,6 +51,8 @@ private:
     void cmdValue_Click(int index);
     void cmdOK_Click();
     void cmdCancel_Click();
+    void cmdFromScale_Click();
+    void scaleLineDrawn(PointD from, PointD to);
 
     CalibrationController& controller_;
     const MessageTable& messages_;
@@ -59,6 +69,12 @@ private:
     std::array<QPushButton*, 2> cmdValue_{};
     QPushButton* cmdOK_ = nullptr;
     QPushButton* cmdCancel_ = nullptr;
+    QLabel* lblDivision_ = nullptr;
+    QLineEdit* txtDivision_ = nullptr;
+    QPushButton* cmdFromScale_ = nullptr;
+    ScaleLineView* picFromScale_ = nullptr;
+    QLabel* lblFromScale_ = nullptr;
+    QImage still_;
 };
 
 }  // namespace tavix

@@ -40,6 +40,7 @@ enum Caption : qint32 {
     kCalibration = 40020,
     kMeasuringTools = 40025,
     kResults = 40026,
+    kEdgeSnap = 40040,
 };
 
 }  // namespace
@@ -88,6 +89,14 @@ void MeasurePanel::build(QWidget* area)
     cmdMeasureConfig_ = named(new QPushButton(fraTools_), QStringLiteral("cmdMeasureConfig"));
     cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 24 + 3 * 38, buttonWidth, 34);
     connect(cmdMeasureConfig_, &QPushButton::clicked, this, &MeasurePanel::cmdMeasureConfig_Click);
+
+    // Under the tools, above the results' caption.
+    chkEdgeSnap_ = named(new QCheckBox(area), QStringLiteral("chkEdgeSnap"));
+    chkEdgeSnap_->setGeometry(12, 246, width - 6, 24);
+    connect(chkEdgeSnap_, &QCheckBox::clicked, this, [this](bool checked) {
+        data_.settings.EDGESNAP = checked ? 1 : 0;
+        emit edgeSnapChanged(checked);
+    });
 
     lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
     lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
@@ -199,6 +208,9 @@ void MeasurePanel::applySettings()
     chkKeepResult_->setText(m(kKeepResults));
     results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
     chkKeepResult_->setChecked(s.KEEPRESULT != 0);
+    chkEdgeSnap_->setText(m(kEdgeSnap));
+    chkEdgeSnap_->setChecked(s.EDGESNAP != 0);
+    emit edgeSnapChanged(s.EDGESNAP != 0);
     results_.setKeepResult(s.KEEPRESULT != 0);
     results_.reformat(s.NUMBEROFDECIMALS);
     data_.valueFormat = ValueFormat::pattern(s.NUMBEROFDECIMALS);
@@ -287,6 +299,8 @@ void MeasurePanel::refreshButtons()
 void MeasurePanel::runProofDialog()
 {
     frmProofConfig dialog(*calibration_, data_.messages, data_.log, cboProof_->window());
+    if (still_)
+        dialog.setStill(still_());
     runDialog_(dialog);
     const auto after = calibration_->dialogClosed();
     if (after.measure) {

@@ -4,6 +4,7 @@
 #include "calib/ScaleBarSwitch.h"
 #include "measure/ResultTable.h"
 
+#include <QImage>
 #include <QObject>
 #include <array>
 #include <functional>
@@ -42,6 +43,8 @@ public:
     void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
     // The two-point average that the measuring keeps, for the result file.
     void setTwoPointAverage(std::function<double()> average) { twoPointAverage_ = std::move(average); }
+    // The still shown now (none while the live picture runs), for "From scale".
+    void setStillSource(std::function<QImage()> still) { still_ = std::move(still); }
 
     // Captions, the calibration list and the check boxes from the settings.
     void applySettings();
@@ -71,6 +74,8 @@ signals:
     void rowsSelected(int first, int last);
     // The measurement settings changed: colours, decimals, font size, tool modes.
     void measureSettingsChanged();
+    // chkEdgeSnap was switched (EDGESNAP holds the new state).
+    void edgeSnapChanged(bool on);
     // A calibration length is to be marked on the picture with this tool.
     void calibrationMarkingRequested(qint16 toolNumber, qint16 guidanceNumber);
 
@@ -90,6 +95,7 @@ private:
     std::unique_ptr<CalibrationController> calibration_;
     DialogRunner runDialog_;
     std::function<double()> twoPointAverage_;
+    std::function<QImage()> still_;
     bool measuringEnabled_ = false;
 
     QComboBox* cboProof_ = nullptr;
@@ -104,6 +110,7 @@ private:
     QPushButton* cmdResultRemove_ = nullptr;
     QPushButton* cmdResultSave_ = nullptr;
     QCheckBox* chkKeepResult_ = nullptr;
+    QCheckBox* chkEdgeSnap_ = nullptr;
 };
 
 }  // namespace tavix
