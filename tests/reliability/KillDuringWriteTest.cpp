@@ -107,13 +107,14 @@ TEST_P(KillDuringWrite, EveryFileIsWholeOldOrWholeNew)
             const QByteArray content = readAll(path);
             const bool isOld = content == versions.old.at(name);
             const bool isYoung = content == versions.young.at(name);
-            ASSERT_TRUE(isOld || isYoung) << name.toStdString() << " torn after kill " << i << ": "
-                                          << content.size() << " bytes";
+            ASSERT_TRUE(isOld || isYoung)
+                << name.toStdString() << " torn after kill " << i << ": " << content.size() << " bytes";
             old += isOld;
             young += isYoung;
         }
         midWrite += killedInsideAWrite(child);
     }
+    EXPECT_GT(midWrite, 0) << "no kill landed inside a write";
     std::printf("[ figures  ] %s: %d kills, %d old, %d new, %d killed inside a write, 0 torn\n",
                 qPrintable(nameOf(kind)), kills, old, young, midWrite);
 }

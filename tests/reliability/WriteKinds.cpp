@@ -1,5 +1,6 @@
 #include "WriteKinds.h"
 
+#include "ScriptedPrompter.h"
 #include "calib/ProofTable.h"
 #include "camera/SimCamera.h"
 #include "common/Clock.h"
@@ -12,16 +13,15 @@
 #include "files/JpegWriter.h"
 #include "files/PictureFiles.h"
 #include "measure/ResultTable.h"
-#include "ScriptedPrompter.h"
 
 #include <QDir>
 #include <QFile>
 #include <QPainter>
 #include <chrono>
-#include <map>
-#include <tuple>
 #include <cmath>
+#include <map>
 #include <thread>
+#include <tuple>
 
 namespace tavix::reliability {
 
@@ -34,10 +34,10 @@ struct KindInfo {
 };
 
 const KindInfo kInfo[] = {
-    {Kind::Settings, "settings", "Tavix.Ini"},     {Kind::Calibration, "calibration", "Proof.dat"},
-    {Kind::Results, "results", "results.csv"},     {Kind::Bitmap, "bitmap", "picture.bmp"},
-    {Kind::Jpeg, "jpeg", "picture.jpg"},           {Kind::Comment, "comment", "commented.txt"},
-    {Kind::Series, "series", "series0001.jpg"},    {Kind::Recording, "recording", "clip.avi"},
+    {Kind::Settings, "settings", "Tavix.Ini"},  {Kind::Calibration, "calibration", "Proof.dat"},
+    {Kind::Results, "results", "results.csv"},  {Kind::Bitmap, "bitmap", "picture.bmp"},
+    {Kind::Jpeg, "jpeg", "picture.jpg"},        {Kind::Comment, "comment", "commented.txt"},
+    {Kind::Series, "series", "series0001.jpg"}, {Kind::Recording, "recording", "clip.avi"},
 };
 
 const KindInfo& infoOf(Kind kind)
@@ -100,8 +100,8 @@ bool writeCalibration(const QString& path, int version)
 bool writeResults(const QString& path, int version)
 {
     ResultTable table;
-    table.setHeaderCaptions({QStringLiteral("No."), QStringLiteral("Kind"), QStringLiteral("Value"),
-                             QStringLiteral("Unit")});
+    table.setHeaderCaptions(
+        {QStringLiteral("No."), QStringLiteral("Kind"), QStringLiteral("Value"), QStringLiteral("Unit")});
     for (int i = 0; i < 500 && !table.isFull(); ++i)
         table.addResult(QStringLiteral("Distance"), i * 1.5 + version, QStringLiteral("µm"));
     return table.saveCsv(path);
@@ -140,8 +140,9 @@ bool writeSeries(const QString& path, int version)
 
 const std::vector<Kind>& allKinds()
 {
-    static const std::vector<Kind> kinds = {Kind::Settings, Kind::Calibration, Kind::Results, Kind::Bitmap,
-                                            Kind::Jpeg,     Kind::Comment,     Kind::Series,  Kind::Recording};
+    static const std::vector<Kind> kinds = {Kind::Settings, Kind::Calibration, Kind::Results,
+                                            Kind::Bitmap,   Kind::Jpeg,        Kind::Comment,
+                                            Kind::Series,   Kind::Recording};
     return kinds;
 }
 
@@ -177,24 +178,24 @@ bool writeVersion(Kind kind, const QString& folder, int version)
 {
     const QString path = filePath(kind, folder);
     switch (kind) {
-    case Kind::Settings:
-        return writeSettings(path, version);
-    case Kind::Calibration:
-        return writeCalibration(path, version);
-    case Kind::Results:
-        return writeResults(path, version);
-    case Kind::Bitmap:
-        return BmpFile::write(path, picture(version)) == 0;
-    case Kind::Jpeg: {
-        const QImage image = picture(version);
-        return SaveJpeg(&image, path, 85) == JpegWriter::kOk;
-    }
-    case Kind::Comment:
-        return writeComment(folder, version);
-    case Kind::Series:
-        return writeSeries(path, version);
-    case Kind::Recording:
-        return record(folder, 0.5 + version * 0.5, false);
+        case Kind::Settings:
+            return writeSettings(path, version);
+        case Kind::Calibration:
+            return writeCalibration(path, version);
+        case Kind::Results:
+            return writeResults(path, version);
+        case Kind::Bitmap:
+            return BmpFile::write(path, picture(version)) == 0;
+        case Kind::Jpeg: {
+            const QImage image = picture(version);
+            return SaveJpeg(&image, path, 85) == JpegWriter::kOk;
+        }
+        case Kind::Comment:
+            return writeComment(folder, version);
+        case Kind::Series:
+            return writeSeries(path, version);
+        case Kind::Recording:
+            return record(folder, 0.5 + version * 0.5, false);
     }
     return false;
 }
@@ -213,8 +214,8 @@ bool record(const QString& folder, double seconds, bool realTime)
     const int frames = int(seconds * kFps);
     const auto frameTime = std::chrono::nanoseconds(std::int64_t(1e9 / kFps));
     for (int i = 0; i < frames; ++i) {
-        FrameView view{frame.constBits(), frame.width(), frame.height(), frame.bytesPerLine(), frame.format(),
-                       std::uint64_t(i), i * frameTime.count()};
+        FrameView view{frame.constBits(), frame.width(),    frame.height(),       frame.bytesPerLine(),
+                       frame.format(),    std::uint64_t(i), i * frameTime.count()};
         recorder.addFrame(view);
         // Not faster than the encoder, so that every frame is kept.
         std::this_thread::sleep_for(realTime ? frameTime : std::chrono::milliseconds(8));
