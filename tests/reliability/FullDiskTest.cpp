@@ -17,18 +17,12 @@ using tavix::test::SmallDisk;
 
 namespace {
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Every file in the folder but the disk's filler, by name.
 std::map<QString, QByteArray> contentOf(const QString& folder)
 {
     std::map<QString, QByteArray> files;
     for (const QFileInfo& info : QDir(folder).entryInfoList(QDir::Files))
-        files[info.fileName()] = readAll(info.absoluteFilePath());
+        files[info.fileName()] = SmallDisk::read(info.absoluteFilePath());
     return files;
 }
 
@@ -73,7 +67,7 @@ TEST_P(FullDisk, TheEarlierFileStaysWhole_AndTheNextWriteWorksWhenThereIsRoom)
         EXPECT_EQ(after[name], content) << name.toStdString() << " changed on a full disk";
     disk.makeRoom();
     EXPECT_TRUE(writeVersion(kind, disk.path(), 1));
-    EXPECT_NE(readAll(filePath(kind, disk.path())),
+    EXPECT_NE(SmallDisk::read(filePath(kind, disk.path())),
               before.at(QFileInfo(filePath(kind, disk.path())).fileName()));
 }
 
@@ -94,13 +88,13 @@ TEST(FullDiskCamera, ACameraBitmapUnderAKeptName_LeavesTheEarlierFileWhole)
     QByteArray buffer;
     ASSERT_TRUE(FrameFile::encode(frame(40), kept, 90, buffer));
     ASSERT_EQ(FrameFile::store(kept, buffer), 0);
-    const QByteArray earlier = readAll(kept);
+    const QByteArray earlier = SmallDisk::read(kept);
     disk.fill();
 
     ASSERT_TRUE(FrameFile::encode(frame(200), kept, 90, buffer));
     EXPECT_NE(FrameFile::store(kept, buffer), 0);
 
-    EXPECT_EQ(readAll(kept), earlier);
+    EXPECT_EQ(SmallDisk::read(kept), earlier);
     FrameFile::setScratchBitmap(QString());
 }
 

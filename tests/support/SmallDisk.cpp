@@ -48,6 +48,12 @@ void SmallDisk::makeRoom()
     QFile::remove(file(QLatin1String(kFiller)));
 }
 
+QByteArray SmallDisk::read(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 qint64 SmallDisk::freeBytes() const
 {
     return QStorageInfo(dir_.path()).bytesAvailable();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -23,6 +24,8 @@ public:
     void fill();
     void makeRoom();
     qint64 freeBytes() const;
+
+    static QByteArray read(const QString& path);
 
 private:
     QTemporaryDir dir_;

@@ -1,4 +1,5 @@
 #include "ScriptedPrompter.h"
+#include "SmallDisk.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
 #include "camera/SimCamera.h"
@@ -415,4 +416,53 @@ TEST_F(Pictures, AThousandDamagedFiles_AreEachReadOrRefusedClearly)
     EXPECT_GT(shown, 100);
     std::printf("[ figures  ] 1000 damaged pictures: %d refused with a message, %d read and shown\n", refused,
                 shown);
+}
+
+// On a really full disk a picture save and a result save are each refused
+// with a message and a log line, the files saved before stay as they were,
+// and both work again once there is room.
+TEST_F(Pictures, SavesOntoAFullDisk_AreRefusedClearly_AndKeepTheEarlierFiles)
+{
+    test::SmallDisk disk(16 << 20);
+    if (!disk.mounted())
+        GTEST_SKIP() << "no right to mount a small filesystem here";
+    const QString picture = disk.file(QStringLiteral("sample.jpg"));
+    const QString results = disk.file(QStringLiteral("results.csv"));
+    prompter.fileNames.push_back(picture);
+    click("cmdPicSave");
+    prompter.fileNames.push_back(results);
+    click("cmdResultSave");
+    const QByteArray earlierPicture = test::SmallDisk::read(picture);
+    const QByteArray earlierResults = test::SmallDisk::read(results);
+    ASSERT_FALSE(earlierPicture.isEmpty());
+    ASSERT_FALSE(earlierResults.isEmpty());
+    comment(0)->setText(QStringLiteral("Sample 8, etched"));
+    click("cmdMeasure(0)");
+    QTest::mouseClick(w->camera().stillView(), Qt::LeftButton, {}, QPoint(100, 500));
+    QTest::mouseClick(w->camera().stillView(), Qt::LeftButton, {}, QPoint(700, 500));
+    disk.fill();
+    const size_t before = prompter.messages.size();
+
+    prompter.fileNames.push_back(picture);
+    click("cmdPicSave");
+    prompter.fileNames.push_back(results);
+    click("cmdResultSave");
+
+    ASSERT_EQ(prompter.messages.size(), before + 2);
+    EXPECT_EQ(prompter.messages[before].text,
+              w->data().messages.text(PictureFiles::kMsgPictureNotSaved, picture));
+    EXPECT_EQ(prompter.messages[before + 1].text,
+              w->data().messages.text(ResultTable::kMsgSaveFailed, results));
+    EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdPicSave Error.(61)"))) << log().toStdString();
+    EXPECT_TRUE(log().contains(QStringLiteral("frmMain:cmdResultSave Error.(61)"))) << log().toStdString();
+    EXPECT_EQ(test::SmallDisk::read(picture), earlierPicture);
+    EXPECT_EQ(test::SmallDisk::read(results), earlierResults);
+
+    disk.makeRoom();
+    prompter.fileNames.push_back(picture);
+    click("cmdPicSave");
+    prompter.fileNames.push_back(results);
+    click("cmdResultSave");
+    EXPECT_NE(test::SmallDisk::read(picture), earlierPicture);
+    EXPECT_NE(test::SmallDisk::read(results), earlierResults);
 }
