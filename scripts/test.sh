@@ -8,7 +8,7 @@ bash scripts/deps.sh
 jobs=$(nproc)
 
 # The sources keep the project's format.
-find src tests bench fuzz \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run --Werror
+find src tests bench fuzz soak \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run --Werror
 
 cmake --preset asan >/dev/null
 cmake --build --preset asan -j "$jobs"

@@ -775,7 +775,7 @@ int SimCamera::GetCamParameter(int cam, int type, std::int32_t& value)
     else if (type == kExposure)
         value = exposureRawLocked();
     else if (type == kAviWriting)
-        value = recorder_ && recorder_->busy() ? 1 : 0;
+        value = recorder_ && (recorder_->busy() || faults_.recordingNeverEnds) ? 1 : 0;
     else
         value = params_[type].value;
     return 0;

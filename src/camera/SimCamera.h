@@ -102,6 +102,7 @@ public:
         int disconnectAfter = 0;       // after N frames the stream ends as if unplugged
         bool omitDefaultMode = false;  // the mode list lacks the camera's default mode
         bool whiteBalanceNeverEnds = false;
+        bool recordingNeverEnds = false;  // parameter 24 stays 1 once a recording was started
     };
 
     enum class FrameFate { Delivered, Dropped, Broken, NotStarted, Disconnected };

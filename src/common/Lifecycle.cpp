@@ -3,6 +3,7 @@
 #include "common/AppData.h"
 #include "common/ProgramFolder.h"
 #include "common/SettingsFile.h"
+#include "files/FrameFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,6 +21,7 @@ std::optional<StartupFailure> readDataFiles(AppData& data)
         return StartupFailure{};
     }
     const Settings& s = data.settings;
+    FrameFile::setScratchBitmap(data.tempBitmapPath());
     if (!data.messages.ReadStringTableData(ProgramFolder::append(data.folder, s.STRINGTABLEFILE), data.log)) {
         data.log.write(QStringLiteral("StringTable File Read Error."));
         return StartupFailure{};

@@ -200,9 +200,26 @@ bool SettingsFile::WriteIniFileData(const QString& section, const QString& key, 
 {
     if (IniFile::write(iniPath_, section, key, value))
         return true;
-    log_(QStringLiteral("WriteIniFileData WritePrivateProfileString Error [Section]=") + section +
-         QStringLiteral(",[Key]=") + key + QStringLiteral(",[Value]=") + value);
+    logWriteError({section, key, value});
     return false;
+}
+
+void SettingsFile::logWriteError(const Write& write) const
+{
+    log_(QStringLiteral("WriteIniFileData WritePrivateProfileString Error [Section]=") + write.section +
+         QStringLiteral(",[Key]=") + write.key + QStringLiteral(",[Value]=") + write.value);
+}
+
+void SettingsFile::writeAll(const std::vector<Write>& writes)
+{
+    std::optional<IniFile> file = IniFile::load(iniPath_);
+    std::vector<bool> set(writes.size(), false);
+    for (std::size_t i = 0; file && i < writes.size(); ++i)
+        set[i] = file->setValue(writes[i].section, writes[i].key, writes[i].value);
+    const bool saved = file && file->save(iniPath_);
+    for (std::size_t i = 0; i < writes.size(); ++i)
+        if (!saved || !set[i])
+            logWriteError(writes[i]);
 }
 
 void SettingsFile::writeExitSettings(const Settings& s, qint16 selectedScaleIndex)
@@ -210,7 +227,7 @@ void SettingsFile::writeExitSettings(const Settings& s, qint16 selectedScaleInde
     const auto number = [](qint64 v) { return QString::number(v); };
     const QString measure = QStringLiteral("MEASURE");
     // Some keys carry a trailing blank; the file's own entry is found all the same.
-    const QString writes[][3] = {
+    const std::vector<Write> writes = {
         {QStringLiteral("FILE"), QStringLiteral("JPEGQTY"), number(s.JPEGQTY)},
         {QStringLiteral("CAMERA"), QStringLiteral("DEFAULTSCALE"), number(selectedScaleIndex)},
         {measure, QStringLiteral("MEASURELINECOLOR1"), number(s.MEASURELINECOLOR[1])},
@@ -236,17 +253,16 @@ void SettingsFile::writeExitSettings(const Settings& s, qint16 selectedScaleInde
         {QStringLiteral("ICUBE"), QStringLiteral("DEFAULTRESOLUTION "), number(s.DEFAULTRESOLUTION)},
         {QStringLiteral("ICUBE"), QStringLiteral("STILLWAITTIME "), number(s.STILLWAITTIME)},
     };
-    for (const auto& [section, key, value] : writes)
-        WriteIniFileData(section, key, value);
+    writeAll(writes);
 }
 
 void SettingsFile::writeIntervalSaveSettings(const Settings& s)
 {
     const QString section = QStringLiteral("INTERVALSAVE");
-    WriteIniFileData(section, QStringLiteral("INTERVALTIME"), QString::number(s.INTERVALTIME));
-    WriteIniFileData(section, QStringLiteral("NUMBEROFIMAGES "), QString::number(s.NUMBEROFIMAGES));
-    WriteIniFileData(section, QStringLiteral("IS_MODE"), QString::number(s.IS_MODE));
-    WriteIniFileData(section, QStringLiteral("IS_SAVEPATH"), s.IS_SAVEPATH);
+    writeAll({{section, QStringLiteral("INTERVALTIME"), QString::number(s.INTERVALTIME)},
+              {section, QStringLiteral("NUMBEROFIMAGES "), QString::number(s.NUMBEROFIMAGES)},
+              {section, QStringLiteral("IS_MODE"), QString::number(s.IS_MODE)},
+              {section, QStringLiteral("IS_SAVEPATH"), s.IS_SAVEPATH}});
 }
 
 }  // namespace tavix

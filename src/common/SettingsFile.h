@@ -4,6 +4,7 @@
 #include "common/Settings.h"
 
 #include <QString>
+#include <vector>
 
 namespace tavix {
 
@@ -28,6 +29,15 @@ public:
     void writeIntervalSaveSettings(const Settings& s);
 
 private:
+    struct Write {
+        QString section, key, value;
+    };
+    // The keys go into the file in one replacement of it, so that a crash
+    // leaves the old settings or the new ones, never a mix; each key that
+    // could not be written is logged as its own write would have been.
+    void writeAll(const std::vector<Write>& writes);
+    void logWriteError(const Write& write) const;
+
     QString iniPath_;
     const ErrorLog& log_;
 };

@@ -224,6 +224,14 @@ bool PictureFiles::confirmLoad(Prompter& prompter, const MessageTable& messages,
     return prompter.askYesNo(messages.text(kMsgLoadQuestion), messages.text(kMsgLoadTitle));
 }
 
+int PictureFiles::readByContent(QIODevice& device, QImage& picture)
+{
+    QImageReader reader(&device);  // the content decides, whatever the extension says
+    reader.setAutoTransform(false);
+    picture = reader.read();
+    return picture.isNull() ? BmpFile::kInvalidPicture : 0;
+}
+
 PictureFiles::LoadResult PictureFiles::loadPicture(const QString& path)
 {
     LoadResult result;
@@ -239,12 +247,9 @@ PictureFiles::LoadResult PictureFiles::loadPicture(const QString& path)
     if (bitmap) {
         result.error = BmpFile::read(path, result.picture);
     } else {
-        QImageReader reader(path);  // the content decides, whatever the extension says
-        reader.setAutoTransform(false);
-        result.picture = reader.read();
-        if (result.picture.isNull())
-            result.error = reader.error() == QImageReader::FileNotFoundError ? err::FileNotFound
-                                                                             : BmpFile::kInvalidPicture;
+        QFile picture(path);
+        result.error =
+            picture.open(QIODevice::ReadOnly) ? readByContent(picture, result.picture) : err::FileNotFound;
     }
     if (result.error != 0) {
         result.picture = QImage();

@@ -13,6 +13,8 @@
 
 class QPainter;
 
+class QIODevice;
+
 namespace tavix {
 
 class ErrorLog;
@@ -142,6 +144,9 @@ public:
     // Reads a BMP or JPEG file (recognised by its content) and the two lines
     // of its comment file. On error the picture is null and the comments empty.
     static LoadResult loadPicture(const QString& path);
+    // A picture other than a bitmap, read by Qt's readers from its content:
+    // 0, or 481 when it is not a readable picture.
+    static int readByContent(QIODevice& device, QImage& picture);
 
     // The first two lines of the picture's comment file (LF or CR LF); a
     // missing line is empty, and so are both without the file.

@@ -3,6 +3,7 @@
 #include "files/FrameFile.h"
 
 #include <gtest/gtest.h>
+#include <QDir>
 
 using namespace tavix;
 using tavix::test::TempDir;
@@ -37,4 +38,19 @@ TEST(FrameFile, StoreIntoAMissingFolder_ReportsTheError)
     ASSERT_TRUE(FrameFile::encode(frame(), path, 90, buffer));
     EXPECT_NE(FrameFile::store(path, buffer), 0);
     EXPECT_FALSE(dir.exists(QStringLiteral("missing/a.jpg")));
+}
+
+TEST(FrameFile, ScratchBitmaps_AreTheTemporaryStillAndTheFilesNamedAfterIt)
+{
+    TempDir dir;
+    FrameFile::setScratchBitmap(dir.file(QStringLiteral("TavixStill.bmp")));
+
+    EXPECT_TRUE(FrameFile::isScratch(dir.file(QStringLiteral("TavixStill.bmp"))));
+    EXPECT_TRUE(FrameFile::isScratch(dir.file(QStringLiteral("TavixStill_001.bmp"))));
+    EXPECT_FALSE(FrameFile::isScratch(dir.file(QStringLiteral("sample.bmp"))));
+    EXPECT_FALSE(FrameFile::isScratch(dir.file(QStringLiteral("TavixStill.jpg"))));
+    EXPECT_FALSE(FrameFile::isScratch(QDir::tempPath() + QStringLiteral("/TavixStill.bmp")));
+
+    FrameFile::setScratchBitmap(QString());
+    EXPECT_FALSE(FrameFile::isScratch(dir.file(QStringLiteral("TavixStill.bmp"))));
 }

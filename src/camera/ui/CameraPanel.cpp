@@ -211,6 +211,8 @@ void CameraPanel::tmriCube_Timer()
         if (driver_->IsStarted(cam) != 1) {
             if (!lossReported_ && driver_->connectionLost(cam)) {
                 lossReported_ = true;
+                data_.log.write(
+                    QStringLiteral("frmMain:tmriCube_Timer Camera lost (%1).").arg(driver_->driverName()));
                 prompter_.message({data_.messages.text(kCameraLost), data_.messages.text(kCameraErrorTitle),
                                    Prompter::Icon::Critical});
             }

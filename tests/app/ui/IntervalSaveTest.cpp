@@ -1,3 +1,4 @@
+#include "EventLoopWatch.h"
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
@@ -282,7 +283,9 @@ TEST_F(IntervalSaveWindow, CameraFailure_IsReported_ClosesTheCamera_AndEndsTheSe
     answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("5"));
     click("cmdIS_Save");
     sim->failCall(QStringLiteral("SaveToFile"), -8);
+    test::EventLoopWatch watch;
     tickAfter(3000);
+    EXPECT_TRUE(watch.keepsTurning()) << "longest gap " << watch.longestGapMs() << " ms";
     EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));

@@ -1,3 +1,4 @@
+#include "EventLoopWatch.h"
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
@@ -284,7 +285,9 @@ TEST_F(LiveStill, FailedStill_IsLoggedAndKeepsThePreviousStill)
     ASSERT_FALSE(first.isNull());
     QTest::mouseClick(playStop, Qt::LeftButton);
     sim->failCall(QStringLiteral("SaveToFile"), -8);
+    test::EventLoopWatch watch;
     QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_TRUE(watch.keepsTurning()) << "longest gap " << watch.longestGapMs() << " ms";
     EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26999, -8));
@@ -377,13 +380,45 @@ TEST_F(LiveStill, CameraLostMidStream_IsReportedOnce_AndTheLastPictureCanStillBe
     while (sim->IsStarted(0) == 1 && timer.elapsed() < 10000)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
     ASSERT_TRUE(sim->connectionLost(0));
-    w->camera().tmriCube_Timer();
-    w->camera().tmriCube_Timer();
-    ASSERT_EQ(prompter.messages.size(), 1u);
+    // The status timer finds the loss; the window goes on turning meanwhile.
+    test::EventLoopWatch watch;
+    while (prompter.messages.empty() && timer.elapsed() < 20000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_TRUE(watch.keepsTurning(2500)) << "longest gap " << watch.longestGapMs() << " ms";
+    ASSERT_EQ(prompter.messages.size(), 1u) << "reported once, though the timer ticked again";
+    EXPECT_EQ(logCount(QStringLiteral("frmMain:tmriCube_Timer Camera lost (sim).")), 1)
+        << log().toStdString();
     EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26990));
     EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(26998));
     EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
     QTest::mouseClick(find<QPushButton>(*w, "cmdPlayStop"), Qt::LeftButton);
     EXPECT_TRUE(w->camera().stillShown());
     EXPECT_FALSE(w->camera().still().isNull());
+}
+
+TEST_F(LiveStill, ABurstOfBrokenFrames_IsCountedInTheStatusBar_AndLiveViewGoesOn)
+{
+    SimCamera::Faults faults;
+    faults.breakEvery = 2;  // every other frame is broken
+    auto w = start(faults);
+    ASSERT_TRUE(loaded);
+    test::EventLoopWatch watch;
+    ASSERT_TRUE(waitForLiveFrame(*w));
+    QElapsedTimer timer;
+    timer.start();
+    while (!statusText(*w, 4).contains(QRegularExpression(QStringLiteral("[1-9]"))) &&
+           timer.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+
+    std::int32_t broken = 0;
+    sim->GetBrokenFrames(0, broken);
+    EXPECT_GT(broken, 0);
+    EXPECT_TRUE(statusText(*w, 4).contains(QRegularExpression(QStringLiteral("[1-9]"))))
+        << statusText(*w, 4).toStdString();
+    const auto shownBefore = w->camera().liveView().counters().shown;
+    EXPECT_TRUE(watch.keepsTurning(1000)) << "longest gap " << watch.longestGapMs() << " ms";
+    EXPECT_GT(w->camera().liveView().counters().shown, shownBefore) << "the good frames are still shown";
+    EXPECT_TRUE(prompter.messages.empty());
+    QTest::mouseClick(find<QPushButton>(*w, "cmdPlayStop"), Qt::LeftButton);
+    EXPECT_TRUE(w->camera().stillShown());
 }

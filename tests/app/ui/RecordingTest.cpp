@@ -10,6 +10,7 @@
 #include "measure/ui/MeasurePanel.h"
 
 #include "AviProbe.h"
+#include "EventLoopWatch.h"
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 
@@ -338,9 +339,30 @@ TEST_F(Recording, AFileThatFailedMidway_SaysWhyOnTheMessageLineAndInTheLog)
     EXPECT_TRUE(line().isEmpty());
 }
 
+TEST_F(Recording, ACameraThatNeverReportsTheEnd_KeepsTheButtonDisabled_AndTheWindowTurning)
+{
+    start();
+    SimCamera::Faults faults;
+    faults.recordingNeverEnds = true;
+    sim->setFaults(faults);
+    typed = QStringLiteral("1");
+    saveAs(QStringLiteral("clip.avi"));
+    clickPlayStop();
+    test::EventLoopWatch watch;
+
+    // The one-second countdown runs out, and the timer goes on asking.
+    EXPECT_TRUE(watch.keepsTurning(3500)) << "longest gap " << watch.longestGapMs() << " ms";
+    EXPECT_TRUE(line().isEmpty()) << line().toStdString();
+    EXPECT_FALSE(playStop()->isEnabled());
+    EXPECT_FALSE(shown(VideoRecording::kMsgEnded));
+    EXPECT_EQ(w->camera().runState(), CameraPanel::kRecording);
+    EXPECT_TRUE(w->recording().tmrRec().isActive());
+}
+
 TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds)
 {
     start();
+    test::EventLoopWatch watch;
     sim->failCall(QStringLiteral("SaveAvi"), -8);
     typed = QStringLiteral("3");
     saveAs(QStringLiteral("clip.avi"));
@@ -351,6 +373,7 @@ TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds
     EXPECT_EQ(prompter.messages[0].title, message(VideoRecording::kMsgCameraErrorTitle));
     EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
     EXPECT_NE(sim->IsOpen(0), 0);  // closed
+    EXPECT_TRUE(watch.keepsTurning()) << "longest gap " << watch.longestGapMs() << " ms";
 
     w->recording().tmrRec().stop();
     w->recording().tmrRec_Timer();
