@@ -174,6 +174,7 @@ bool frmMain::Form_Load()
         connectPictures();
         connectIntervalSave();
         connectRecording();
+        connectProofResolution();
         placeRunTimeControls();
         installDesktopHabits();
         // The window starts on the live picture: nothing to measure yet.
@@ -213,7 +214,7 @@ bool frmMain::openCamera()
 void frmMain::connectMeasuring()
 {
     auto units = [this] {
-        const ProofEntry& entry = data_.proofs.at(data_.settings.CURRENTPROOFNO);
+        const ProofEntry& entry = data_.measuringEntry();
         // Tools work in picture pixels, so the zoom does not enter here.
         return CalcModule::UnitContext{entry.XFactor, entry.YFactor, 1.0,
                                        measure_->calibration().takingValue()};
@@ -357,6 +358,7 @@ QRect frmMain::shownPictureBox() const
 
 void frmMain::stillShownChanged(bool shown)
 {
+    refreshPictureSize();
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
     measure_->setMeasuringEnabled(shown);
     // The camera panel has just set the button's tip for its new state.

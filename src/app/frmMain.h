@@ -104,6 +104,9 @@ private:
     void connectPictures();
     void connectIntervalSave();
     void connectRecording();
+    // The selected calibration follows the resolution measured at, with a note in the status bar.
+    void connectProofResolution();
+    void refreshPictureSize();
     double shownMagnification() const;
     QRect shownPictureBox() const;
 
@@ -145,6 +148,7 @@ private:
     QLabel* lblComment_ = nullptr;
     std::array<CommentLineEdit*, 2> txtComment_{};
     std::array<QLabel*, 6> sbriCube_{};
+    QLabel* sbrProofNote_ = nullptr;  // says when the calibration is rescaled for the picture
 };
 
 }  // namespace tavix

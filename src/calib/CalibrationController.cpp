@@ -1,7 +1,10 @@
 #include "calib/CalibrationController.h"
 
+#include "calib/ProofRescale.h"
+#include "calib/ProofResolutions.h"
 #include "calib/ProofTable.h"
 #include "calib/ScaleBarSwitch.h"
+#include "common/ErrorLog.h"
 #include "common/MessageTable.h"
 #include "common/Prompter.h"
 #include "common/RunError.h"
@@ -42,6 +45,33 @@ CalibrationController::CalibrationController(ProofTable& table, Settings& settin
       scaleBar_(scaleBar),
       proofFilePath_(std::move(proofFilePath))
 {
+}
+
+void CalibrationController::bindResolutions(Resolutions resolutions)
+{
+    resolutions_ = std::move(resolutions);
+}
+
+QString CalibrationController::rescaleNote(const MessageTable& messages, const QString& name, QSize madeAt,
+                                           QSize picture)
+{
+    if (!ProofRescale::applies(madeAt, picture))
+        return {};
+    // Three values: numbered, so that a translation may put them in its own order.
+    return messages.text(RescaledNote)
+        .arg(name, ProofRescale::sizeText(madeAt), ProofRescale::sizeText(picture));
+}
+
+QString CalibrationController::resolutionText() const
+{
+    if (!resolutions_.sizes)
+        return {};
+    if (rescaledFrom_.isValid())
+        return rescaleNote(messages_, buffer_.Name, rescaledFrom_, bufferSize_) + QLatin1Char('\n') +
+               messages_.text(OkStoresRescaled, ProofRescale::sizeText(bufferSize_));
+    if (bufferSize_.isValid())
+        return messages_.text(MadeAtNote, ProofRescale::sizeText(bufferSize_));
+    return messages_.text(MadeAtUnknown);
 }
 
 CalibrationController::Selection CalibrationController::selectEntry(int index)
@@ -88,6 +118,18 @@ bool CalibrationController::startProcedure()
         !prompter_.askYesNo(messages_.text(CalibrateQuestion), messages_.text(CalibrateTitle)))
         return false;
     buffer_ = currentEntry();
+    bufferSize_ = QSize();
+    rescaledFrom_ = QSize();
+    if (resolutions_.sizes) {
+        // The dialog shows the factors in use; OK keeps them for this picture's resolution.
+        bufferSize_ = resolutions_.sizes->at(settings_.CURRENTPROOFNO);
+        const QSize picture = resolutions_.picture ? resolutions_.picture() : QSize();
+        if (ProofRescale::applies(bufferSize_, picture)) {
+            buffer_ = ProofRescale::toPicture(buffer_, bufferSize_, picture);
+            rescaledFrom_ = bufferSize_;
+            bufferSize_ = picture;
+        }
+    }
     pointMode_ = -1;
     request_ = NoRequest;
     accepted_ = false;
@@ -126,7 +168,8 @@ CalibrationController::MarkingResult CalibrationController::finishMarking(double
     if (!value)
         return {};
     try {
-        applyTrueLength(buffer_, tool->axis, *value, pixelDistance, magnification);
+        applyLength(tool->axis, *value, pixelDistance, magnification,
+                    resolutions_.picture ? resolutions_.picture() : QSize());
     } catch (const RunError& error) {
         return {Marking::Stored, error.number()};
     }
@@ -136,6 +179,17 @@ CalibrationController::MarkingResult CalibrationController::finishMarking(double
 void CalibrationController::abandonMarking()
 {
     request_ = NoRequest;
+}
+
+void CalibrationController::applyLength(CalibrationAxis axis, double value, double pixelDistance,
+                                        double magnification, QSize picture)
+{
+    if (resolutions_.sizes && !picture.isEmpty()) {
+        buffer_ = ProofRescale::toPicture(buffer_, bufferSize_, picture);
+        bufferSize_ = picture;
+        rescaledFrom_ = QSize();
+    }
+    applyTrueLength(buffer_, axis, value, pixelDistance, magnification);
 }
 
 CalibrationPointMode CalibrationController::dialogPointMode() const
@@ -174,6 +228,12 @@ CalibrationController::SaveResult CalibrationController::save(const QString& nam
         entry = before;
         showError(WriteFailedMessage, TitleMessage, table_.lastError());
         return SaveResult::WriteFailed;
+    }
+    if (resolutions_.sizes) {
+        resolutions_.sizes->set(settings_.CURRENTPROOFNO, bufferSize_);
+        // The calibration itself is saved; without this file it is used as stored.
+        if (const int error = resolutions_.sizes->write(resolutions_.path); error != 0 && resolutions_.log)
+            resolutions_.log->write(QStringLiteral("Proof Resolution File Write Error.(%1)").arg(error));
     }
     accepted_ = true;
     return SaveResult::Saved;

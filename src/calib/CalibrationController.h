@@ -3,14 +3,18 @@
 #include "calib/CalibrationMath.h"
 #include "calib/ProofEntry.h"
 
+#include <QSize>
 #include <QString>
 #include <QVariant>
 #include <QtGlobal>
+#include <functional>
 
 namespace tavix {
 
+class ErrorLog;
 class MessageTable;
 class Prompter;
+class ProofResolutions;
 class ProofTable;
 class ResultTableState;
 class ScaleBarSwitch;
@@ -33,6 +37,11 @@ public:
     static constexpr int CalibrateQuestion = 20060;
     static constexpr int CalibrateTitle = 11060;
     static constexpr int WriteFailedMessage = 24010;  // "@" = run-time error number
+    // "Calibration '%1' rescaled from %2 to %3": the entry's name and both resolutions.
+    static constexpr int RescaledNote = 24030;
+    static constexpr int MadeAtNote = 24031;        // "@" = the resolution
+    static constexpr int MadeAtUnknown = 24032;     // made before resolutions were kept
+    static constexpr int OkStoresRescaled = 24033;  // "@" = the picture's resolution
 
     // The result table's clear mode for results that no longer fit the calibration:
     // the current picture's rows go, results kept from earlier pictures stay.
@@ -41,6 +50,24 @@ public:
     CalibrationController(ProofTable& table, Settings& settings, const MessageTable& messages,
                           Prompter& prompter, ResultTableState& results, ScaleBarSwitch& scaleBar,
                           QString proofFilePath);
+
+    // Binds the entries to the resolutions they were made at. The dialog then
+    // works on the selected entry's factors for the picture measured at now; a
+    // factor measured takes that picture's resolution; OK keeps the buffer's
+    // resolution in the file beside the calibration file. Unbound, factors are
+    // used and stored as they are.
+    struct Resolutions {
+        ProofResolutions* sizes = nullptr;
+        QString path;                    // the file beside the calibration file
+        std::function<QSize()> picture;  // the resolution measured at now
+        const ErrorLog* log = nullptr;   // for a failed write of that file
+    };
+    void bindResolutions(Resolutions resolutions);
+
+    // The status bar's note while an entry made at `madeAt` is used on a
+    // picture of another width; empty when its factors are used as stored.
+    static QString rescaleNote(const MessageTable& messages, const QString& name, QSize madeAt,
+                               QSize picture);
 
     // --- the selection list ---
 
@@ -101,6 +128,12 @@ public:
     // The user gave up marking on the picture; the window shows the dialog again.
     void abandonMarking();
 
+    // A true length over a distance measured on a picture of `picture` size
+    // (a marking, or "From scale"): the buffer's other factor is first brought
+    // to that resolution, so both factors belong to one resolution.
+    void applyLength(CalibrationAxis axis, double value, double pixelDistance, double magnification,
+                     QSize picture);
+
     // --- what the dialog works on ---
 
     ProofEntry& buffer() { return buffer_; }
@@ -112,6 +145,10 @@ public:
     // While true, measured lengths stay in pixels.
     bool takingValue() const { return CalibrationMath::isPending(request_); }
     bool dialogAccepted() const { return accepted_; }
+    // The resolution the buffer's factors belong to; invalid when not known.
+    QSize bufferResolution() const { return bufferSize_; }
+    // What the dialog says about it: made at, not known, or rescaled for this picture.
+    QString resolutionText() const;
 
     // The point mode the dialog selects when it opens.
     CalibrationPointMode dialogPointMode() const;
@@ -153,7 +190,10 @@ private:
     ScaleBarSwitch& scaleBar_;
     QString proofFilePath_;
 
+    Resolutions resolutions_;
     ProofEntry buffer_;
+    QSize bufferSize_;
+    QSize rescaledFrom_;  // valid while the buffer holds a stored entry's rescaled factors
     qint16 pointMode_ = -1;
     qint16 request_ = CalibrationMath::NoRequest;
     bool accepted_ = false;

@@ -1,5 +1,6 @@
 #include "common/AppData.h"
 
+#include "calib/ProofRescale.h"
 #include "common/ProgramFolder.h"
 
 #include <QDir>
@@ -24,6 +25,18 @@ QString AppData::tempBitmapPath() const
 QString AppData::graphPath() const
 {
     return ProgramFolder::join(folder, settings.GRPFILENAME);
+}
+
+QString AppData::proofPath() const
+{
+    return ProgramFolder::append(folder, settings.PROOFFILENAME);
+}
+
+const ProofEntry& AppData::measuringEntry() const
+{
+    const int index = settings.CURRENTPROOFNO;
+    measuring_ = ProofRescale::toPicture(proofs.at(index), proofSizes.at(index), pictureSize);
+    return measuring_;
 }
 
 }  // namespace tavix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calib/ProofResolutions.h"
 #include "calib/ProofTable.h"
 #include "common/ErrorLog.h"
 #include "common/GuidanceTable.h"
@@ -21,11 +22,21 @@ struct AppData {
     MessageTable messages;
     GuidanceTable guidance;
     ProofTable proofs;
+    ProofResolutions proofSizes;  // the resolution each entry was made at
+    // The resolution measured at now: the still's, or the camera mode's while live.
+    QSize pictureSize;
     QString valueFormat = QStringLiteral("0");  // of measured values, from NUMBEROFDECIMALS
 
     QString iniPath() const;
     QString tempBitmapPath() const;
     QString graphPath() const;
+    QString proofPath() const;
+
+    // The selected entry with its factors for pictureSize; valid until the next call.
+    const ProofEntry& measuringEntry() const;
+
+private:
+    mutable ProofEntry measuring_;
 };
 
 }  // namespace tavix

@@ -26,10 +26,12 @@ std::optional<StartupFailure> readDataFiles(AppData& data)
         data.log.write(QStringLiteral("StringTable File Read Error."));
         return StartupFailure{};
     }
-    if (!data.proofs.ReadProofData(ProgramFolder::append(data.folder, s.PROOFFILENAME))) {
+    if (!data.proofs.ReadProofData(data.proofPath())) {
         data.log.write(QStringLiteral("Proof File Read Error."));
         return StartupFailure{data.messages.text(11100)};
     }
+    // Never fatal: without it the calibrations are used as they are stored.
+    data.proofSizes.read(ProofResolutions::pathBeside(data.proofPath()), data.log);
     if (!data.guidance.ReadGuidanceData(ProgramFolder::append(data.folder, s.GUIDANCEFILE), data.log)) {
         data.log.write(QStringLiteral("Guidance File Read Error."));
         return StartupFailure{data.messages.text(11100)};

@@ -26,7 +26,8 @@ OverlayPanel::OverlayPanel(AppData& data, Prompter& prompter, QWidget* viewArea,
       runDialog_([](QDialog& d) { return d.exec(); }),
       crossLines_(data.settings)
 {
-    auto entry = [this]() -> const ProofEntry& { return data_.proofs.at(data_.settings.CURRENTPROOFNO); };
+    // The factors for the picture shown, which may be rescaled from those stored.
+    auto entry = [this]() -> const ProofEntry& { return data_.measuringEntry(); };
     scaleOverlay_ = std::make_unique<ScaleBarOverlay>(
         viewArea, data_.settings,
         ScaleBarOverlay::Sources{entry, sources_.magnification, sources_.pictureBox}, data_.log);

@@ -149,7 +149,10 @@ void frmProofConfig::buildControls()
     lblFromScale_ = named(new QLabel(this), QStringLiteral("lblFromScale"));
     lblFromScale_->setWordWrap(true);
     grid->addWidget(lblFromScale_, 8, 0, 1, 3);
-    grid->addLayout(buttons, 9, 0, 1, 3);
+    lblResolution_ = named(new QLabel(this), QStringLiteral("lblResolution"));
+    lblResolution_->setWordWrap(true);
+    grid->addWidget(lblResolution_, 9, 0, 1, 3);
+    grid->addLayout(buttons, 10, 0, 1, 3);
     grid->setColumnStretch(1, 1);
 }
 
@@ -190,6 +193,8 @@ void frmProofConfig::Form_Load()
     const int unit = cboUnit_->findText(buffer.Unit, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (unit >= 0)
         cboUnit_->setCurrentIndex(unit);
+
+    lblResolution_->setText(controller_.resolutionText());
 
     controller_.dialogOpened();
     chkAxisOption_->setChecked(buffer.AxisOption != 0);
@@ -266,8 +271,9 @@ void frmProofConfig::scaleLineDrawn(PointD from, PointD to)
     // A line more across than down is the x axis; with one factor for both, always x.
     const bool x = chkAxisOption_->isChecked() || std::abs(to.x - from.x) >= std::abs(to.y - from.y);
     const CalibrationAxis axis = x ? CalibrationAxis::X : CalibrationAxis::Y;
-    CalibrationMath::applyTrueLength(controller_.buffer(), axis, division * found->divisions,
-                                     found->periodPixels * found->divisions, 1.0);
+    controller_.applyLength(axis, division * found->divisions, found->periodPixels * found->divisions, 1.0,
+                            still_.size());
+    lblResolution_->setText(controller_.resolutionText());
     const ProofEntry& buffer = controller_.buffer();
     lblValue_[x ? 0 : 1]->setText(valueText(x ? buffer.XValue : buffer.YValue));
     const double factor = x ? buffer.XFactor : buffer.YFactor;

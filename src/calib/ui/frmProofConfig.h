@@ -74,6 +74,7 @@ private:
     QPushButton* cmdFromScale_ = nullptr;
     ScaleLineView* picFromScale_ = nullptr;
     QLabel* lblFromScale_ = nullptr;
+    QLabel* lblResolution_ = nullptr;  // the resolution the factors belong to
     QImage still_;
 };
 

@@ -105,6 +105,7 @@ void CameraPanel::placeCameraView(QSize modeSize)
 {
     modeSize_ = modeSize;
     refit();
+    emit modeSizeChanged(modeSize);
 }
 
 void CameraPanel::refit()

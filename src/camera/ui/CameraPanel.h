@@ -72,6 +72,8 @@ public:
     // The held still, full size (picTempView).
     const QImage& still() const { return still_; }
     StillViewWidget* stillView() const { return stillView_; }
+    // The size of the camera's current mode (the live picture).
+    QSize modeSize() const { return modeSize_; }
     CameraViewWidget* cameraView() const { return cameraView_; }
     LiveView& liveView() { return liveView_; }
     CameraSession& session() { return *session_; }
@@ -87,6 +89,8 @@ public:
 
 signals:
     void stillShownChanged(bool shown);
+    // The camera streams in a mode of another size (start-up, resolution change).
+    void modeSizeChanged(QSize size);
     // A fatal camera error closed the camera: every window must unload.
     void endProgramRequested();
     // cmdPlayStop was clicked in a run state other than kNormal.

@@ -1,9 +1,9 @@
 #include "measure/ui/MeasurePanel.h"
 
+#include "calib/ProofResolutions.h"
 #include "calib/ui/frmProofConfig.h"
 #include "common/AppData.h"
 #include "common/MainLayout.h"
-#include "common/ProgramFolder.h"
 #include "common/Prompter.h"
 #include "common/Twips.h"
 #include "measure/ValueFormat.h"
@@ -216,9 +216,10 @@ void MeasurePanel::applySettings()
     data_.valueFormat = ValueFormat::pattern(s.NUMBEROFDECIMALS);
     applyToolCaptions();
 
-    calibration_ = std::make_unique<CalibrationController>(
-        data_.proofs, data_.settings, data_.messages, prompter_, results_, scaleBar_,
-        ProgramFolder::append(data_.folder, s.PROOFFILENAME));
+    calibration_ = std::make_unique<CalibrationController>(data_.proofs, data_.settings, data_.messages,
+                                                           prompter_, results_, scaleBar_, data_.proofPath());
+    calibration_->bindResolutions({&data_.proofSizes, ProofResolutions::pathBeside(data_.proofPath()),
+                                   [this] { return data_.pictureSize; }, &data_.log});
     fillProofList();
 }
 
@@ -251,8 +252,16 @@ void MeasurePanel::fillProofList()
 
 void MeasurePanel::cboProof_Click(int index)
 {
-    if (calibration_->selectEntry(index) == CalibrationController::Selection::Declined)
-        cboProof_->setCurrentIndex(calibration_->currentIndex());
+    switch (calibration_->selectEntry(index)) {
+        case CalibrationController::Selection::Declined:
+            cboProof_->setCurrentIndex(calibration_->currentIndex());
+            break;
+        case CalibrationController::Selection::Changed:
+            emit proofChanged();
+            break;
+        case CalibrationController::Selection::Ignored:
+            break;
+    }
 }
 
 void MeasurePanel::cmdProofConfig_Click()
@@ -308,6 +317,7 @@ void MeasurePanel::runProofDialog()
         return;
     }
     fillProofList();
+    emit proofChanged();
 }
 
 void MeasurePanel::cmdMeasureConfig_Click()

@@ -78,6 +78,8 @@ signals:
     void edgeSnapChanged(bool on);
     // A calibration length is to be marked on the picture with this tool.
     void calibrationMarkingRequested(qint16 toolNumber, qint16 guidanceNumber);
+    // Another entry is selected, or the calibration dialog saved the selected one.
+    void proofChanged();
 
 private:
     void build(QWidget* area);
