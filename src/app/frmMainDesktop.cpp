@@ -1,6 +1,9 @@
 // The main window's desktop habits: font and Qt's texts for the message file's language,
 // tool tips, keyboard shortcuts and the picture's name in the title.
 #include "app/frmMain.h"
+#include "camera/CameraDriver.h"
+#include "camera/CameraSession.h"
+#include "camera/ui/CameraPanel.h"
 
 #include "common/CommandTips.h"
 #include "common/TextFont.h"
@@ -10,6 +13,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QLibraryInfo>
@@ -75,6 +79,16 @@ void frmMain::cancelMeasuringTool()
 
 void frmMain::openPicture(const QString& fileName)
 {
+    // Right after start-up the camera may not have sent a frame yet, and the
+    // freeze before the load would find nothing to take: wait for the first
+    // one, a few seconds at most, as a user would before clicking.
+    CameraDriver& driver = camera_->session().driver();
+    QElapsedTimer waited;
+    waited.start();
+    std::int32_t good = 0;
+    while (!camera_->stillShown() && driver.GetGoodFrames(camera_->session().camera(), good) == 0 &&
+           good == 0 && waited.elapsed() < 5000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
     pictures_->loadPictureFile(fileName);
 }
 
