@@ -47,9 +47,12 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 # The dependencies follow from the libraries the executable links.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Recording needs the JPEG encoder and AVI muxer plug-ins; Japanese texts want a CJK font
-# and Qt's own Japanese texts for message boxes and file dialogs.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "gstreamer1.0-plugins-good, fonts-noto-cjk, qt6-translations-l10n")
+# Plug-ins are loaded at run time, so no library names them: recording needs appsrc and
+# videorate (base) and the AVI muxer (good), the graph camera appsink and videoconvert
+# (base) and, for USB cameras, v4l2src (good).
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
+# Japanese texts want a CJK font and Qt's own Japanese texts for message boxes and file dialogs.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-noto-cjk, qt6-translations-l10n")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 include(CPack)

@@ -28,7 +28,8 @@ done
 
 depends=$(dpkg-deb -f "$deb" Depends)
 echo "depends: $depends"
-for lib in libqt6widgets6 libqt6gui6 libqt6core6 libgstreamer1.0-0 libaravis-0.8-0 libjpeg62-turbo; do
+for lib in libqt6widgets6 libqt6gui6 libqt6core6 libgstreamer1.0-0 libaravis-0.8-0 libjpeg62-turbo \
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good; do
   [[ "$depends" == *"$lib"* ]] || fail "Depends lacks $lib"
 done
 [ "$(dpkg-deb -f "$deb" Section)" = science ] || fail "section"
