@@ -10,11 +10,14 @@
 // - the source sending RGB as it is, or YUY2 (what USB cameras send) that the
 //   driver converts;
 // - frames lost: made by the source but never handed over (the driver's
-//   broken count), and frames replaced unseen by a newer one.
+//   broken count), and frames replaced unseen by a newer one;
+// - the test source alone into a sink that does nothing: what a real camera's
+//   hardware does, to be taken off the figures above for the program's share.
 #include "camera/GraphDriver.h"
 #include "camera/LiveView.h"
 
 #include <benchmark/benchmark.h>
+#include <gst/gst.h>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QTemporaryDir>
@@ -117,6 +120,42 @@ void GraphLive(benchmark::State& state)
         state.counters["lost"] = broken;
     }
 }
+// range(0): 1 for YUY2. The source's own cost per frame, in this process.
+void TestSourceAlone(benchmark::State& state)
+{
+    gst_init(nullptr, nullptr);
+    const QByteArray description =
+        QStringLiteral(
+            "videotestsrc is-live=true num-buffers=%1 ! video/x-raw,format=%2,width=%3,height=%4,"
+            "framerate=30/1 ! fakesink")
+            .arg(kSeconds * 30)
+            .arg(state.range(0) ? QStringLiteral("YUY2") : QStringLiteral("RGB"))
+            .arg(kWidth)
+            .arg(kHeight)
+            .toUtf8();
+    for (auto _ : state) {
+        GstElement* pipeline = gst_parse_launch(description.constData(), nullptr);
+        const double cpuBefore = processCpuMs();
+        gst_element_set_state(pipeline, GST_STATE_PLAYING);
+        GstBus* bus = gst_element_get_bus(pipeline);
+        GstMessage* end = gst_bus_timed_pop_filtered(bus, GST_CLOCK_TIME_NONE,
+                                                     GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+        const double cpu = processCpuMs() - cpuBefore;
+        gst_message_unref(end);
+        gst_object_unref(bus);
+        gst_element_set_state(pipeline, GST_STATE_NULL);
+        gst_object_unref(pipeline);
+        state.counters["cpu_ms_per_frame"] = cpu / (kSeconds * 30);
+    }
+}
+BENCHMARK(TestSourceAlone)
+    ->Arg(0)
+    ->Arg(1)
+    ->ArgName("yuy2")
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
 BENCHMARK(GraphLive)
     ->ArgsProduct({{0, 1}, {1, 0}})
     ->ArgNames({"yuy2", "display"})
