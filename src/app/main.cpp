@@ -31,10 +31,10 @@ int main(int argc, char** argv)
     tavix::QtPrompter prompter;
     tavix::SystemClock clock;
     auto driverFactory = [&line](tavix::AppData& data) {
-        auto choice = tavix::CameraFactory::create(
-            line.camera.isEmpty() ? data.settings.DRIVER : line.camera, data.folder,
-            [log = data.log](const QString& text) { log.write(text); },
-            {data.graphPath(), data.settings.CAMERAFILTERNAME});
+        auto choice = tavix::CameraFactory::create(line.camera.isEmpty() ? data.settings.DRIVER : line.camera,
+                                                   data.folder,
+                                                   [log = data.log](const QString& text) { log.write(text); },
+                                                   {data.graphPath(), data.settings.CAMERAFILTERNAME});
         if (!choice.note.isEmpty())
             data.log.write(choice.note);
         return std::move(choice.driver);
