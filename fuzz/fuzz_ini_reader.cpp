@@ -5,6 +5,7 @@
 #include "common/Settings.h"
 #include "common/SettingsFile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <cstddef>
@@ -43,7 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             QStringLiteral("750"));
 
     // The whole loader, on the bytes as a file in the program folder.
-    static QTemporaryDir folder;
+    // In memory where the machine has it: a disk file flushed on every run is slow.
+    static QTemporaryDir folder(
+        QDir(QStringLiteral("/dev/shm")).exists() ? QStringLiteral("/dev/shm/tavix-fuzz-XXXXXX") : QString());
     static const ErrorLog log(QStringLiteral("/dev/null"));
     const QString path = folder.filePath(QStringLiteral("Tavix.Ini"));
     QFile file(path);
