@@ -47,7 +47,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // In memory where the machine has it: a disk file flushed on every run is slow.
     static QTemporaryDir folder(
         QDir(QStringLiteral("/dev/shm")).exists() ? QStringLiteral("/dev/shm/tavix-fuzz-XXXXXX") : QString());
-    static const ErrorLog log(QStringLiteral("/dev/null"));
+    // The log is a file of its own, emptied each run (the loader seeks in it).
+    static const ErrorLog log(folder.filePath(QStringLiteral("Error.log")));
+    QFile::remove(log.path());
     const QString path = folder.filePath(QStringLiteral("Tavix.Ini"));
     QFile file(path);
     require(file.open(QIODevice::WriteOnly | QIODevice::Truncate));

@@ -13,6 +13,7 @@
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
 
+#include <malloc.h>
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCommandLineParser>
@@ -50,6 +51,8 @@ public:
 struct Sample {
     double seconds = 0;
     qint64 rssKb = 0;
+    // The allocator's view: bytes handed out, bytes held free in its heaps, bytes in mapped blocks.
+    qint64 heapUsedKb = 0, heapFreeKb = 0, mappedKb = 0;
     int threads = 0;
     int files = 0;
     std::int64_t received = 0, shown = 0, replaced = 0, good = 0, broken = 0;
@@ -142,6 +145,10 @@ int main(int argc, char** argv)
         s.seconds = run.elapsed() / 1000.0;
         s.rssKb = statusField(text, "VmRSS:");
         s.threads = int(statusField(text, "Threads:"));
+        const struct mallinfo2 heap = mallinfo2();
+        s.heapUsedKb = qint64(heap.uordblks / 1024);
+        s.heapFreeKb = qint64(heap.fordblks / 1024);
+        s.mappedKb = qint64(heap.hblkhd / 1024);
         s.files = int(
             QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
         const auto counters = w.camera().liveView().counters();
@@ -155,14 +162,17 @@ int main(int argc, char** argv)
         s.broken = broken;
         s.cycles = cycles;
         samples.push_back(s);
-        std::printf("%.0f,%lld,%d,%d,%lld,%lld,%lld,%lld,%lld,%d\n", s.seconds,
-                    static_cast<long long>(s.rssKb), s.threads, s.files, static_cast<long long>(s.received),
-                    static_cast<long long>(s.shown), static_cast<long long>(s.replaced),
-                    static_cast<long long>(s.good), static_cast<long long>(s.broken), s.cycles);
+        std::printf("%.0f,%lld,%lld,%lld,%lld,%d,%d,%lld,%lld,%lld,%lld,%lld,%d\n", s.seconds,
+                    static_cast<long long>(s.rssKb), static_cast<long long>(s.heapUsedKb),
+                    static_cast<long long>(s.heapFreeKb), static_cast<long long>(s.mappedKb), s.threads,
+                    s.files, static_cast<long long>(s.received), static_cast<long long>(s.shown),
+                    static_cast<long long>(s.replaced), static_cast<long long>(s.good),
+                    static_cast<long long>(s.broken), s.cycles);
         std::fflush(stdout);
     };
     std::printf(
-        "seconds,rss_kb,threads,open_files,received,shown,replaced,camera_good,camera_broken,cycles\n");
+        "seconds,rss_kb,heap_used_kb,heap_free_kb,mapped_kb,threads,open_files,received,shown,replaced,"
+        "camera_good,camera_broken,cycles\n");
     sample();
     qint64 nextSample = 10000;
     const qint64 endMs = qint64(minutes * 60000);
