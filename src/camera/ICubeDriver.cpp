@@ -176,6 +176,7 @@ int ICubeDriver::IsOpen(int cam)
 
 int ICubeDriver::Close(int cam)
 {
+    started_ = false;
     return loaded() ? api_.Close(cam) : kNotLoaded;
 }
 
@@ -208,7 +209,12 @@ int ICubeDriver::SetDisplayMode(int cam, int mode, int a, int b, int c, int d)
 
 int ICubeDriver::Start(int cam, quintptr window, FrameSink* /*sink*/, int a, int b)
 {
-    return loaded() ? api_.Start(cam, static_cast<unsigned long>(window), a, b) : kNotLoaded;
+    if (!loaded())
+        return kNotLoaded;
+    const int status = api_.Start(cam, static_cast<unsigned long>(window), a, b);
+    if (status == 0)
+        started_ = true;
+    return status;
 }
 
 int ICubeDriver::IsStarted(int cam)
@@ -216,8 +222,15 @@ int ICubeDriver::IsStarted(int cam)
     return loaded() ? api_.IsStarted(cam) : 0;
 }
 
+bool ICubeDriver::connectionLost(int cam) const
+{
+    // A camera the program stopped or closed itself was not lost, whatever the library says.
+    return loaded() && started_ && api_.IsStarted(cam) != 1 && api_.IsOpen(cam) != 0;
+}
+
 int ICubeDriver::Stop(int cam)
 {
+    started_ = false;
     return loaded() ? api_.Stop(cam) : kNotLoaded;
 }
 

@@ -63,6 +63,9 @@ public:
     // The library draws into `window`; the sink is not used.
     int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
     int IsStarted(int cam) override;
+    // The library has no call of its own for a lost camera: one this driver
+    // started that is neither streaming nor open any more was unplugged.
+    bool connectionLost(int cam) const override;
     int Stop(int cam) override;
 
     int GetGoodFrames(int cam, std::int32_t& count) override;
@@ -115,6 +118,7 @@ private:
 
     void* handle_ = nullptr;
     Api api_;
+    bool started_ = false;  // a Start succeeded and no Stop or Close came after it
     QString errorText_;
     QString libraryPath_;
 };

@@ -487,6 +487,52 @@ TEST_F(ICubeDriverTest, IsStarted_IsOneWhileStreaming)
     EXPECT_EQ(driver.IsStarted(0), 0);
 }
 
+TEST_F(ICubeDriverTest, ConnectionLost_IsFalse_AfterANormalStopAndClose_EvenWhenUnpluggedThen)
+{
+    driver.Open(0);
+    ASSERT_EQ(driver.Start(0, 1, nullptr, -1, 0), 0);
+    EXPECT_FALSE(driver.connectionLost(0)) << "streaming";
+    driver.Stop(0);
+    EXPECT_FALSE(driver.connectionLost(0)) << "stopped, still open";
+    driver.Close(0);
+    EXPECT_FALSE(driver.connectionLost(0)) << "closed by the program";
+    standIn.unplug();
+    EXPECT_FALSE(driver.connectionLost(0)) << "unplugged after the program was done with it";
+}
+
+TEST_F(ICubeDriverTest, ConnectionLost_IsTrue_WhenUnpluggedWhileStarted)
+{
+    driver.Open(0);
+    ASSERT_EQ(driver.Start(0, 1, nullptr, -1, 0), 0);
+    standIn.unplug();
+    EXPECT_EQ(driver.IsStarted(0), 0);
+    EXPECT_EQ(driver.IsOpen(0), 1);
+    EXPECT_TRUE(driver.connectionLost(0));
+    // Nothing that needs the camera works any more.
+    std::int32_t count = 0;
+    EXPECT_EQ(driver.GetGoodFrames(0, count), ICubeStandIn::kUnplugged);
+    EXPECT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), ICubeStandIn::kUnplugged);
+    EXPECT_FALSE(dir.exists(QStringLiteral("still.bmp")));
+    EXPECT_EQ(driver.Start(0, 1, nullptr, -1, 0), ICubeStandIn::kUnplugged);
+    EXPECT_TRUE(driver.connectionLost(0));
+}
+
+TEST_F(ICubeDriverTest, ConnectionLost_IsFalse_WhenTheStartFailed)
+{
+    driver.Open(0);
+    standIn.setResult("ICubeSDK_Start", -9);
+    ASSERT_EQ(driver.Start(0, 1, nullptr, -1, 0), -9);
+    standIn.unplug();
+    EXPECT_FALSE(driver.connectionLost(0));
+}
+
+TEST(ICubeDriverLoad, ConnectionLost_IsFalse_WithoutTheLibrary)
+{
+    ICubeDriver missing(QStringList{QStringLiteral("/nonexistent/tavix/libICubeSDK.so")});
+    missing.Start(0, 1, nullptr, -1, 0);
+    EXPECT_FALSE(missing.connectionLost(0));
+}
+
 TEST_F(ICubeDriverTest, FrameCounters_ReturnLibraryCounts)
 {
     standIn.setFrames(12345, 67);

@@ -64,7 +64,12 @@ public:
         call<void (*)(int, int)>("StandIn_SetSaveDelay")(beforeMs, midwayMs);
     }
     void setOnePushPolls(int polls) { call<void (*)(int)>("StandIn_SetOnePushPolls")(polls); }
+    // Reads of 1 from parameter 24 after SaveAvi: -1 the seconds asked for, kAviForever never 0.
+    static constexpr int kAviForever = -2;
     void setAviPolls(int polls) { call<void (*)(int)>("StandIn_SetAviPolls")(polls); }
+    // The cable is pulled: the camera stops and closes, and every call that needs it returns kUnplugged.
+    static constexpr int kUnplugged = -10;
+    void unplug() { call<void (*)()>("StandIn_Unplug")(); }
     bool isOpen() { return call<int (*)()>("StandIn_IsOpen")() != 0; }
     bool isStarted() { return call<int (*)()>("StandIn_IsStarted")() != 0; }
 

@@ -15,7 +15,14 @@
 //   IsOpen 0 while open, else 1.
 // - After SetParamOnePush(type) the parameter reads 0 for a number of reads,
 //   then 1 (the one-push run finished). After SaveAvi parameter 24 reads 1
-//   for as many reads as the seconds asked for, then 0.
+//   for as many reads as the seconds asked for, then 0; StandIn_SetAviPolls(n)
+//   makes that n reads instead, and StandIn_SetAviPolls(-2) makes it read 1
+//   for ever (a camera that never reports the end of its recording).
+// - StandIn_Unplug() pulls the camera's cable until the next reset: it stops
+//   streaming and closes (IsStarted 0, IsOpen 1), and every call that needs
+//   the camera (Open, GetName, Start, SetDisplayMode, the mode, parameter and
+//   exposure calls, the frame counters, SaveToFile, SaveAvi) does nothing and
+//   returns -10, unless a status is scripted for it.
 // - After StandIn_SetSaveDelay(before, midway) SaveToFile returns at once and
 //   writes the file on a thread of its own, as the vendor's library does: it
 //   waits `before` ms, writes the first half, waits `midway` ms, writes the rest.
@@ -64,8 +71,9 @@ struct Camera {
     int frameHeight = 6;
     int onePushPolls = 3;            // reads of 0 before a one-push run reports done; -1: never
     std::map<int, int> onePushLeft;  // per parameter type, while a run is pending
-    int aviPolls = -1;               // reads of 1 after SaveAvi; -1: the seconds asked for
-    int aviLeft = 0;
+    int aviPolls = -1;               // reads of 1 after SaveAvi; -1: the seconds asked for; -2: never 0
+    int aviLeft = 0;                 // -1: for ever
+    bool unplugged = false;
     int saveBeforeMs = -1;  // -1: SaveToFile writes before it returns
     int saveMidwayMs = 0;
     std::vector<std::string> calls;
@@ -76,6 +84,9 @@ struct Camera {
 
 std::mutex mutex;
 Camera camera;
+
+constexpr int kAviForever = -2;
+constexpr int kUnplugged = -10;  // what the calls that need the camera return once it is unplugged
 
 // The background writer of SaveToFile; joined before the next one starts, on
 // reset and when the library is unloaded.
@@ -137,6 +148,12 @@ int finishTyped(const char* function, int type, int own, Args... args)
     const int status = finish(function, own, args...);
     const auto scripted = camera.results.find(std::string(function) + ":" + std::to_string(type));
     return scripted == camera.results.end() ? status : scripted->second;
+}
+
+// The status a call that needs the camera returns by itself.
+int own(int status)
+{
+    return camera.unplugged ? kUnplugged : status;
 }
 
 bool scriptedFailure(const char* function)
@@ -256,15 +273,16 @@ STANDIN_API int ICubeSDK_Init(void)
 STANDIN_API int ICubeSDK_GetName(int cam, char* name)
 {
     Lock lock(mutex);
-    fillText(name, camera.name, ICUBESDK_NAME_LENGTH);
-    return finish("ICubeSDK_GetName", 0, cam);
+    if (!camera.unplugged)
+        fillText(name, camera.name, ICUBESDK_NAME_LENGTH);
+    return finish("ICubeSDK_GetName", own(0), cam);
 }
 
 STANDIN_API int ICubeSDK_Open(int cam)
 {
     Lock lock(mutex);
-    camera.open = true;
-    return finish("ICubeSDK_Open", 0, cam);
+    camera.open = !camera.unplugged;
+    return finish("ICubeSDK_Open", own(0), cam);
 }
 
 STANDIN_API int ICubeSDK_IsOpen(int cam)
@@ -284,17 +302,23 @@ STANDIN_API int ICubeSDK_Close(int cam)
 STANDIN_API int ICubeSDK_SetCamParameter(int cam, int type, int value)
 {
     Lock lock(mutex);
-    camera.params[type] = value;
-    camera.onePushLeft.erase(type);
-    return finishTyped("ICubeSDK_SetCamParameter", type, 0, cam, type, value);
+    if (!camera.unplugged) {
+        camera.params[type] = value;
+        camera.onePushLeft.erase(type);
+    }
+    return finishTyped("ICubeSDK_SetCamParameter", type, own(0), cam, type, value);
 }
 
 STANDIN_API int ICubeSDK_GetCamParameter(int cam, int type, int* value)
 {
     Lock lock(mutex);
+    if (camera.unplugged)
+        return finishTyped("ICubeSDK_GetCamParameter", type, kUnplugged, cam, type,
+                           static_cast<const void*>(value));
     int read = camera.params[type];
-    if (type == 24 && camera.aviLeft > 0) {
-        --camera.aviLeft;
+    if (type == 24 && camera.aviLeft != 0) {
+        if (camera.aviLeft > 0)
+            --camera.aviLeft;
         read = 1;
     }
     const auto pending = camera.onePushLeft.find(type);
@@ -317,11 +341,12 @@ STANDIN_API int ICubeSDK_GetCamParameter(int cam, int type, int* value)
 STANDIN_API int ICubeSDK_GetCamParameterRange(int cam, int type, ICubeSDK_ParamRange* range)
 {
     Lock lock(mutex);
-    if (range) {
+    if (range && !camera.unplugged) {
         const auto known = camera.ranges.find(type);
         *range = known == camera.ranges.end() ? ICubeSDK_ParamRange{} : known->second;
     }
-    return finishTyped("ICubeSDK_GetCamParameterRange", type, 0, cam, type, static_cast<const void*>(range));
+    return finishTyped("ICubeSDK_GetCamParameterRange", type, own(0), cam, type,
+                       static_cast<const void*>(range));
 }
 
 STANDIN_API int ICubeSDK_GetModeList(int cam, int* modes, int* count)
@@ -329,46 +354,51 @@ STANDIN_API int ICubeSDK_GetModeList(int cam, int* modes, int* count)
     Lock lock(mutex);
     const int capacity = count ? *count : 0;
     const std::string args = joinArgs(cam, static_cast<const void*>(modes), capacity);
-    for (int i = 0; modes && i < capacity && i < static_cast<int>(camera.modes.size()); ++i)
-        modes[i] = camera.modes[static_cast<std::size_t>(i)];
-    // The count says how many the camera has, even beyond the capacity given.
-    if (count)
-        *count = static_cast<int>(camera.modes.size());
+    if (!camera.unplugged) {
+        for (int i = 0; modes && i < capacity && i < static_cast<int>(camera.modes.size()); ++i)
+            modes[i] = camera.modes[static_cast<std::size_t>(i)];
+        // The count says how many the camera has, even beyond the capacity given.
+        if (count)
+            *count = static_cast<int>(camera.modes.size());
+    }
     camera.calls.push_back("ICubeSDK_GetModeList(" + args + ")");
     camera.lastArgs["ICubeSDK_GetModeList"] = args;
     ++camera.counts["ICubeSDK_GetModeList"];
     const auto scripted = camera.results.find("ICubeSDK_GetModeList");
-    return scripted == camera.results.end() ? 0 : scripted->second;
+    return scripted == camera.results.end() ? own(0) : scripted->second;
 }
 
 STANDIN_API int ICubeSDK_GetMode(int cam, int* mode)
 {
     Lock lock(mutex);
-    if (mode)
+    if (mode && !camera.unplugged)
         *mode = camera.mode;
-    return finish("ICubeSDK_GetMode", 0, cam, static_cast<const void*>(mode));
+    return finish("ICubeSDK_GetMode", own(0), cam, static_cast<const void*>(mode));
 }
 
 STANDIN_API int ICubeSDK_SetMode(int cam, int mode)
 {
     Lock lock(mutex);
-    camera.mode = mode;
-    return finish("ICubeSDK_SetMode", 0, cam, mode);
+    if (!camera.unplugged)
+        camera.mode = mode;
+    return finish("ICubeSDK_SetMode", own(0), cam, mode);
 }
 
 STANDIN_API int ICubeSDK_SetDisplayMode(int cam, int mode, int a, int b, int c, int d)
 {
     Lock lock(mutex);
-    return finish("ICubeSDK_SetDisplayMode", 0, cam, mode, a, b, c, d);
+    return finish("ICubeSDK_SetDisplayMode", own(0), cam, mode, a, b, c, d);
 }
 
 #ifndef ICUBE_STANDIN_WITHOUT_START
 STANDIN_API int ICubeSDK_Start(int cam, unsigned long window, int a, int b)
 {
     Lock lock(mutex);
-    camera.started = true;
-    camera.lastWindow = window;
-    return finish("ICubeSDK_Start", 0, cam, window, a, b);
+    if (!camera.unplugged) {
+        camera.started = true;
+        camera.lastWindow = window;
+    }
+    return finish("ICubeSDK_Start", own(0), cam, window, a, b);
 }
 static_assert(std::is_same_v<decltype(&ICubeSDK_Start), ICubeSDK_StartFn>);
 #endif
@@ -389,79 +419,84 @@ STANDIN_API int ICubeSDK_Stop(int cam)
 STANDIN_API int ICubeSDK_GetGoodFrames(int cam, int* count)
 {
     Lock lock(mutex);
-    if (count)
+    if (count && !camera.unplugged)
         *count = camera.goodFrames;
-    return finish("ICubeSDK_GetGoodFrames", 0, cam, static_cast<const void*>(count));
+    return finish("ICubeSDK_GetGoodFrames", own(0), cam, static_cast<const void*>(count));
 }
 
 STANDIN_API int ICubeSDK_GetBrokenFrames(int cam, int* count)
 {
     Lock lock(mutex);
-    if (count)
+    if (count && !camera.unplugged)
         *count = camera.brokenFrames;
-    return finish("ICubeSDK_GetBrokenFrames", 0, cam, static_cast<const void*>(count));
+    return finish("ICubeSDK_GetBrokenFrames", own(0), cam, static_cast<const void*>(count));
 }
 
 STANDIN_API int ICubeSDK_SaveToFile(int cam, const char* fileName)
 {
     writer.join();
     Lock lock(mutex);
-    int own = 0;
-    if (scriptedFailure("ICubeSDK_SaveToFile")) {
+    int status = own(0);
+    if (scriptedFailure("ICubeSDK_SaveToFile") || camera.unplugged) {
         // writes nothing
     } else if (camera.saveBeforeMs >= 0 && fileName && camera.frameWidth > 0 && camera.frameHeight > 0) {
         writer.thread = std::thread(writeBitmapLater, std::string(fileName),
                                     bitmap(camera.frameWidth, camera.frameHeight), camera.saveBeforeMs,
                                     camera.saveMidwayMs);
     } else if (!writeBitmap(fileName, camera.frameWidth, camera.frameHeight)) {
-        own = -1;
+        status = -1;
     }
-    return finish("ICubeSDK_SaveToFile", own, cam, fileName);
+    return finish("ICubeSDK_SaveToFile", status, cam, fileName);
 }
 
 STANDIN_API int ICubeSDK_SaveAvi(int cam, const char* fileName, int a, int seconds)
 {
     Lock lock(mutex);
-    if (!scriptedFailure("ICubeSDK_SaveAvi"))
-        camera.aviLeft = camera.aviPolls >= 0 ? camera.aviPolls : seconds;
-    return finish("ICubeSDK_SaveAvi", 0, cam, fileName, a, seconds);
+    if (!scriptedFailure("ICubeSDK_SaveAvi") && !camera.unplugged)
+        camera.aviLeft = camera.aviPolls == kAviForever ? -1
+                         : camera.aviPolls >= 0         ? camera.aviPolls
+                                                        : seconds;
+    return finish("ICubeSDK_SaveAvi", own(0), cam, fileName, a, seconds);
 }
 
 STANDIN_API int ICubeSDK_GetExposure(int cam, float* milliseconds)
 {
     Lock lock(mutex);
-    if (milliseconds)
+    if (milliseconds && !camera.unplugged)
         *milliseconds = camera.exposure;
-    return finish("ICubeSDK_GetExposure", 0, cam, static_cast<const void*>(milliseconds));
+    return finish("ICubeSDK_GetExposure", own(0), cam, static_cast<const void*>(milliseconds));
 }
 
 STANDIN_API int ICubeSDK_GetParamAuto(int cam, int type, int* flag)
 {
     Lock lock(mutex);
-    if (flag)
+    if (flag && !camera.unplugged)
         *flag = camera.autoFlags[type];
-    return finishTyped("ICubeSDK_GetParamAuto", type, 0, cam, type, static_cast<const void*>(flag));
+    return finishTyped("ICubeSDK_GetParamAuto", type, own(0), cam, type, static_cast<const void*>(flag));
 }
 
 STANDIN_API int ICubeSDK_SetParamAuto(int cam, int type, int flag)
 {
     Lock lock(mutex);
-    camera.autoFlags[type] = flag;
-    return finishTyped("ICubeSDK_SetParamAuto", type, 0, cam, type, flag);
+    if (!camera.unplugged)
+        camera.autoFlags[type] = flag;
+    return finishTyped("ICubeSDK_SetParamAuto", type, own(0), cam, type, flag);
 }
 
 STANDIN_API int ICubeSDK_SetParamAutoDef(int cam, int type)
 {
     Lock lock(mutex);
-    return finishTyped("ICubeSDK_SetParamAutoDef", type, 0, cam, type);
+    return finishTyped("ICubeSDK_SetParamAutoDef", type, own(0), cam, type);
 }
 
 STANDIN_API int ICubeSDK_SetParamOnePush(int cam, int type)
 {
     Lock lock(mutex);
-    camera.params[type] = 0;
-    camera.onePushLeft[type] = camera.onePushPolls;
-    return finishTyped("ICubeSDK_SetParamOnePush", type, 0, cam, type);
+    if (!camera.unplugged) {
+        camera.params[type] = 0;
+        camera.onePushLeft[type] = camera.onePushPolls;
+    }
+    return finishTyped("ICubeSDK_SetParamOnePush", type, own(0), cam, type);
 }
 
 // The stand-in must keep the shapes the driver binds to.
@@ -621,10 +656,20 @@ STANDIN_API void StandIn_SetOnePushPolls(int polls)
     camera.onePushPolls = polls;
 }
 
+// Reads of 1 from parameter 24 after SaveAvi: -1 the seconds asked for, -2 for ever.
 STANDIN_API void StandIn_SetAviPolls(int polls)
 {
     Lock lock(mutex);
     camera.aviPolls = polls;
+}
+
+STANDIN_API void StandIn_Unplug(void)
+{
+    Lock lock(mutex);
+    camera.unplugged = true;
+    camera.started = false;
+    camera.open = false;
+    camera.aviLeft = 0;
 }
 
 STANDIN_API int StandIn_IsOpen(void)
