@@ -3,6 +3,7 @@
 #include "camera/CameraFactory.h"
 #include "common/Clock.h"
 #include "common/CommandLine.h"
+#include "common/PictureMemory.h"
 #include "common/ProgramFolder.h"
 
 #include <QApplication>
@@ -11,6 +12,7 @@
 
 int main(int argc, char** argv)
 {
+    tavix::PictureMemory::keepLargeBlocksSeparate();
     // Help, version and usage errors need no display: they are answered before the application starts.
     QStringList arguments;
     for (int i = 0; i < argc; ++i)

@@ -1,6 +1,7 @@
 #include "calib/ui/CrossLineOverlay.h"
 
 #include "calib/CrossLines.h"
+#include "common/ui/Icons.h"
 
 #include <QEvent>
 #include <QPainter>
@@ -27,6 +28,21 @@ void drawCross(QPainter& p, QPointF centre, double arm)
 {
     p.drawLine(QPointF(centre.x() - arm, centre.y()), QPointF(centre.x() + arm, centre.y()));
     p.drawLine(QPointF(centre.x(), centre.y() - arm), QPointF(centre.x(), centre.y() + arm));
+}
+
+QPixmap drawCrossIcon(int index)
+{
+    QPixmap pixmap(32, 32);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setPen(QPen(QColor(30, 160, 60), 2));
+    if (index == 0) {
+        drawCross(p, QPointF(16, 16), 12);
+    } else {
+        drawCross(p, QPointF(11, 11), 8);
+        drawCross(p, QPointF(21, 21), 8);
+    }
+    return pixmap;
 }
 
 }  // namespace
@@ -87,17 +103,7 @@ bool CrossLineOverlay::eventFilter(QObject* watched, QEvent* event)
 
 QIcon CrossLineOverlay::imgCrossIcon(int index)
 {
-    QPixmap pixmap(32, 32);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setPen(QPen(QColor(30, 160, 60), 2));
-    if (index == 0) {
-        drawCross(p, QPointF(16, 16), 12);
-    } else {
-        drawCross(p, QPointF(11, 11), 8);
-        drawCross(p, QPointF(21, 21), 8);
-    }
-    return QIcon(pixmap);
+    return Icons::drawnOnce(drawCrossIcon, index == 0 ? 0 : 1);
 }
 
 }  // namespace tavix

@@ -2,6 +2,9 @@
 
 #include <QPainter>
 #include <QPixmap>
+#include <cstdint>
+#include <map>
+#include <utility>
 
 namespace tavix::Icons {
 
@@ -25,9 +28,7 @@ void drawCameraBody(QPainter& p)
     p.drawEllipse(QPointF(16, 18), 6, 6);
 }
 
-}  // namespace
-
-QIcon camera(bool lit)
+QPixmap drawCamera(int lit)
 {
     QPixmap pixmap = canvas();
     QPainter p(&pixmap);
@@ -35,10 +36,10 @@ QIcon camera(bool lit)
     p.setPen(Qt::NoPen);
     p.setBrush(lit ? QColor(230, 40, 40) : QColor(110, 60, 60));
     p.drawEllipse(QPointF(25, 13), 3, 3);
-    return QIcon(pixmap);
+    return pixmap;
 }
 
-QIcon still()
+QPixmap drawStill()
 {
     QPixmap pixmap = canvas();
     QPainter p(&pixmap);
@@ -47,10 +48,10 @@ QIcon still()
     p.setBrush(QColor(40, 120, 220));
     p.drawRect(QRectF(22, 2, 3, 8));
     p.drawRect(QRectF(27, 2, 3, 8));
-    return QIcon(pixmap);
+    return pixmap;
 }
 
-QIcon record()
+QPixmap drawRecord()
 {
     QPixmap pixmap = canvas();
     QPainter p(&pixmap);
@@ -58,7 +59,35 @@ QIcon record()
     p.setPen(QPen(QColor(120, 0, 0), 2));
     p.setBrush(QColor(220, 30, 30));
     p.drawEllipse(QPointF(16, 16), 11, 11);
-    return QIcon(pixmap);
+    return pixmap;
+}
+
+}  // namespace
+
+QIcon drawnOnce(Drawing draw, int index)
+{
+    // Never destroyed: the icons may outlive the application object.
+    static auto* const icons = new std::map<std::pair<std::uintptr_t, int>, QIcon>();
+    const auto key = std::make_pair(reinterpret_cast<std::uintptr_t>(draw), index);
+    auto found = icons->find(key);
+    if (found == icons->end())
+        found = icons->emplace(key, QIcon(draw(index))).first;
+    return found->second;
+}
+
+QIcon camera(bool lit)
+{
+    return drawnOnce(drawCamera, lit ? 1 : 0);
+}
+
+QIcon still()
+{
+    return drawnOnce([](int) { return drawStill(); });
+}
+
+QIcon record()
+{
+    return drawnOnce([](int) { return drawRecord(); });
 }
 
 }  // namespace tavix::Icons

@@ -1,5 +1,7 @@
 #include "measure/ui/ToolIcons.h"
 
+#include "common/ui/Icons.h"
+
 #include <QPainter>
 #include <QPixmap>
 
@@ -21,10 +23,10 @@ public:
         painter_.setPen(QPen(Ink, 2));
     }
     QPainter& painter() { return painter_; }
-    QIcon icon()
+    QPixmap pixmap()
     {
         painter_.end();
-        return QIcon(pixmap_);
+        return pixmap_;
     }
     void point(QPointF at)
     {
@@ -40,9 +42,7 @@ private:
     QPainter painter_;
 };
 
-}  // namespace
-
-QIcon img2PointIcon(int index)
+QPixmap draw2Point(int index)
 {
     Canvas c;
     if (index == 0) {
@@ -55,10 +55,10 @@ QIcon img2PointIcon(int index)
         c.painter().drawLine(QPointF(16, 26), QPointF(16, 7));
         c.point({16, 7});
     }
-    return c.icon();
+    return c.pixmap();
 }
 
-QIcon imgCircleArcSelect(int index)
+QPixmap drawCircleArc(int index)
 {
     Canvas c;
     const QRectF box(5, 5, 22, 22);
@@ -69,10 +69,10 @@ QIcon imgCircleArcSelect(int index)
         c.point({5, 16});
         c.point({27, 16});
     }
-    return c.icon();
+    return c.pixmap();
 }
 
-QIcon imgAngleIcon(int index)
+QPixmap drawAngle(int index)
 {
     Canvas c;
     c.painter().drawLine(QPointF(4, 27), QPointF(28, 27));
@@ -83,7 +83,24 @@ QIcon imgAngleIcon(int index)
         c.painter().drawArc(QRectF(4, 17, 20, 20), 0, 55 * 16);
         c.point({24, 20});
     }
-    return c.icon();
+    return c.pixmap();
+}
+
+}  // namespace
+
+QIcon img2PointIcon(int index)
+{
+    return Icons::drawnOnce(draw2Point, index);
+}
+
+QIcon imgCircleArcSelect(int index)
+{
+    return Icons::drawnOnce(drawCircleArc, index);
+}
+
+QIcon imgAngleIcon(int index)
+{
+    return Icons::drawnOnce(drawAngle, index);
 }
 
 }  // namespace tavix::ToolIcons

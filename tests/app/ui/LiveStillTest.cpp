@@ -346,6 +346,31 @@ TEST_F(LiveStill, LiveIcon_BlinksWhileLive)
     EXPECT_NE(still, unlit);
 }
 
+TEST_F(LiveStill, LiveIcon_BlinkingReusesItsTwoIcons)
+{
+    // A new icon per blink would leave a new scaled copy in Qt's pixmap cache
+    // every half second of live view.
+    auto w = start();
+    ASSERT_TRUE(loaded);
+    auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
+    w->camera().tmrLiveIcon_Timer();
+    const qint64 lit = playStop->icon().cacheKey();
+    w->camera().tmrLiveIcon_Timer();
+    const qint64 unlit = playStop->icon().cacheKey();
+    EXPECT_NE(lit, unlit);
+    for (int blink = 0; blink < 3; ++blink) {
+        w->camera().tmrLiveIcon_Timer();
+        EXPECT_EQ(playStop->icon().cacheKey(), lit);
+        w->camera().tmrLiveIcon_Timer();
+        EXPECT_EQ(playStop->icon().cacheKey(), unlit);
+    }
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    const qint64 still = playStop->icon().cacheKey();
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    QTest::mouseClick(playStop, Qt::LeftButton);
+    EXPECT_EQ(playStop->icon().cacheKey(), still);
+}
+
 TEST_F(LiveStill, Exit_StopsAndClosesTheCamera)
 {
     auto w = start();

@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <cmath>
+#include <vector>
 
 using namespace tavix;
 
@@ -77,6 +78,27 @@ TEST_F(MeasureSettingsApplied, ToolButtons_TakeThePictureAndTipOfTheirMode)
     EXPECT_EQ(find<QToolButton>("cmdMeasure(0)")->toolTip(), message(10112));
     EXPECT_EQ(find<QToolButton>("cmdMeasure(1)")->toolTip(), message(10113));
     EXPECT_EQ(find<QToolButton>("cmdMeasure(5)")->toolTip(), message(10110));
+}
+
+TEST_F(MeasureSettingsApplied, ToolButtons_KeepTheirIcons_ClickAfterClick)
+{
+    // A new icon per click would leave new scaled copies in Qt's pixmap cache
+    // on every measurement.
+    start();
+    std::vector<qint64> keys;
+    for (int i : {0, 1, 5})
+        keys.push_back(
+            find<QToolButton>(QStringLiteral("cmdMeasure(%1)").arg(i).toLatin1())->icon().cacheKey());
+    for (int click = 0; click < 3; ++click) {
+        QTest::mouseClick(find<QToolButton>("cmdMeasure(0)"), Qt::LeftButton);
+        QTest::mouseClick(find<QToolButton>("cmdMeasure(5)"), Qt::LeftButton);
+        size_t k = 0;
+        for (int i : {0, 1, 5})
+            EXPECT_EQ(
+                find<QToolButton>(QStringLiteral("cmdMeasure(%1)").arg(i).toLatin1())->icon().cacheKey(),
+                keys[k++])
+                << "cmdMeasure(" << i << ")";
+    }
 }
 
 TEST_F(MeasureSettingsApplied, RubberBandAndCirclePreview_TakeTheNewLineColour)
