@@ -2,7 +2,6 @@
 
 #include "camera/BayerDemosaic.h"
 #include "camera/SensorModes.h"
-#include "files/FrameFile.h"
 
 // GLib names a struct member "signals", which Qt's keyword macro would rewrite.
 #undef signals
@@ -250,10 +249,8 @@ int GenICamDriver::Close(int cam)
     lostHandler_ = 0;
     g_clear_object(&camera_);
     openIndex_ = -1;
-    {
-        std::lock_guard lock(frameMutex_);
-        dropHeld();
-    }
+    const auto lock = frame_.lock();
+    dropHeld();
     return 0;
 }
 
@@ -334,10 +331,10 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
         return kBusy;
     stopStream();  // a stream that ended with the camera lost
     {
-        std::lock_guard lock(frameMutex_);
+        const auto lock = frame_.lock();
         dropHeld();
-        sink_ = sink;
     }
+    frame_.setSink(sink);
     GError* error = nullptr;
     stream_ = arv_camera_create_stream(camera_, nullptr, nullptr, &error);
     if (failed(error, log_) || !stream_) {
@@ -392,13 +389,8 @@ void GenICamDriver::stopStream()
     }
     arv_stream_set_emit_signals(stream_, FALSE);
     g_signal_handlers_disconnect_by_data(stream_, this);
-    {
-        std::lock_guard lock(frameMutex_);
-        sink_ = nullptr;
-        // The file ends with what it holds when the stream stops.
-        if (recorder_)
-            recorder_->stop();
-    }
+    frame_.setSink(nullptr);
+    frame_.endRecording();
     // Joins the stream thread; a frame still being received goes back to the stream's pool.
     g_clear_object(&stream_);
 }
@@ -408,7 +400,7 @@ void GenICamDriver::dropHeld()
     if (held_)
         g_object_unref(held_);
     held_ = nullptr;
-    heldView_ = FrameView{};
+    frame_.clear();
 }
 
 void GenICamDriver::onNewBuffer(_ArvStream* stream, void* self)
@@ -453,7 +445,7 @@ void GenICamDriver::receive(_ArvStream* from, _ArvBuffer* buffer)
         return;
     }
 
-    std::lock_guard lock(frameMutex_);
+    const auto lock = frame_.lock();
     view.sequence = static_cast<std::uint64_t>(++good_);
     if (format == ARV_PIXEL_FORMAT_MONO_8) {
         view.bits = data;
@@ -477,13 +469,9 @@ void GenICamDriver::receive(_ArvStream* from, _ArvBuffer* buffer)
     // The newest frame stays out of the pool until a newer one replaces it.
     ArvBuffer* previous = held_;
     held_ = buffer;
-    heldView_ = view;
     if (previous)
         giveBack(previous);
-    if (sink_)
-        sink_->frameReady(view);
-    if (recorder_)
-        recorder_->addFrame(view);
+    frame_.hold(view);
 }
 
 void GenICamDriver::onControlLost(void* device, void* self)
@@ -520,14 +508,12 @@ int GenICamDriver::GetBrokenFrames(int cam, std::int32_t& count)
 
 QSize GenICamDriver::frameSize() const
 {
-    std::lock_guard lock(frameMutex_);
-    return {heldView_.width, heldView_.height};
+    return frame_.size();
 }
 
 QImage::Format GenICamDriver::frameFormat() const
 {
-    std::lock_guard lock(frameMutex_);
-    return heldView_.bits ? heldView_.format : QImage::Format_Invalid;
+    return frame_.format();
 }
 
 // ---- files ----
@@ -536,17 +522,14 @@ int GenICamDriver::SaveToFile(int cam, const QString& path)
 {
     if (const int s = checkOpen(cam))
         return s;
-    {
-        std::lock_guard lock(frameMutex_);
-        if (!heldView_.bits)
-            return kNoFrame;
-        const QImage frame(heldView_.bits, heldView_.width, heldView_.height, heldView_.bytesPerLine,
-                           heldView_.format);
-        if (!FrameFile::encode(frame, path, jpegQuality_, fileBuffer_))
-            return kNoFrame;
-    }
-    // Written after the newest frame went back to the stream: the disk never holds up the camera.
-    return FrameFile::store(path, fileBuffer_) == 0 ? 0 : kWriteFailed;
+    return frame_.save(path);
+}
+
+int GenICamDriver::GrabFrame(int cam, QImage& frame)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    return frame_.copy(frame);
 }
 
 int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
@@ -558,26 +541,13 @@ int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
     GError* error = nullptr;
     const double rate = arv_camera_get_frame_rate(camera_, &error);
     const bool rateKnown = !failed(error, log_) && rate > 0;
-    std::lock_guard lock(frameMutex_);
     // The file takes the size and pixels of the frames the camera sends now.
-    if (!heldView_.bits)
-        return kNoFrame;
-    if (!recorder_)
-        recorder_ = std::make_unique<AviRecorder>();
-    AviRecorder::Format format;
-    format.size = QSize(heldView_.width, heldView_.height);
-    format.pixels = heldView_.format;
-    format.fps = rateKnown ? rate : 30.0;
-    return recorder_->start(path, format, seconds) ? 0 : kWriteFailed;
+    return frame_.record(path, rateKnown ? rate : 30.0, seconds);
 }
 
 bool GenICamDriver::recordingStats(int cam, RecordingStats& stats)
 {
-    std::lock_guard lock(frameMutex_);
-    if (checkOpen(cam) != 0 || !recorder_)
-        return false;
-    stats = recorder_->stats();
-    return true;
+    return checkOpen(cam) == 0 && frame_.recordingStats(stats);
 }
 
 // ---- parameters ----
@@ -693,8 +663,7 @@ int GenICamDriver::GetCamParameter(int cam, int type, std::int32_t& value)
     if (const int s = checkOpen(cam))
         return s;
     if (type == kAviWriting) {
-        std::lock_guard lock(frameMutex_);
-        value = recorder_ && recorder_->busy() ? 1 : 0;
+        value = frame_.recording() ? 1 : 0;
         return 0;
     }
     if (type == kWhiteBalance) {

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "camera/CameraDriver.h"
-#include "files/AviRecorder.h"
+#include "camera/HeldFrame.h"
 
 #include <QByteArray>
 #include <QSize>
 #include <QString>
 #include <atomic>
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <vector>
 
 // Aravis's types, kept out of this header so that its users need not see GLib.
@@ -50,8 +48,8 @@ public:
     static constexpr int kOutOfRange = -4;
     static constexpr int kNotOpen = -5;
     static constexpr int kBusy = -6;
-    static constexpr int kNoFrame = -7;
-    static constexpr int kWriteFailed = -8;
+    static constexpr int kNoFrame = HeldFrame::kNoFrame;
+    static constexpr int kWriteFailed = HeldFrame::kWriteFailed;
     static constexpr int kBadCamera = -9;
     static constexpr int kDisconnected = -10;
     static constexpr int kAlreadyOpen = -24;
@@ -92,7 +90,9 @@ public:
     // Incomplete frames since Start, and those Aravis lost for want of a free buffer.
     int GetBrokenFrames(int cam, std::int32_t& count) override;
     int SaveToFile(int cam, const QString& path) override;
-    void SetSaveQuality(int quality) override { jpegQuality_ = quality; }
+    void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
+    bool canGrabFrame() const override { return true; }
+    int GrabFrame(int cam, QImage& frame) override;
     // Records the stream through the program's recorder at the frames' size.
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     bool recordingStats(int cam, RecordingStats& stats) override;
@@ -154,16 +154,11 @@ private:
     std::atomic<std::int32_t> good_{0};
     std::atomic<std::int32_t> incomplete_{0};
 
-    // The newest frame, guarded by frameMutex_ (the stream thread hands it
-    // over under it, SaveToFile reads it under it).
-    mutable std::mutex frameMutex_;
-    FrameSink* sink_ = nullptr;
+    // The newest frame; the buffer behind it and the demosaiced pixels of a
+    // Bayer frame change only under frame_.lock().
+    HeldFrame frame_;
     _ArvBuffer* held_ = nullptr;
-    FrameView heldView_;
     std::vector<uchar> rgb_;
-    QByteArray fileBuffer_;
-    std::unique_ptr<AviRecorder> recorder_;  // made by the first recording; frames reach it under frameMutex_
-    std::atomic<int> jpegQuality_{90};
 };
 
 }  // namespace tavix

@@ -2,12 +2,10 @@
 
 #include "camera/Resolution.h"
 #include "camera/V4l2Controls.h"
-#include "files/FrameFile.h"
 
 #include <linux/videodev2.h>
 #include <QFileInfo>
 #include <algorithm>
-#include <cstring>
 
 #undef signals
 #include <gst/app/gstappsink.h>
@@ -303,10 +301,7 @@ int GraphDriver::Close(int cam)
     if (const int s = checkOpen(cam))
         return s;
     Stop(cam);
-    {
-        std::lock_guard lock(frameMutex_);
-        recorder_.reset();
-    }
+    frame_.endRecording();
     gst_element_set_state(file_.graph(), GST_STATE_NULL);
     controls_.reset();
     open_ = false;
@@ -358,10 +353,7 @@ int GraphDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
     gst_caps_set_simple(caps, "format", G_TYPE_STRING, "RGB", nullptr);
     g_object_set(filter_, "caps", caps, nullptr);
     gst_caps_unref(caps);
-    {
-        std::lock_guard lock(frameMutex_);
-        sink_ = sink;
-    }
+    frame_.setSink(sink);
     good_ = 0;
     broken_ = 0;
     nextOffset_ = GST_BUFFER_OFFSET_NONE;
@@ -387,8 +379,7 @@ int GraphDriver::Stop(int cam)
     started_ = false;
     // Back to ready joins the streaming thread; the newest frame stays held.
     gst_element_set_state(file_.graph(), GST_STATE_READY);
-    std::lock_guard lock(frameMutex_);
-    sink_ = nullptr;
+    frame_.setSink(nullptr);
     return 0;
 }
 
@@ -458,7 +449,7 @@ void GraphDriver::receive(GstSample* sample)
     view.format = QImage::Format_RGB888;
     view.captureNs = GST_BUFFER_PTS_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_PTS(buffer)) : -1;
 
-    std::lock_guard lock(frameMutex_);
+    const auto lock = frame_.lock();
     view.sequence = static_cast<std::uint64_t>(++good_);
     if (GST_VIDEO_INFO_FPS_N(&info) > 0 && GST_VIDEO_INFO_FPS_D(&info) > 0)
         fps_ = double(GST_VIDEO_INFO_FPS_N(&info)) / GST_VIDEO_INFO_FPS_D(&info);
@@ -466,11 +457,7 @@ void GraphDriver::receive(GstSample* sample)
     dropHeld();
     held_ = sample;
     heldMap_ = 1 - heldMap_;
-    heldView_ = view;
-    if (sink_)
-        sink_->frameReady(view);
-    if (recorder_)
-        recorder_->addFrame(view);
+    frame_.hold(view);
 }
 
 void GraphDriver::dropHeld()
@@ -480,7 +467,7 @@ void GraphDriver::dropHeld()
         gst_sample_unref(held_);
     }
     held_ = nullptr;
-    heldView_ = FrameView{};
+    frame_.clear();
 }
 
 int GraphDriver::GetGoodFrames(int cam, std::int32_t& count)
@@ -501,8 +488,7 @@ int GraphDriver::GetBrokenFrames(int cam, std::int32_t& count)
 
 QSize GraphDriver::frameSize() const
 {
-    std::lock_guard lock(frameMutex_);
-    return {heldView_.width, heldView_.height};
+    return frame_.size();
 }
 
 // ---- files ----
@@ -511,32 +497,14 @@ int GraphDriver::SaveToFile(int cam, const QString& path)
 {
     if (const int s = checkOpen(cam))
         return s;
-    {
-        std::lock_guard lock(frameMutex_);
-        if (!heldView_.bits)
-            return kNoFrame;
-        const QImage frame(heldView_.bits, heldView_.width, heldView_.height, heldView_.bytesPerLine,
-                           heldView_.format);
-        if (!FrameFile::encode(frame, path, jpegQuality_, fileBuffer_))
-            return kNoFrame;
-    }
-    // Written outside the lock: the disk never holds up the stream.
-    return FrameFile::store(path, fileBuffer_) == 0 ? 0 : kWriteFailed;
+    return frame_.save(path);
 }
 
 int GraphDriver::GrabFrame(int cam, QImage& frame)
 {
     if (const int s = checkOpen(cam))
         return s;
-    std::lock_guard lock(frameMutex_);
-    if (!heldView_.bits)
-        return kNoFrame;
-    if (frame.size() != QSize(heldView_.width, heldView_.height) || frame.format() != heldView_.format)
-        frame = QImage(heldView_.width, heldView_.height, heldView_.format);
-    const qsizetype row = qsizetype(heldView_.width) * 3;
-    for (int y = 0; y < heldView_.height; ++y)
-        std::memcpy(frame.scanLine(y), heldView_.bits + y * heldView_.bytesPerLine, static_cast<size_t>(row));
-    return 0;
+    return frame_.copy(frame);
 }
 
 int GraphDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
@@ -545,26 +513,13 @@ int GraphDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
         return s;
     if (!started_)
         return kNoFrame;
-    std::lock_guard lock(frameMutex_);
     // The file takes the size and rate of the frames the camera sends now.
-    if (!heldView_.bits)
-        return kNoFrame;
-    if (!recorder_)
-        recorder_ = std::make_unique<AviRecorder>();
-    AviRecorder::Format format;
-    format.size = QSize(heldView_.width, heldView_.height);
-    format.pixels = heldView_.format;
-    format.fps = fps_ > 0 ? fps_ : 30.0;
-    return recorder_->start(path, format, seconds) ? 0 : kWriteFailed;
+    return frame_.record(path, fps_ > 0 ? fps_ : 30.0, seconds);
 }
 
 bool GraphDriver::recordingStats(int cam, RecordingStats& stats)
 {
-    std::lock_guard lock(frameMutex_);
-    if (checkOpen(cam) != 0 || !recorder_)
-        return false;
-    stats = recorder_->stats();
-    return true;
+    return checkOpen(cam) == 0 && frame_.recordingStats(stats);
 }
 
 // ---- parameters ----
@@ -643,8 +598,7 @@ int GraphDriver::GetCamParameter(int cam, int type, std::int32_t& value)
     if (const int s = checkOpen(cam))
         return s;
     if (type == kAviWriting) {
-        std::lock_guard lock(frameMutex_);
-        value = recorder_ && recorder_->busy() ? 1 : 0;
+        value = frame_.recording() ? 1 : 0;
         return 0;
     }
     CamParamRange range;

@@ -2,14 +2,12 @@
 
 #include "camera/CameraDriver.h"
 #include "camera/GraphFile.h"
-#include "files/AviRecorder.h"
+#include "camera/HeldFrame.h"
 
-#include <QByteArray>
 #include <QSize>
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 struct _GstElement;
@@ -50,8 +48,8 @@ public:
     static constexpr int kOutOfRange = -4;
     static constexpr int kNotOpen = -5;
     static constexpr int kBusy = -6;
-    static constexpr int kNoFrame = -7;
-    static constexpr int kWriteFailed = -8;
+    static constexpr int kNoFrame = HeldFrame::kNoFrame;
+    static constexpr int kWriteFailed = HeldFrame::kWriteFailed;
     static constexpr int kBadCamera = -9;
     static constexpr int kDisconnected = -10;
     static constexpr int kAlreadyOpen = -24;
@@ -93,7 +91,7 @@ public:
     // Frames flagged corrupt, too short, or missing from the source's count.
     int GetBrokenFrames(int cam, std::int32_t& count) override;
     int SaveToFile(int cam, const QString& path) override;
-    void SetSaveQuality(int quality) override { jpegQuality_ = quality; }
+    void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
@@ -143,16 +141,13 @@ private:
     std::uint64_t nextOffset_ = 0;  // the source's number of the next frame; streaming thread only
     double fps_ = 0;
 
-    mutable std::mutex frameMutex_;
-    FrameSink* sink_ = nullptr;
-    _GstSample* held_ = nullptr;  // the newest frame, mapped into heldView_
-    // Two GstMapInfo made once: the held frame's and the arriving one's.
+    // The newest frame, its sample mapped into one of two GstMapInfo made
+    // once (the held frame's and the arriving one's); changed only under
+    // frame_.lock().
+    HeldFrame frame_;
+    _GstSample* held_ = nullptr;
     void* maps_[2] = {nullptr, nullptr};
     int heldMap_ = 0;
-    FrameView heldView_;
-    QByteArray fileBuffer_;
-    std::unique_ptr<AviRecorder> recorder_;
-    std::atomic<int> jpegQuality_{90};
 };
 
 }  // namespace tavix

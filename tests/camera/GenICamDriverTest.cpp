@@ -187,6 +187,33 @@ TEST_F(GenICamDriverTest, SaveToFile_WritesTheNewestFrame_AsBitmapOrJpegByExtens
               GenICamDriver::kWriteFailed);
 }
 
+// A series picture with cross lines takes the frame from memory, grey or colour.
+TEST_F(GenICamDriverTest, GrabFrame_CopiesTheNewestFrame_GreyOrDemosaiced)
+{
+    QImage grabbed;
+    EXPECT_TRUE(driver.canGrabFrame());
+    EXPECT_EQ(driver.GrabFrame(0, grabbed), GenICamDriver::kNoFrame);
+    TempDir dir;
+    for (const char* format : {"Mono8", "BayerRG8"}) {
+        GError* error = nullptr;
+        arv_camera_set_pixel_format_from_string(driver.arvCamera(), format, &error);
+        ASSERT_EQ(error, nullptr) << format;
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0) << format;
+        ASSERT_TRUE(waitFrames(2)) << format;
+        ASSERT_EQ(driver.Stop(0), 0);
+
+        ASSERT_EQ(driver.GrabFrame(0, grabbed), 0) << format;
+        EXPECT_EQ(grabbed.size(), QSize(2048, 1536));
+        EXPECT_EQ(grabbed.format(), driver.frameFormat()) << format;
+        ASSERT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), 0);
+        QImage bmp;
+        ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);
+        EXPECT_EQ(bmp.convertToFormat(QImage::Format_RGB32), grabbed.convertToFormat(QImage::Format_RGB32))
+            << format;
+    }
+    EXPECT_EQ(driver.GrabFrame(1, grabbed), GenICamDriver::kBadCamera);
+}
+
 TEST_F(GenICamDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTheFileIsClosed)
 {
     TempDir dir;

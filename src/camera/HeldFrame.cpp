@@ -1,0 +1,99 @@
+#include "camera/HeldFrame.h"
+
+#include "files/FrameFile.h"
+
+#include <cstring>
+
+namespace tavix {
+
+void HeldFrame::hold(const FrameView& view)
+{
+    view_ = view;
+    if (sink_)
+        sink_->frameReady(view);
+    if (recorder_)
+        recorder_->addFrame(view);
+}
+
+void HeldFrame::setSink(FrameSink* sink)
+{
+    std::lock_guard guard(mutex_);
+    sink_ = sink;
+}
+
+QSize HeldFrame::size() const
+{
+    std::lock_guard guard(mutex_);
+    return {view_.width, view_.height};
+}
+
+QImage::Format HeldFrame::format() const
+{
+    std::lock_guard guard(mutex_);
+    return view_.bits ? view_.format : QImage::Format_Invalid;
+}
+
+int HeldFrame::save(const QString& path)
+{
+    {
+        std::lock_guard guard(mutex_);
+        if (!view_.bits)
+            return kNoFrame;
+        const QImage frame(view_.bits, view_.width, view_.height, view_.bytesPerLine, view_.format);
+        if (!FrameFile::encode(frame, path, quality_, fileBuffer_))
+            return kNoFrame;
+    }
+    // Written after letting the frame go: the disk never holds up the stream.
+    return FrameFile::store(path, fileBuffer_) == 0 ? 0 : kWriteFailed;
+}
+
+int HeldFrame::copy(QImage& frame) const
+{
+    std::lock_guard guard(mutex_);
+    if (!view_.bits)
+        return kNoFrame;
+    if (frame.size() != QSize(view_.width, view_.height) || frame.format() != view_.format)
+        frame = QImage(view_.width, view_.height, view_.format);
+    const auto row = static_cast<size_t>(view_.width) * static_cast<size_t>(frame.depth() / 8);
+    for (int y = 0; y < view_.height; ++y)
+        std::memcpy(frame.scanLine(y), view_.bits + y * view_.bytesPerLine, row);
+    return 0;
+}
+
+int HeldFrame::record(const QString& path, double fps, int seconds)
+{
+    std::lock_guard guard(mutex_);
+    if (!view_.bits)
+        return kNoFrame;
+    if (!recorder_)
+        recorder_ = std::make_unique<AviRecorder>();
+    AviRecorder::Format format;
+    format.size = QSize(view_.width, view_.height);
+    format.pixels = view_.format;
+    format.fps = fps;
+    return recorder_->start(path, format, seconds) ? 0 : kWriteFailed;
+}
+
+void HeldFrame::endRecording()
+{
+    std::lock_guard guard(mutex_);
+    if (recorder_)
+        recorder_->stop();
+}
+
+bool HeldFrame::recording() const
+{
+    std::lock_guard guard(mutex_);
+    return recorder_ && recorder_->busy();
+}
+
+bool HeldFrame::recordingStats(RecordingStats& stats) const
+{
+    std::lock_guard guard(mutex_);
+    if (!recorder_)
+        return false;
+    stats = recorder_->stats();
+    return true;
+}
+
+}  // namespace tavix

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "camera/CameraDriver.h"
+#include "files/AviRecorder.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QSize>
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+namespace tavix {
+
+// The newest frame of a driver whose frames arrive on a stream thread, held
+// until a newer one replaces it, and what the program does with it: show it,
+// record it, write it to a file, copy it. The driver owns the frame's memory
+// and keeps it alive while it is held; it replaces or drops the frame under
+// lock(), so that a reader never sees memory that went back to the stream.
+class HeldFrame {
+public:
+    static constexpr int kNoFrame = -7;
+    static constexpr int kWriteFailed = -8;
+
+    std::unique_lock<std::mutex> lock() const { return std::unique_lock(mutex_); }
+
+    // Under lock(): `view` is the frame held now; it goes to the live view
+    // and to a running recording.
+    void hold(const FrameView& view);
+    // Under lock(): nothing held.
+    void clear() { view_ = FrameView{}; }
+    // Under lock().
+    const FrameView& view() const { return view_; }
+
+    // These take the lock themselves.
+    void setSink(FrameSink* sink);
+    void setQuality(int quality) { quality_ = quality; }
+    QSize size() const;
+    // Format_Invalid while nothing is held.
+    QImage::Format format() const;
+    // A JPEG or bitmap of the held frame, as SaveToFile writes it: 0,
+    // kNoFrame, or kWriteFailed.
+    int save(const QString& path);
+    // Copies the held frame into `frame`, reusing its buffer when it has the
+    // size and format already: 0 or kNoFrame.
+    int copy(QImage& frame) const;
+    // Records from the next frame on, at the held frame's size and pixels and
+    // at `fps`: 0, kNoFrame (nothing held yet) or kWriteFailed.
+    int record(const QString& path, double fps, int seconds);
+    // The file ends with what it holds (the stream stopped).
+    void endRecording();
+    // Parameter 24: a recording is being written.
+    bool recording() const;
+    bool recordingStats(RecordingStats& stats) const;
+
+private:
+    mutable std::mutex mutex_;
+    FrameSink* sink_ = nullptr;
+    FrameView view_;
+    QByteArray fileBuffer_;
+    std::unique_ptr<AviRecorder> recorder_;  // made by the first recording
+    std::atomic<int> quality_{90};
+};
+
+}  // namespace tavix
