@@ -1,17 +1,12 @@
 #include "../../calib/PrintQt.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
-#include "app/frmMain.h"
+#include "DriverWindow.h"
 #include "camera/SimCamera.h"
-#include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
-#include "common/Clock.h"
 
 #include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
@@ -21,28 +16,21 @@
 #include <QToolTip>
 
 using namespace tavix;
-using tavix::test::ScriptedPrompter;
-using tavix::test::TempDir;
 
 namespace {
 
 // The camera settings dialog opened from the running main window on the simulated camera.
-class CameraSettings : public ::testing::Test {
+class CameraSettings : public test::DriverWindow<SimCamera> {
 protected:
     void SetUp() override
     {
-        test::copyShippedData(dir);
-        auto factory = [this](AppData&) {
+        DriverWindow::SetUp();
+        ASSERT_TRUE(startWindow([](AppData&) {
             auto camera = std::make_unique<SimCamera>();
             camera->setNoise(false);
-            sim = camera.get();
-            return std::unique_ptr<CameraDriver>(std::move(camera));
-        };
-        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
-        ASSERT_TRUE(w->Form_Load());
-        w->resize(1200, 800);
-        w->show();
-        ASSERT_TRUE(waitForFrames(1));
+            return camera;
+        }));
+        ASSERT_TRUE(waitForLiveFrames(1));
     }
 
     // Opens the dialog with cmdPinProp and lets `drive` work it while it shows.
@@ -57,23 +45,10 @@ protected:
         QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdPinProp")), Qt::LeftButton);
     }
 
-    // Waits, handling events, until the live view has shown `count` more frames.
-    bool waitForFrames(std::uint64_t count)
-    {
-        const std::uint64_t target = w->camera().liveView().counters().shown + count;
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < 10000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            if (w->camera().liveView().counters().shown >= target)
-                return true;
-        }
-        return false;
-    }
     // The live picture as shown, after the camera has taken the change in.
     QImage liveAfterChange()
     {
-        EXPECT_TRUE(waitForFrames(3));
+        EXPECT_TRUE(waitForLiveFrames(3));
         return w->camera().liveView().current().copy();
     }
     static double meanGrey(const QImage& image)
@@ -101,12 +76,6 @@ protected:
         EXPECT_TRUE(child) << name;
         return child;
     }
-
-    TempDir dir;
-    ScriptedPrompter prompter;
-    SystemClock clock;
-    SimCamera* sim = nullptr;
-    std::unique_ptr<frmMain> w;
 };
 
 }  // namespace
@@ -133,7 +102,7 @@ TEST_F(CameraSettings, PinProp_OpensTheModalSettingsDialog_WithItsTabsAndButtons
         EXPECT_EQ(find<QSlider>(d, "sldGamma")->value(), 64);
         EXPECT_EQ(find<QLabel>(d, "lblGamma")->text(), QStringLiteral("1.0"));
         // The live view runs on behind the dialog.
-        EXPECT_TRUE(waitForFrames(2));
+        EXPECT_TRUE(waitForLiveFrames(2));
     });
     EXPECT_TRUE(opened);
 }
@@ -184,9 +153,9 @@ TEST_F(CameraSettings, Resolution_ChangesTheLiveViewStatusBarAndSettingsFile)
         emit combo->activated(index);
         EXPECT_EQ(find<QLabel>(d, "lblCurrentResolution")->text(), QStringLiteral("640x480"));
         EXPECT_EQ(find<QLabel>(*w, "sbriCubePanel(5)")->text(), QStringLiteral("Resolution:640x480"));
-        EXPECT_TRUE(waitForFrames(2));
+        EXPECT_TRUE(waitForLiveFrames(2));
     });
-    EXPECT_EQ(sim->latestFrame().size(), QSize(640, 480));
+    EXPECT_EQ(driver->latestFrame().size(), QSize(640, 480));
     const QSize shown = w->camera().cameraView()->size();
     EXPECT_NEAR(double(shown.width()) / shown.height(), 640.0 / 480.0, 0.01);
     w->setConfirmOnClose(false);

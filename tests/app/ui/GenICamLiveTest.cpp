@@ -1,16 +1,10 @@
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
-#include "app/frmMain.h"
+#include "DriverWindow.h"
 #include "camera/GenICamDriver.h"
-#include "camera/ui/CameraPanel.h"
-#include "common/AppData.h"
-#include "common/Clock.h"
 #include "files/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QDialog>
 #include <QElapsedTimer>
-#include <QLabel>
 #include <QPushButton>
 #include <QSlider>
 #include <QTest>
@@ -19,54 +13,22 @@
 #include <arv.h>
 
 using namespace tavix;
-using tavix::test::ScriptedPrompter;
-using tavix::test::TempDir;
 
 namespace {
 
 // The main window on Aravis's fake camera through the real GenICam driver.
-class GenICamLive : public ::testing::Test {
+class GenICamLive : public test::DriverWindow<GenICamDriver> {
 protected:
     static void SetUpTestSuite() { GenICamDriver::useFakeCameraOnly(); }
     static void TearDownTestSuite() { GenICamDriver::useRealCameras(); }
 
     void SetUp() override
     {
-        test::copyShippedData(dir);
-        auto factory = [this](AppData& data) {
-            auto driver =
-                std::make_unique<GenICamDriver>([log = data.log](const QString& line) { log.write(line); });
-            this->driver = driver.get();
-            return std::unique_ptr<CameraDriver>(std::move(driver));
-        };
-        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
-        ASSERT_TRUE(w->Form_Load());
-        w->resize(1200, 800);
-        w->show();
-    }
-
-    // Handles events until the live view has shown `frames` more frames.
-    bool waitForLiveFrames(int frames)
-    {
-        const auto target = w->camera().liveView().counters().shown + static_cast<std::uint64_t>(frames);
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < 10000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            if (w->camera().liveView().counters().shown >= target)
-                return true;
-        }
-        return false;
-    }
-
-    QString status(int panel) const
-    {
-        return w->findChild<QLabel*>(QStringLiteral("sbriCubePanel(%1)").arg(panel))->text();
-    }
-    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
-    void freeze()
-    {
-        QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdPlayStop")), Qt::LeftButton);
+        DriverWindow::SetUp();
+        ASSERT_TRUE(startWindow([](AppData& data) {
+            return std::make_unique<GenICamDriver>(
+                [log = data.log](const QString& line) { log.write(line); });
+        }));
     }
 
     // The rate measured afresh over `seconds`, once the camera has settled on
@@ -81,12 +43,6 @@ protected:
         w->camera().tmriCube_Timer();
         return status(3).mid(8).toDouble();
     }
-
-    TempDir dir;
-    ScriptedPrompter prompter;
-    SystemClock clock;
-    GenICamDriver* driver = nullptr;
-    std::unique_ptr<frmMain> w;
 };
 
 }  // namespace

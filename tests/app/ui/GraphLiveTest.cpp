@@ -1,16 +1,10 @@
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
-#include "app/frmMain.h"
+#include "DriverWindow.h"
 #include "camera/GraphDriver.h"
-#include "camera/ui/CameraPanel.h"
-#include "common/AppData.h"
-#include "common/Clock.h"
 #include "files/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QDialog>
 #include <QElapsedTimer>
-#include <QLabel>
 #include <QPushButton>
 #include <QSlider>
 #include <QTest>
@@ -19,8 +13,6 @@
 #include <gst/gst.h>
 
 using namespace tavix;
-using tavix::test::ScriptedPrompter;
-using tavix::test::TempDir;
 
 namespace {
 
@@ -32,60 +24,21 @@ constexpr char kTestCamera[] =
     "identity name=Camera\n";
 
 // The main window on the graph camera, its graph file a test source.
-class GraphLive : public ::testing::Test {
+class GraphLive : public test::DriverWindow<GraphDriver> {
 protected:
     void SetUp() override
     {
-        test::copyShippedData(dir);
+        DriverWindow::SetUp();
         dir.write(QStringLiteral("Camera.grf"), kTestCamera);
     }
 
-    // Starts the window; false when its start-up failed.
     bool start()
     {
-        auto factory = [this](AppData& data) {
-            auto made =
-                std::make_unique<GraphDriver>(data.graphPath(), data.settings.CAMERAFILTERNAME,
-                                              [log = data.log](const QString& line) { log.write(line); });
-            driver = made.get();
-            return std::unique_ptr<CameraDriver>(std::move(made));
-        };
-        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
-        if (!w->Form_Load())
-            return false;
-        w->resize(1200, 800);
-        w->show();
-        return true;
+        return startWindow([](AppData& data) {
+            return std::make_unique<GraphDriver>(data.graphPath(), data.settings.CAMERAFILTERNAME,
+                                                 [log = data.log](const QString& line) { log.write(line); });
+        });
     }
-
-    bool waitForLiveFrames(int frames)
-    {
-        const auto target = w->camera().liveView().counters().shown + static_cast<std::uint64_t>(frames);
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < 10000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            if (w->camera().liveView().counters().shown >= target)
-                return true;
-        }
-        return false;
-    }
-
-    QString status(int panel) const
-    {
-        return w->findChild<QLabel*>(QStringLiteral("sbriCubePanel(%1)").arg(panel))->text();
-    }
-    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
-    void freeze()
-    {
-        QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdPlayStop")), Qt::LeftButton);
-    }
-
-    TempDir dir;
-    ScriptedPrompter prompter;
-    SystemClock clock;
-    GraphDriver* driver = nullptr;
-    std::unique_ptr<frmMain> w;
 };
 
 }  // namespace

@@ -1,11 +1,7 @@
+#include "DriverWindow.h"
 #include "EventLoopWatch.h"
 #include "ICubeStandIn.h"
-#include "ScriptedPrompter.h"
-#include "TempDir.h"
-#include "app/frmMain.h"
 #include "camera/ICubeDriver.h"
-#include "camera/ui/CameraPanel.h"
-#include "common/Clock.h"
 #include "files/IntervalSave.h"
 #include "files/VideoRecording.h"
 #include "files/ui/IntervalSavePanel.h"
@@ -17,7 +13,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -33,11 +28,11 @@ constexpr qint64 kGigabyte = 1073741824;
 
 // The main window on the vendor driver, which loads the stand-in of the
 // vendor's library; the test scripts the camera through the same handle.
-class ICubeFailures : public ::testing::Test {
+class ICubeFailures : public test::DriverWindow<ICubeDriver> {
 protected:
     void SetUp() override
     {
-        test::copyShippedData(dir);
+        DriverWindow::SetUp();
         standIn.reset();
     }
     // The library's background writer may still be busy with a late still.
@@ -49,18 +44,12 @@ protected:
 
     void start(Clock& clock)
     {
-        auto factory = [this](AppData&) {
-            auto icube = std::make_unique<ICubeDriver>(QStringList{ICubeStandIn::path()});
-            driver = icube.get();
-            return std::unique_ptr<CameraDriver>(std::move(icube));
-        };
-        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
-        const bool loaded = w->Form_Load();
+        const bool loaded = startWindow(
+            [](AppData&) { return std::make_unique<ICubeDriver>(QStringList{ICubeStandIn::path()}); },
+            &clock);
         ASSERT_NE(driver, nullptr);
         ASSERT_TRUE(driver->loaded()) << driver->errorText().toStdString();
         ASSERT_TRUE(loaded) << log().toStdString();
-        w->resize(1200, 800);
-        w->show();
         ASSERT_TRUE(standIn.isStarted());
     }
 
@@ -72,13 +61,8 @@ protected:
         return widget;
     }
     void click(const char* name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
-    QString status(int panel) const
-    {
-        return w->findChild<QLabel*>(QStringLiteral("sbriCubePanel(%1)").arg(panel))->text();
-    }
     QString line() { return find<QLineEdit>("txtComment(0)")->text(); }
     QString message(int id, const QVariant& value = {}) const { return w->data().messages.text(id, value); }
-    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
     int logCount(const QString& entry) const
     {
         return log().count(QLatin1Char(' ') + entry + QStringLiteral("\r\n"));
@@ -126,13 +110,8 @@ protected:
         ASSERT_EQ(w->camera().runState(), CameraPanel::kRecordingArmed);
     }
 
-    test::TempDir dir;
-    test::ScriptedPrompter prompter;
-    SystemClock systemClock;
     ManualClock manualClock;
     ICubeStandIn standIn;
-    ICubeDriver* driver = nullptr;
-    std::unique_ptr<frmMain> w;
 };
 
 TEST_F(ICubeFailures, UnpluggedWhileLive_IsReportedOnce_AndAFreezeAfterwardsKeepsTheLastStill)
