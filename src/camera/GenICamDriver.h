@@ -3,7 +3,6 @@
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
 
-#include <QByteArray>
 #include <QSize>
 #include <QString>
 #include <atomic>

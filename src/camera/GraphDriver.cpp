@@ -514,7 +514,8 @@ int GraphDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
     if (!started_)
         return kNoFrame;
     // The file takes the size and rate of the frames the camera sends now.
-    return frame_.record(path, fps_ > 0 ? fps_ : 30.0, seconds);
+    const double fps = fps_;
+    return frame_.record(path, fps > 0 ? fps : 30.0, seconds);
 }
 
 bool GraphDriver::recordingStats(int cam, RecordingStats& stats)

@@ -139,7 +139,7 @@ private:
     std::atomic<std::int32_t> good_{0};
     std::atomic<std::int32_t> broken_{0};
     std::uint64_t nextOffset_ = 0;  // the source's number of the next frame; streaming thread only
-    double fps_ = 0;
+    std::atomic<double> fps_{0};    // written by the streaming thread, read by SaveAvi
 
     // The newest frame, its sample mapped into one of two GstMapInfo made
     // once (the held frame's and the arriving one's); changed only under
