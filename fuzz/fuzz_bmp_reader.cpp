@@ -1,6 +1,6 @@
 // Feeds arbitrary bytes to the bitmap reader. A picture that reads must also
 // survive being written and read again with the same colours.
-#include "files/BmpFile.h"
+#include "media/BmpFile.h"
 
 #include <QByteArray>
 #include <cstddef>

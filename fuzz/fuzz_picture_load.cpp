@@ -1,9 +1,9 @@
 // Feeds arbitrary bytes to what Load picture reads: the bitmap reader for a
 // file that starts with "BM", Qt's readers (JPEG and the rest) for any other.
 // A picture that reads must be one the program can show and save.
-#include "files/BmpFile.h"
-#include "files/JpegWriter.h"
 #include "files/PictureFiles.h"
+#include "media/BmpFile.h"
+#include "media/JpegWriter.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -6,11 +6,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh >/dev/null
 cmake --preset tsan >/dev/null
-cmake --build --preset tsan -j "$(nproc)" --target test_camera test_files
+cmake --build --preset tsan -j "$(nproc)" --target test_camera test_media test_files
 export QT_QPA_PLATFORM=offscreen
 export TSAN_OPTIONS="suppressions=$PWD/scripts/tsan.supp second_deadlock_stack=1 halt_on_error=0 exitcode=66 die_after_fork=0"
 status=0
-for t in test_camera test_files; do
+for t in test_camera test_media test_files; do
   log=build/tsan/$t.log
   if build/tsan/tests/$t >"$log" 2>&1; then
     echo "tsan: $t clean ($(grep -E '^\[  PASSED  \]' "$log"))"

@@ -5,7 +5,7 @@
 // then a summary. With --check it fails when frames were lost or threads or
 // open files grew after the warm-up.
 #include "app/frmMain.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"

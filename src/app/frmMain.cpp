@@ -11,7 +11,6 @@
 #include "common/CommandTips.h"
 #include "common/FaultPoint.h"
 #include "common/HandlerGuard.h"
-#include "common/Lifecycle.h"
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/RunError.h"
@@ -23,6 +22,7 @@
 #include "measure/MeasureSession.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
+#include "program/Lifecycle.h"
 
 #include "common/ui/WidgetNames.h"
 
@@ -216,10 +216,11 @@ void frmMain::connectMeasuring()
     auto units = [this] {
         const ProofEntry& entry = data_.measuringEntry();
         // Tools work in picture pixels, so the zoom does not enter here.
-        return CalcModule::UnitContext{entry.XFactor, entry.YFactor, 1.0,
-                                       measure_->calibration().takingValue()};
+        return MeasureSession::Units{
+            {entry.XFactor, entry.YFactor, 1.0, measure_->calibration().takingValue()}, entry.Unit};
     };
-    session_ = std::make_unique<MeasureSession>(data_, measure_->results(), *guidance_, prompter_, units);
+    session_ = std::make_unique<MeasureSession>(data_.settings, data_.log, data_.messages,
+                                                measure_->results(), *guidance_, prompter_, units);
     measure_->setTwoPointAverage([this] { return session_->twoPointAverage(); });
     measure_->setStillSource([this] { return camera_->stillShown() ? camera_->still() : QImage(); });
     StillViewWidget* still = camera_->stillView();

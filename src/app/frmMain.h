@@ -1,8 +1,8 @@
 #pragma once
 
-#include "common/AppData.h"
 #include "common/Guidance.h"
 #include "common/MessageLine.h"
+#include "program/AppData.h"
 
 #include <QMainWindow>
 #include <array>

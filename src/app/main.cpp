@@ -1,10 +1,10 @@
 #include "app/QtPrompter.h"
 #include "app/frmMain.h"
-#include "camera/CameraFactory.h"
 #include "common/Clock.h"
 #include "common/CommandLine.h"
 #include "common/PictureMemory.h"
 #include "common/ProgramFolder.h"
+#include "program/CameraFactory.h"
 
 #include <QApplication>
 #include <QScreen>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "media/FrameView.h"
+
 #include <QImage>
 #include <QString>
 #include <cstdint>
@@ -15,32 +17,6 @@ struct CamParamRange {
     std::int32_t defaultValue = 0;
     std::int32_t minimum = 0;
     std::int32_t maximum = 0;
-};
-
-// One frame as a driver hands it over. The pixels belong to the driver and
-// are valid only during the call; a sink copies what it keeps.
-struct FrameView {
-    const uchar* bits = nullptr;
-    int width = 0;
-    int height = 0;
-    qsizetype bytesPerLine = 0;
-    QImage::Format format = QImage::Format_RGB888;
-    std::uint64_t sequence = 0;  // counts every frame the camera produced
-    // When the frame was captured, in nanoseconds from any fixed start that
-    // does not go back; negative when the driver does not know (a recorder
-    // then takes the time the frame arrives).
-    std::int64_t captureNs = -1;
-};
-
-// How a recording made by the program (not inside the camera) went: while it
-// runs and after it ended.
-struct RecordingStats {
-    QString path;                    // the AVI file
-    double seconds = 0;              // the length recorded so far
-    std::int64_t framesWritten = 0;  // frames in the file
-    std::int64_t framesDropped = 0;  // camera frames the encoder could not keep up with
-    QString failure;                 // why it stopped early; empty when it did not
-    bool finished = false;           // the file is complete and closed
 };
 
 // Receives frames from a driver's own thread.

@@ -1,6 +1,6 @@
 #include "camera/HeldFrame.h"
 
-#include "files/FrameFile.h"
+#include "media/FrameFile.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "camera/CameraDriver.h"
-#include "files/AviRecorder.h"
+#include "media/AviRecorder.h"
 
 #include <QByteArray>
 #include <QImage>

@@ -6,10 +6,10 @@
 #include "common/MessageTable.h"
 #include "common/Prompter.h"
 #include "common/SafeFile.h"
-#include "files/BmpFile.h"
 #include "files/IntervalSave.h"
-#include "files/JpegWriter.h"
 #include "files/PictureFiles.h"
+#include "media/BmpFile.h"
+#include "media/JpegWriter.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -4,9 +4,9 @@
 #include "common/MessageTable.h"
 #include "common/RunError.h"
 #include "common/SafeFile.h"
-#include "files/BmpFile.h"
-#include "files/JpegWriter.h"
 #include "measure/ResultTableState.h"
+#include "media/BmpFile.h"
+#include "media/JpegWriter.h"
 
 #include <QByteArray>
 #include <QFile>

@@ -1,9 +1,11 @@
 #include "measure/MeasureSession.h"
 
-#include "common/AppData.h"
+#include "common/ErrorLog.h"
 #include "common/Guidance.h"
 #include "common/HandlerGuard.h"
+#include "common/MessageTable.h"
 #include "common/Prompter.h"
+#include "common/Settings.h"
 #include "measure/LineToPointTool.h"
 #include "measure/ResultTable.h"
 #include "measure/ToolFactory.h"
@@ -11,10 +13,13 @@
 
 namespace tavix {
 
-MeasureSession::MeasureSession(AppData& data, ResultTable& results, Guidance& guidance, Prompter& prompter,
-                               UnitSource units, QObject* parent)
+MeasureSession::MeasureSession(const Settings& settings, const ErrorLog& log, const MessageTable& messages,
+                               ResultTable& results, Guidance& guidance, Prompter& prompter, UnitSource units,
+                               QObject* parent)
     : QObject(parent),
-      data_(data),
+      settings_(settings),
+      log_(log),
+      messages_(messages),
       results_(results),
       guidance_(guidance),
       prompter_(prompter),
@@ -37,7 +42,7 @@ MeasureSession::~MeasureSession() = default;
 
 MeasureContext MeasureSession::context() const
 {
-    return {units_(), data_.settings.NUMBEROFDECIMALS};
+    return {units_().context, settings_.NUMBEROFDECIMALS};
 }
 
 int MeasureSession::toolNumber() const
@@ -52,7 +57,7 @@ int MeasureSession::clickCount() const
 
 void MeasureSession::selectButton(int index)
 {
-    if (const auto number = ToolFactory::toolForButton(index, data_.settings))
+    if (const auto number = ToolFactory::toolForButton(index, settings_))
         selectTool(*number);
 }
 
@@ -107,7 +112,7 @@ void MeasureSession::release(PointD p, Qt::MouseButton button)
     }
     if (button != Qt::LeftButton)
         return;
-    const bool done = runGuarded(data_.log, "frmMain:picStillView_MouseUp", [&] {
+    const bool done = runGuarded(log_, "frmMain:picStillView_MouseUp", [&] {
         tool_->addPoint(snap_ ? snap_(p) : p);
         if (tool_->complete())
             complete();
@@ -122,7 +127,7 @@ void MeasureSession::doubleClick(PointD)
 {
     if (!tool_)
         return;
-    const bool done = runGuarded(data_.log, "frmMain:picStillView_DblClick", [&] {
+    const bool done = runGuarded(log_, "frmMain:picStillView_DblClick", [&] {
         if (tool_->finishOnDoubleClick() && tool_->complete())
             complete();
     });
@@ -163,14 +168,14 @@ void MeasureSession::complete()
     }
     const int rows = static_cast<int>(result->values.size());
     if (results_.count() + rows > ResultTable::kMaxResults) {
-        ResultTable::tellTableFull(prompter_, data_.messages);
+        ResultTable::tellTableFull(prompter_, messages_);
         return;
     }
-    const QString unit = data_.proofs.at(data_.settings.CURRENTPROOFNO).Unit;
+    const QString unit = units_().name;
     int firstRow = 0;
     for (const ResultValue& value : result->values) {
-        const int row = results_.addResult(data_.messages.text(value.kindCaption), value.value,
-                                           unitText(value, unit, data_.messages));
+        const int row = results_.addResult(messages_.text(value.kindCaption), value.value,
+                                           unitText(value, unit, messages_));
         if (firstRow == 0)
             firstRow = row;
     }
@@ -182,7 +187,7 @@ void MeasureSession::complete()
 
 void MeasureSession::relabel()
 {
-    store_.relabel(data_.settings.NUMBEROFDECIMALS);
+    store_.relabel(settings_.NUMBEROFDECIMALS);
     emit overlayChanged();
 }
 

@@ -13,22 +13,29 @@
 
 namespace tavix {
 
-struct AppData;
+class ErrorLog;
 class Guidance;
+class MessageTable;
 class Prompter;
 class ResultTable;
+struct Settings;
 
 // The measuring on the still picture: the selected tool, the clicks that feed
 // it, the measurements of the picture and their rows in the result table.
 class MeasureSession : public QObject {
     Q_OBJECT
 public:
-    // The selected calibration entry's factors, and whether a calibration
-    // length is being marked (lengths then stay in pixels).
-    using UnitSource = std::function<CalcModule::UnitContext()>;
+    // The selected calibration entry's factors, whether a calibration length
+    // is being marked (lengths then stay in pixels), and the entry's unit.
+    struct Units {
+        CalcModule::UnitContext context;
+        QString name;
+    };
+    using UnitSource = std::function<Units()>;
 
-    MeasureSession(AppData& data, ResultTable& results, Guidance& guidance, Prompter& prompter,
-                   UnitSource units, QObject* parent = nullptr);
+    MeasureSession(const Settings& settings, const ErrorLog& log, const MessageTable& messages,
+                   ResultTable& results, Guidance& guidance, Prompter& prompter, UnitSource units,
+                   QObject* parent = nullptr);
     ~MeasureSession() override;
 
     // cmdMeasure(index): the tool its setting selects, with its guidance.
@@ -78,7 +85,9 @@ private:
     void dropFaultedMeasurement();
     void showGuidance();
 
-    AppData& data_;
+    const Settings& settings_;
+    const ErrorLog& log_;
+    const MessageTable& messages_;
     ResultTable& results_;
     Guidance& guidance_;
     Prompter& prompter_;

@@ -1,6 +1,6 @@
 #include "calib/CalibrationController.h"
 #include "calib/ProofRescale.h"
-#include "common/AppData.h"
+#include "program/AppData.h"
 
 #include "ShippedMessages.h"
 #include "TempDir.h"

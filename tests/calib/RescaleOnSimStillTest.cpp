@@ -3,7 +3,7 @@
 #include "SimStill.h"
 #include "calib/ProofRescale.h"
 #include "calib/ScalePeriod.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimScene.h"
 #include "measure/EdgeSnap.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "SimStill.h"
 #include "calib/ScalePeriod.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimScene.h"
 
 #include <gtest/gtest.h>
 #include <QPainter>

@@ -6,7 +6,7 @@
 #include "camera/CameraProperties.h"
 #include "camera/CameraSession.h"
 #include "camera/FrameStatistics.h"
-#include "camera/ICubeDriver.h"
+#include "camera/icube/ICubeDriver.h"
 #include "common/Clock.h"
 #include "common/ErrorLog.h"
 #include "common/Settings.h"

@@ -2,7 +2,7 @@
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "camera/CameraSession.h"
-#include "camera/ICubeDriver.h"
+#include "camera/icube/ICubeDriver.h"
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
 #include "common/Settings.h"

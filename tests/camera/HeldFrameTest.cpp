@@ -1,7 +1,7 @@
 #include "AviProbe.h"
 #include "TempDir.h"
 #include "camera/HeldFrame.h"
-#include "files/BmpFile.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QElapsedTimer>

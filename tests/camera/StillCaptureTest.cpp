@@ -2,13 +2,13 @@
 #include "ScriptedPrompter.h"
 #include "ShippedMessages.h"
 #include "TempDir.h"
-#include "camera/ICubeDriver.h"
-#include "camera/SimCamera.h"
 #include "camera/StillCapture.h"
+#include "camera/icube/ICubeDriver.h"
+#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
-#include "files/BmpFile.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QRegularExpression>

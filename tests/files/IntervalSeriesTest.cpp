@@ -1,7 +1,7 @@
 #include "ScriptedPrompter.h"
 #include "ShippedMessages.h"
 #include "TempDir.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "common/ErrorLog.h"
 #include "files/IntervalSeries.h"

@@ -1,11 +1,11 @@
 #include "ScriptedPrompter.h"
 #include "ShippedMessages.h"
 #include "TempDir.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "common/ErrorLog.h"
-#include "files/BmpFile.h"
 #include "files/IntervalShot.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QFileInfo>

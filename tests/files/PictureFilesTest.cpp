@@ -3,8 +3,8 @@
 #include "ShippedMessages.h"
 #include "TempDir.h"
 #include "common/ErrorLog.h"
-#include "files/BmpFile.h"
 #include "files/PictureFiles.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

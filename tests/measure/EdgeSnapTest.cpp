@@ -1,5 +1,5 @@
 #include "SimStill.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimScene.h"
 #include "measure/EdgeSnap.h"
 
 #include <gtest/gtest.h>

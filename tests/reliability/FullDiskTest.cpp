@@ -1,9 +1,9 @@
 #include "AviProbe.h"
 #include "SmallDisk.h"
 #include "WriteKinds.h"
-#include "files/AviRecorder.h"
-#include "files/BmpFile.h"
-#include "files/FrameFile.h"
+#include "media/AviRecorder.h"
+#include "media/BmpFile.h"
+#include "media/FrameFile.h"
 
 #include <gtest/gtest.h>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "AviProbe.h"
 #include "TempDir.h"
 #include "WriteKinds.h"
-#include "files/AviRecorder.h"
+#include "media/AviRecorder.h"
 
 #include <gtest/gtest.h>
 #include <QDir>

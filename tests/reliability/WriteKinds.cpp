@@ -2,17 +2,17 @@
 
 #include "ScriptedPrompter.h"
 #include "calib/ProofTable.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
 #include "common/SettingsFile.h"
-#include "files/AviRecorder.h"
-#include "files/BmpFile.h"
 #include "files/IntervalShot.h"
-#include "files/JpegWriter.h"
 #include "files/PictureFiles.h"
 #include "measure/ResultTable.h"
+#include "media/AviRecorder.h"
+#include "media/BmpFile.h"
+#include "media/JpegWriter.h"
 
 #include <QDir>
 #include <QFile>

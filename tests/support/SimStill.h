@@ -1,7 +1,7 @@
 #pragma once
 
-#include "camera/SimCamera.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimCamera.h"
+#include "camera/sim/SimScene.h"
 #include "measure/PointD.h"
 
 #include <QImage>

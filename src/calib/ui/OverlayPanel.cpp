@@ -4,9 +4,9 @@
 #include "calib/ui/ScaleBarOverlay.h"
 #include "calib/ui/frmCamViewConfig.h"
 #include "calib/ui/frmScale.h"
-#include "common/AppData.h"
 #include "common/Guidance.h"
 #include "common/ui/WidgetNames.h"
+#include "program/AppData.h"
 
 #include <QCheckBox>
 #include <QPushButton>

@@ -4,13 +4,13 @@
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
 #include "camera/ui/frmiCubeProp.h"
-#include "common/AppData.h"
 #include "common/Clock.h"
 #include "common/FaultPoint.h"
 #include "common/HandlerGuard.h"
 #include "common/Prompter.h"
 #include "common/ui/Icons.h"
-#include "files/BmpFile.h"
+#include "media/BmpFile.h"
+#include "program/AppData.h"
 
 #include <QCoreApplication>
 #include <QLabel>

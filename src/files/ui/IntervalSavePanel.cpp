@@ -2,7 +2,6 @@
 
 #include "calib/CrossLines.h"
 #include "camera/ui/CameraPanel.h"
-#include "common/AppData.h"
 #include "common/HandlerGuard.h"
 #include "common/MessageLine.h"
 #include "common/Prompter.h"
@@ -12,6 +11,7 @@
 #include "files/ui/frmIS_Config.h"
 #include "files/ui/frmSaveSetting.h"
 #include "measure/ResultTable.h"
+#include "program/AppData.h"
 
 #include <QDir>
 #include <QFile>

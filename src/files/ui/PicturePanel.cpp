@@ -2,7 +2,6 @@
 
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
-#include "common/AppData.h"
 #include "common/Guidance.h"
 #include "common/HandlerGuard.h"
 #include "common/SettingsFile.h"
@@ -13,6 +12,7 @@
 #include "measure/MeasureSession.h"
 #include "measure/MeasurementPainter.h"
 #include "measure/ResultTable.h"
+#include "program/AppData.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,10 +1,10 @@
 #include "files/ui/RecordingPanel.h"
 
 #include "camera/ui/CameraPanel.h"
-#include "common/AppData.h"
 #include "common/HandlerGuard.h"
 #include "common/ui/Icons.h"
 #include "files/ui/frmiCubeSaveAvi.h"
+#include "program/AppData.h"
 
 #include <QPushButton>
 

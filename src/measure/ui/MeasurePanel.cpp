@@ -2,13 +2,13 @@
 
 #include "calib/ProofResolutions.h"
 #include "calib/ui/frmProofConfig.h"
-#include "common/AppData.h"
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/Twips.h"
 #include "measure/ValueFormat.h"
 #include "measure/ui/ToolIcons.h"
 #include "measure/ui/frmMeasureConfig.h"
+#include "program/AppData.h"
 
 #include "common/ui/WidgetNames.h"
 

@@ -1,6 +1,6 @@
 #include "../../calib/PrintQt.h"
 #include "DriverWindow.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraViewWidget.h"
 
 #include <gtest/gtest.h>

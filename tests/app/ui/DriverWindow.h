@@ -4,8 +4,8 @@
 #include "TempDir.h"
 #include "app/frmMain.h"
 #include "camera/ui/CameraPanel.h"
-#include "common/AppData.h"
 #include "common/Clock.h"
+#include "program/AppData.h"
 
 #include <gtest/gtest.h>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "MeasuringFixture.h"
 #include "SimStill.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimScene.h"
 
 #include <gtest/gtest.h>
 #include <QCheckBox>

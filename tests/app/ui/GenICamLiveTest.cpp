@@ -1,6 +1,6 @@
 #include "DriverWindow.h"
-#include "camera/GenICamDriver.h"
-#include "files/BmpFile.h"
+#include "camera/genicam/GenICamDriver.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QDialog>

@@ -1,6 +1,6 @@
 #include "DriverWindow.h"
-#include "camera/GraphDriver.h"
-#include "files/BmpFile.h"
+#include "camera/graph/GraphDriver.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QDialog>

@@ -1,7 +1,7 @@
 #include "DriverWindow.h"
 #include "EventLoopWatch.h"
 #include "ICubeStandIn.h"
-#include "camera/ICubeDriver.h"
+#include "camera/icube/ICubeDriver.h"
 #include "files/IntervalSave.h"
 #include "files/VideoRecording.h"
 #include "files/ui/IntervalSavePanel.h"

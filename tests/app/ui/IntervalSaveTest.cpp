@@ -4,14 +4,14 @@
 #include "app/frmMain.h"
 #include "calib/CrossLines.h"
 #include "calib/ui/OverlayPanel.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "common/Clock.h"
-#include "files/BmpFile.h"
 #include "files/ui/IntervalSavePanel.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QCheckBox>

@@ -2,12 +2,12 @@
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
 #include "common/FaultPoint.h"
-#include "files/BmpFile.h"
+#include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QComboBox>

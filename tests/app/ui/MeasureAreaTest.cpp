@@ -2,7 +2,7 @@
 #include "TempDir.h"
 #include "app/frmMain.h"
 #include "calib/ProofTable.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "measure/ui/MeasurePanel.h"
 

@@ -3,7 +3,7 @@
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"

@@ -1,6 +1,6 @@
 #include "MeasuringFixture.h"
 #include "app/frmMain.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"

@@ -3,7 +3,7 @@
 #include "app/frmMain.h"
 #include "calib/ui/CrossLineOverlay.h"
 #include "calib/ui/OverlayPanel.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"

@@ -2,18 +2,18 @@
 #include "SmallDisk.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
 #include "common/Clock.h"
-#include "files/BmpFile.h"
-#include "files/JpegWriter.h"
 #include "files/PictureFiles.h"
 #include "files/ui/PicturePanel.h"
 #include "measure/MeasureSession.h"
 #include "measure/MeasurementStore.h"
 #include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
+#include "media/BmpFile.h"
+#include "media/JpegWriter.h"
 
 #include <gtest/gtest.h>
 #include <QApplication>

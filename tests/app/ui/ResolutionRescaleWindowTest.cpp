@@ -1,7 +1,7 @@
 #include "MeasuringFixture.h"
 #include "SimStill.h"
 #include "calib/ui/ScaleLineView.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimScene.h"
 
 #include <gtest/gtest.h>
 #include <QCheckBox>

@@ -1,13 +1,13 @@
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
-#include "camera/SimCamera.h"
+#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "common/FaultPoint.h"
-#include "common/Lifecycle.h"
 #include "common/MainLayout.h"
 #include "common/RunError.h"
 #include "common/Twips.h"
+#include "program/Lifecycle.h"
 
 #include <gtest/gtest.h>
 #include <QApplication>

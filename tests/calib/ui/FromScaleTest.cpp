@@ -2,7 +2,7 @@
 #include "calib/ProofTable.h"
 #include "calib/ui/ScaleLineView.h"
 #include "calib/ui/frmProofConfig.h"
-#include "camera/SimScene.h"
+#include "camera/sim/SimScene.h"
 #include "common/ErrorLog.h"
 #include "common/Settings.h"
 

@@ -1,0 +1,108 @@
+// One picture of an interval series at 2592x1944, quality 75, against the JPEG
+// encoder alone on the same frame in the same run. crosses:1 runs the whole
+// step with two cross lines: the camera hands over its frame, the program
+// draws the crosses and writes the JPEG (temporary name, flushed, renamed).
+// crosses:2 is the same for a camera that only writes files, as the vendor's
+// library does: the temporary bitmap is written and read back first.
+// crosses:0 has the simulated camera write the JPEG itself.
+//
+// Run with --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true
+// --benchmark_report_aggregates_only=true and compare the medians.
+#include "camera/sim/SimCamera.h"
+#include "common/Clock.h"
+#include "common/ErrorLog.h"
+#include "common/MessageTable.h"
+#include "files/IntervalShot.h"
+#include "media/JpegWriter.h"
+
+#include "ScriptedPrompterBench.h"
+
+#include <benchmark/benchmark.h>
+#include <QTemporaryDir>
+
+using namespace tavix;
+
+namespace {
+
+constexpr int kMode = 8;  // 2592x1944
+constexpr int kQuality = 75;
+
+class FileCamera : public SimCamera {
+public:
+    using SimCamera::SimCamera;
+    bool canGrabFrame() const override { return false; }
+};
+
+// A camera with one frame ready, as in a running series.
+struct Camera {
+    explicit Camera(bool filesOnly)
+    {
+        SimCamera::Options options;
+        options.threaded = false;
+        sim = filesOnly ? std::make_unique<FileCamera>(options) : std::make_unique<SimCamera>(options);
+        sim->Init();
+        sim->Open(0);
+        sim->SetMode(0, kMode);
+        frame = sim->renderFrame();
+    }
+    std::unique_ptr<SimCamera> sim;
+    QImage frame;
+};
+
+Camera& camera(bool filesOnly = false)
+{
+    static Camera framesOver(false);
+    static Camera files(true);
+    return filesOnly ? files : framesOver;
+}
+
+QString scratch(const char* name)
+{
+    static QTemporaryDir dir(QStringLiteral("bench_interval_save"));  // in the working folder, on disk
+    return dir.filePath(QLatin1String(name));
+}
+
+void SeriesBaseline_JpegEncode(benchmark::State& state)
+{
+    QByteArray bytes;
+    for (auto _ : state) {
+        if (JpegWriter::encode(camera().frame, kQuality, bytes) != JpegWriter::kOk)
+            state.SkipWithError("the frame could not be compressed");
+        benchmark::DoNotOptimize(bytes.data());
+    }
+}
+BENCHMARK(SeriesBaseline_JpegEncode)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void SeriesPicture(benchmark::State& state)
+{
+    const bool crosses = state.range(0) != 0;
+    const bool filesOnly = state.range(0) == 2;
+    ManualClock clock;
+    ErrorLog log(scratch("Error.Log"));
+    MessageTable messages;
+    bench::SilentPrompter prompter;
+    IntervalShot shot(*camera(filesOnly).sim, log, messages, prompter, clock);
+    IntervalShot::Job job;
+    job.finalFile = scratch("cell_001.jpg");
+    job.temporaryFile = scratch("TavixStill_001.bmp");
+    job.crosses.draw = crosses;
+    job.crosses.count = 2;
+    job.crosses.points = {QPoint(1296, 972), QPoint(400, 300)};
+    job.crosses.color = Qt::red;
+    job.jpegQuality = kQuality;
+    for (auto _ : state) {
+        if (shot.save(job) != IntervalShot::Outcome::Saved)
+            state.SkipWithError("the picture could not be saved");
+    }
+}
+BENCHMARK(SeriesPicture)
+    ->ArgName("crosses")
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();

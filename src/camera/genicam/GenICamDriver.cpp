@@ -1,0 +1,794 @@
+#include "camera/genicam/GenICamDriver.h"
+
+#include "camera/genicam/SensorModes.h"
+#include "media/BayerDemosaic.h"
+
+// GLib names a struct member "signals", which Qt's keyword macro would rewrite.
+#undef signals
+#include <arv.h>
+
+#include <QStringList>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace tavix {
+
+namespace {
+
+constexpr int kWhiteBalance = 6;
+constexpr int kExposure = 7;
+constexpr int kAviWriting = 24;
+
+// Where each parameter type lives among the standard feature names, first
+// name found wins. Float features are scaled to the integer the dialog shows.
+struct Mapping {
+    int type;
+    const char* names[2];
+    double floatScale;
+    const char* selector;  // an enumeration set to selectorValue before every access
+    const char* selectorValue;
+    const char* autoName;  // the Off/Continuous enumeration of its automatic mode
+    const char* enable;    // a boolean switched on before a write
+};
+
+constexpr Mapping kMappings[] = {
+    {kExposure, {"ExposureTime", "ExposureTimeAbs"}, 1, nullptr, nullptr, "ExposureAuto", nullptr},
+    {8, {"AutoTargetBrightness", "TargetBrightness"}, 1, nullptr, nullptr, nullptr, nullptr},
+    {13, {"Gain", "GainRaw"}, 10, nullptr, nullptr, nullptr, nullptr},
+    {12, {"BlackLevel", "BlackLevelRaw"}, 1, nullptr, nullptr, "BlackLevelAuto", nullptr},
+    {3, {"Gamma", nullptr}, 64, nullptr, nullptr, nullptr, nullptr},
+    {111, {"GammaEnable", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
+    {5, {"ReverseX", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
+    {4, {"ReverseY", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
+    {9, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Red", nullptr, nullptr},
+    {10, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Green", nullptr, nullptr},
+    {11, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Blue", nullptr, nullptr},
+    {147,
+     {"AcquisitionFrameRate", "AcquisitionFrameRateAbs"},
+     1,
+     nullptr,
+     nullptr,
+     nullptr,
+     "AcquisitionFrameRateEnable"},
+};
+
+const Mapping* mappingOf(int type)
+{
+    for (const Mapping& m : kMappings)
+        if (m.type == type)
+            return &m;
+    return nullptr;
+}
+
+// The formats frames reach the program in, the 8-bit Bayer ones first: a
+// colour camera sends a third of the bytes of RGB8 that way.
+constexpr const char* kPixelFormats[] = {"BayerRG8", "BayerGR8",   "BayerGB8", "BayerBG8",
+                                         "RGB8",     "RGB8Packed", "Mono8"};
+
+std::int32_t clampInt(double v)
+{
+    return static_cast<std::int32_t>(std::clamp<double>(v, std::numeric_limits<std::int32_t>::min(),
+                                                        std::numeric_limits<std::int32_t>::max()));
+}
+
+// Takes a GError, logs its message and says whether there was one.
+bool failed(GError*& error, const GenICamDriver::Log& log)
+{
+    if (!error)
+        return false;
+    if (log)
+        log(QStringLiteral("GenICam: ") + QString::fromUtf8(error->message));
+    g_clear_error(&error);
+    return true;
+}
+
+}  // namespace
+
+struct GenICamDriver::Feature {
+    const Mapping* mapping = nullptr;
+    const char* name = nullptr;
+    enum Kind { Integer, Float, Boolean } kind = Integer;
+};
+
+GenICamDriver::GenICamDriver(Log log) : log_(std::move(log))
+{
+}
+
+GenICamDriver::~GenICamDriver()
+{
+    if (camera_)
+        Close(openIndex_);
+    dropHeld();
+}
+
+void GenICamDriver::useFakeCameraOnly()
+{
+    arv_enable_interface("Fake");
+    arv_disable_interface("GigEVision");
+    arv_disable_interface("USB3Vision");
+}
+
+void GenICamDriver::useRealCameras()
+{
+    arv_disable_interface("Fake");
+    arv_enable_interface("GigEVision");
+    arv_enable_interface("USB3Vision");
+}
+
+int GenICamDriver::checkOpen(int cam) const
+{
+    if (!camera_)
+        return kNotOpen;
+    return cam == openIndex_ ? 0 : kBadCamera;
+}
+
+// ---- session ----
+
+int GenICamDriver::GetVersion(int which, QString& version)
+{
+    version = QStringLiteral("%1.%2.%3")
+                  .arg(arv_get_major_version())
+                  .arg(arv_get_minor_version())
+                  .arg(arv_get_micro_version());
+    return 0;
+}
+
+int GenICamDriver::Init()
+{
+    arv_update_device_list();
+    found_.clear();
+    const unsigned n = arv_get_n_devices();
+    for (unsigned i = 0; i < n; ++i) {
+        const auto text = [](const char* s) { return QString::fromUtf8(s ? s : ""); };
+        found_.push_back({text(arv_get_device_id(i)),
+                          QStringList{text(arv_get_device_vendor(i)), text(arv_get_device_model(i)),
+                                      text(arv_get_device_serial_nbr(i))}
+                              .join(QLatin1Char(' '))
+                              .simplified()});
+    }
+    return static_cast<int>(found_.size());
+}
+
+int GenICamDriver::GetName(int cam, QString& name)
+{
+    if (cam < 0 || cam >= static_cast<int>(found_.size()))
+        return kBadCamera;
+    name = found_[static_cast<size_t>(cam)].name;
+    return 0;
+}
+
+int GenICamDriver::Open(int cam)
+{
+    if (camera_)
+        return cam == openIndex_ ? kAlreadyOpen : kBusy;
+    if (cam < 0 || cam >= static_cast<int>(found_.size()))
+        return kBadCamera;
+    GError* error = nullptr;
+    camera_ = arv_camera_new(found_[static_cast<size_t>(cam)].id.toUtf8().constData(), &error);
+    if (failed(error, log_) || !camera_) {
+        g_clear_object(&camera_);
+        return kFailed;
+    }
+    openIndex_ = cam;
+    lost_ = false;
+    lostHandler_ =
+        g_signal_connect(arv_camera_get_device(camera_), "control-lost", G_CALLBACK(onControlLost), this);
+
+    gint width = 0;
+    gint height = 0;
+    arv_camera_get_sensor_size(camera_, &width, &height, &error);
+    failed(error, log_);
+    sensor_ = QSize(width, height);
+    maxBinning_ = 1;
+    if (arv_camera_is_binning_available(camera_, nullptr)) {
+        gint minX = 1, maxX = 1, minY = 1, maxY = 1;
+        arv_camera_get_x_binning_bounds(camera_, &minX, &maxX, nullptr);
+        arv_camera_get_y_binning_bounds(camera_, &minY, &maxY, nullptr);
+        maxBinning_ = std::max(1, std::min(maxX, maxY));
+    }
+    modes_ = SensorModes::fitting(sensor_, kModeListCapacity);
+    if (modes_.empty() || !choosePixelFormat()) {
+        Close(cam);
+        return kFailed;
+    }
+
+    // The camera's own region when it is one of the program's sizes, else the largest.
+    gint x = 0, y = 0, w = 0, h = 0, bx = 1, by = 1;
+    arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
+    arv_camera_get_binning(camera_, &bx, &by, nullptr);
+    mode_ = -1;
+    for (std::int32_t m : modes_) {
+        const SensorModes::Fit fit = SensorModes::fit(sensor_, m, maxBinning_);
+        if (QSize(w, h) == fit.region.size() && bx == fit.binning && by == fit.binning)
+            mode_ = m;
+    }
+    if (mode_ < 0 && applyMode(modes_.back()) != 0) {
+        Close(cam);
+        return kFailed;
+    }
+    snapshotDefaults();
+    return 0;
+}
+
+bool GenICamDriver::choosePixelFormat()
+{
+    const char* current = arv_camera_get_pixel_format_as_string(camera_, nullptr);
+    const auto supported = [](const char* name) {
+        return std::any_of(std::begin(kPixelFormats), std::end(kPixelFormats),
+                           [name](const char* f) { return name && qstrcmp(name, f) == 0; });
+    };
+    if (supported(current))
+        return true;
+    ArvDevice* device = arv_camera_get_device(camera_);
+    for (const char* format : kPixelFormats) {
+        if (!arv_device_is_enumeration_entry_available(device, "PixelFormat", format, nullptr))
+            continue;
+        GError* error = nullptr;
+        arv_camera_set_pixel_format_from_string(camera_, format, &error);
+        if (!failed(error, log_))
+            return true;
+    }
+    if (log_)
+        log_(QStringLiteral("GenICam: the camera sends none of Mono8, RGB8 and the 8-bit Bayer formats"));
+    return false;
+}
+
+int GenICamDriver::IsOpen(int cam)
+{
+    return checkOpen(cam) == 0 ? 0 : 1;
+}
+
+int GenICamDriver::Close(int cam)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    stopStream();
+    if (lostHandler_)
+        g_signal_handler_disconnect(arv_camera_get_device(camera_), lostHandler_);
+    lostHandler_ = 0;
+    g_clear_object(&camera_);
+    openIndex_ = -1;
+    const auto lock = frame_.lock();
+    dropHeld();
+    return 0;
+}
+
+// ---- modes ----
+
+int GenICamDriver::GetModeList(int cam, std::vector<std::int32_t>& modes)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    modes = modes_;
+    return 0;
+}
+
+int GenICamDriver::GetMode(int cam, std::int32_t& mode)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    mode = mode_;
+    return 0;
+}
+
+int GenICamDriver::SetMode(int cam, std::int32_t mode)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    if (started_)
+        return kBusy;
+    if (std::find(modes_.begin(), modes_.end(), mode) == modes_.end())
+        return kOutOfRange;
+    return applyMode(mode);
+}
+
+int GenICamDriver::applyMode(std::int32_t mode)
+{
+    const int offsetStep = std::max(arv_camera_get_x_offset_increment(camera_, nullptr),
+                                    arv_camera_get_y_offset_increment(camera_, nullptr));
+    // A camera may refuse some binnings (many take only powers of two): the next smaller one is tried.
+    for (int binning = maxBinning_; binning >= 1; --binning) {
+        const SensorModes::Fit fit = SensorModes::fit(sensor_, mode, binning, offsetStep);
+        if (fit.binning != binning)
+            continue;
+        GError* error = nullptr;
+        if (maxBinning_ > 1) {
+            arv_camera_set_binning(camera_, binning, binning, &error);
+            if (error) {
+                g_clear_error(&error);
+                continue;
+            }
+        }
+        const QRect& r = fit.region;
+        arv_camera_set_region(camera_, r.x(), r.y(), r.width(), r.height(), &error);
+        if (failed(error, log_))
+            return kFailed;
+        gint x = 0, y = 0, w = 0, h = 0;
+        arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
+        if (QSize(w, h) != r.size())
+            continue;
+        mode_ = mode;
+        return 0;
+    }
+    return kFailed;
+}
+
+int GenICamDriver::SetDisplayMode(int cam, int mode, int a, int b, int c, int d)
+{
+    return checkOpen(cam);
+}
+
+// ---- streaming ----
+
+int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    if (lost_)
+        return kDisconnected;
+    if (started_)
+        return kBusy;
+    stopStream();  // a stream that ended with the camera lost
+    {
+        const auto lock = frame_.lock();
+        dropHeld();
+    }
+    frame_.setSink(sink);
+    GError* error = nullptr;
+    stream_ = arv_camera_create_stream(camera_, nullptr, nullptr, &error);
+    if (failed(error, log_) || !stream_) {
+        g_clear_object(&stream_);
+        return kFailed;
+    }
+    const guint payload = arv_camera_get_payload(camera_, &error);
+    if (failed(error, log_)) {
+        g_clear_object(&stream_);
+        return kFailed;
+    }
+    for (int i = 0; i < kBufferCount; ++i)
+        arv_stream_push_buffer(stream_, arv_buffer_new(payload, nullptr));
+    good_ = 0;
+    incomplete_ = 0;
+    g_signal_connect(stream_, "new-buffer", G_CALLBACK(onNewBuffer), this);
+    arv_stream_set_emit_signals(stream_, TRUE);
+    arv_camera_set_acquisition_mode(camera_, ARV_ACQUISITION_MODE_CONTINUOUS, &error);
+    failed(error, log_);
+    started_ = true;
+    arv_camera_start_acquisition(camera_, &error);
+    if (failed(error, log_)) {
+        stopStream();
+        return kFailed;
+    }
+    return 0;
+}
+
+int GenICamDriver::IsStarted(int cam)
+{
+    return checkOpen(cam) == 0 && started_ ? 1 : 0;
+}
+
+int GenICamDriver::Stop(int cam)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    stopStream();
+    return 0;
+}
+
+void GenICamDriver::stopStream()
+{
+    started_ = false;
+    if (!stream_)
+        return;
+    // A lost camera does not answer; asking it would only wait for time-outs.
+    if (!lost_) {
+        GError* error = nullptr;
+        arv_camera_stop_acquisition(camera_, &error);
+        failed(error, log_);
+    }
+    arv_stream_set_emit_signals(stream_, FALSE);
+    g_signal_handlers_disconnect_by_data(stream_, this);
+    frame_.setSink(nullptr);
+    frame_.endRecording();
+    // Joins the stream thread; a frame still being received goes back to the stream's pool.
+    g_clear_object(&stream_);
+}
+
+void GenICamDriver::dropHeld()
+{
+    if (held_)
+        g_object_unref(held_);
+    held_ = nullptr;
+    frame_.clear();
+}
+
+void GenICamDriver::onNewBuffer(_ArvStream* stream, void* self)
+{
+    if (ArvBuffer* buffer = arv_stream_try_pop_buffer(stream))
+        static_cast<GenICamDriver*>(self)->receive(stream, buffer);
+}
+
+void GenICamDriver::receive(_ArvStream* from, _ArvBuffer* buffer)
+{
+    const auto giveBack = [from](ArvBuffer* b) {
+        if (from)
+            arv_stream_push_buffer(from, b);
+        else
+            g_object_unref(b);
+    };
+    if (!started_ || lost_) {
+        giveBack(buffer);
+        return;
+    }
+    FrameView view;
+    size_t size = 0;
+    const auto* data = static_cast<const uchar*>(arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS
+                                                     ? arv_buffer_get_image_data(buffer, &size)
+                                                     : nullptr);
+    const ArvPixelFormat format = data ? arv_buffer_get_image_pixel_format(buffer) : 0;
+    view.width = data ? arv_buffer_get_image_width(buffer) : 0;
+    view.height = data ? arv_buffer_get_image_height(buffer) : 0;
+    gint padX = 0, padY = 0;
+    if (data)
+        arv_buffer_get_image_padding(buffer, &padX, &padY);
+    const int bytesPerPixel = format == ARV_PIXEL_FORMAT_RGB_8_PACKED ? 3 : 1;
+    view.bytesPerLine = static_cast<qsizetype>(view.width) * bytesPerPixel + padX;
+    const bool known = format == ARV_PIXEL_FORMAT_MONO_8 || format == ARV_PIXEL_FORMAT_RGB_8_PACKED ||
+                       format == ARV_PIXEL_FORMAT_BAYER_RG_8 || format == ARV_PIXEL_FORMAT_BAYER_GR_8 ||
+                       format == ARV_PIXEL_FORMAT_BAYER_GB_8 || format == ARV_PIXEL_FORMAT_BAYER_BG_8;
+    // Incomplete (missing packets, time-out) or not a picture we can show: a broken frame.
+    if (!known || view.width < 2 || view.height < 2 ||
+        size < static_cast<size_t>(view.bytesPerLine) * static_cast<size_t>(view.height)) {
+        ++incomplete_;
+        giveBack(buffer);
+        return;
+    }
+
+    const auto lock = frame_.lock();
+    view.sequence = static_cast<std::uint64_t>(++good_);
+    if (format == ARV_PIXEL_FORMAT_MONO_8) {
+        view.bits = data;
+        view.format = QImage::Format_Grayscale8;
+    } else if (format == ARV_PIXEL_FORMAT_RGB_8_PACKED) {
+        view.bits = data;
+        view.format = QImage::Format_RGB888;
+    } else {
+        const BayerDemosaic::Pattern pattern =
+            format == ARV_PIXEL_FORMAT_BAYER_RG_8   ? BayerDemosaic::Pattern::RGGB
+            : format == ARV_PIXEL_FORMAT_BAYER_GR_8 ? BayerDemosaic::Pattern::GRBG
+            : format == ARV_PIXEL_FORMAT_BAYER_GB_8 ? BayerDemosaic::Pattern::GBRG
+                                                    : BayerDemosaic::Pattern::BGGR;
+        const qsizetype stride = static_cast<qsizetype>(view.width) * 3;
+        rgb_.resize(static_cast<size_t>(stride) * static_cast<size_t>(view.height));
+        BayerDemosaic::toRgb(data, view.bytesPerLine, view.width, view.height, pattern, rgb_.data(), stride);
+        view.bits = rgb_.data();
+        view.bytesPerLine = stride;
+        view.format = QImage::Format_RGB888;
+    }
+    // The newest frame stays out of the pool until a newer one replaces it.
+    ArvBuffer* previous = held_;
+    held_ = buffer;
+    if (previous)
+        giveBack(previous);
+    frame_.hold(view);
+}
+
+void GenICamDriver::onControlLost(void* device, void* self)
+{
+    auto* driver = static_cast<GenICamDriver*>(self);
+    if (driver->lost_.exchange(true))
+        return;
+    driver->started_ = false;
+    // Aravis's thread may get here while the camera is being closed.
+    const int index = driver->openIndex_;
+    if (driver->log_ && index >= 0)
+        driver->log_(QStringLiteral("Error: GenICam camera lost (") +
+                     driver->found_[static_cast<size_t>(index)].name + QLatin1Char(')'));
+}
+
+int GenICamDriver::GetGoodFrames(int cam, std::int32_t& count)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    count = good_;
+    return 0;
+}
+
+int GenICamDriver::GetBrokenFrames(int cam, std::int32_t& count)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    guint64 completed = 0, failures = 0, underruns = 0;
+    if (stream_)
+        arv_stream_get_statistics(stream_, &completed, &failures, &underruns);
+    count = incomplete_ + clampInt(static_cast<double>(underruns));
+    return 0;
+}
+
+QSize GenICamDriver::frameSize() const
+{
+    return frame_.size();
+}
+
+QImage::Format GenICamDriver::frameFormat() const
+{
+    return frame_.format();
+}
+
+// ---- files ----
+
+int GenICamDriver::SaveToFile(int cam, const QString& path)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    return frame_.save(path);
+}
+
+int GenICamDriver::GrabFrame(int cam, QImage& frame)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    return frame_.copy(frame);
+}
+
+int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    if (!started_)
+        return kNoFrame;
+    GError* error = nullptr;
+    const double rate = arv_camera_get_frame_rate(camera_, &error);
+    const bool rateKnown = !failed(error, log_) && rate > 0;
+    // The file takes the size and pixels of the frames the camera sends now.
+    return frame_.record(path, rateKnown ? rate : 30.0, seconds);
+}
+
+bool GenICamDriver::recordingStats(int cam, RecordingStats& stats)
+{
+    return checkOpen(cam) == 0 && frame_.recordingStats(stats);
+}
+
+// ---- parameters ----
+
+bool GenICamDriver::feature(int type, Feature& f) const
+{
+    const Mapping* m = mappingOf(type);
+    if (!m || !camera_)
+        return false;
+    ArvDevice* device = arv_camera_get_device(camera_);
+    if (m->selector) {
+        if (!arv_device_is_feature_available(device, m->selector, nullptr) ||
+            !arv_device_is_enumeration_entry_available(device, m->selector, m->selectorValue, nullptr))
+            return false;
+        GError* error = nullptr;
+        arv_device_set_string_feature_value(device, m->selector, m->selectorValue, &error);
+        if (error) {
+            g_clear_error(&error);
+            return false;
+        }
+    }
+    for (const char* name : m->names) {
+        if (!name || !arv_device_is_feature_available(device, name, nullptr))
+            continue;
+        ArvGcNode* node = arv_device_get_feature(device, name);
+        f.mapping = m;
+        f.name = name;
+        if (ARV_IS_GC_INTEGER(node))
+            f.kind = Feature::Integer;
+        else if (ARV_IS_GC_FLOAT(node))
+            f.kind = Feature::Float;
+        else if (ARV_IS_GC_BOOLEAN(node))
+            f.kind = Feature::Boolean;
+        else
+            continue;
+        return true;
+    }
+    return false;
+}
+
+int GenICamDriver::readFeature(const Feature& f, std::int32_t& value) const
+{
+    ArvDevice* device = arv_camera_get_device(camera_);
+    GError* error = nullptr;
+    double v = 0;
+    if (f.kind == Feature::Integer)
+        v = static_cast<double>(arv_device_get_integer_feature_value(device, f.name, &error));
+    else if (f.kind == Feature::Float)
+        v = arv_device_get_float_feature_value(device, f.name, &error) * f.mapping->floatScale;
+    else
+        v = arv_device_get_boolean_feature_value(device, f.name, &error) ? 1 : 0;
+    if (failed(error, log_))
+        return kFailed;
+    value = clampInt(std::lround(v));
+    return 0;
+}
+
+int GenICamDriver::writeFeature(const Feature& f, std::int32_t value)
+{
+    ArvDevice* device = arv_camera_get_device(camera_);
+    GError* error = nullptr;
+    if (f.mapping->enable && arv_device_is_feature_available(device, f.mapping->enable, nullptr)) {
+        arv_device_set_boolean_feature_value(device, f.mapping->enable, TRUE, &error);
+        failed(error, log_);
+    }
+    if (f.kind == Feature::Integer)
+        arv_device_set_integer_feature_value(device, f.name, value, &error);
+    else if (f.kind == Feature::Float)
+        arv_device_set_float_feature_value(device, f.name, value / f.mapping->floatScale, &error);
+    else
+        arv_device_set_boolean_feature_value(device, f.name, value != 0, &error);
+    return failed(error, log_) ? kFailed : 0;
+}
+
+bool GenICamDriver::autoOn(const char* autoFeature) const
+{
+    const char* value =
+        arv_device_get_string_feature_value(arv_camera_get_device(camera_), autoFeature, nullptr);
+    return value && qstrcmp(value, "Off") != 0;
+}
+
+void GenICamDriver::snapshotDefaults()
+{
+    defaults_.clear();
+    autoDefaults_.clear();
+    ArvDevice* device = arv_camera_get_device(camera_);
+    for (const Mapping& m : kMappings) {
+        Feature f;
+        std::int32_t value = 0;
+        if (feature(m.type, f) && readFeature(f, value) == 0)
+            defaults_.emplace_back(m.type, value);
+        if (m.autoName && arv_device_is_feature_available(device, m.autoName, nullptr))
+            autoDefaults_.emplace_back(m.type, autoOn(m.autoName) ? 1 : 0);
+    }
+}
+
+int GenICamDriver::SetCamParameter(int cam, int type, std::int32_t value)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    Feature f;
+    if (!feature(type, f))
+        return kNotSupported;
+    CamParamRange range;
+    GetCamParameterRange(cam, type, range);
+    if (value < range.minimum || value > range.maximum)
+        return kOutOfRange;
+    return writeFeature(f, value);
+}
+
+int GenICamDriver::GetCamParameter(int cam, int type, std::int32_t& value)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    if (type == kAviWriting) {
+        value = frame_.recording() ? 1 : 0;
+        return 0;
+    }
+    if (type == kWhiteBalance) {
+        CamParamRange range;
+        GetCamParameterRange(cam, type, range);
+        if (!range.enabled)
+            return kNotSupported;
+        value = autoOn("BalanceWhiteAuto") ? 0 : 1;
+        return 0;
+    }
+    Feature f;
+    if (!feature(type, f))
+        return kNotSupported;
+    return readFeature(f, value);
+}
+
+int GenICamDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    range = CamParamRange{};
+    ArvDevice* device = arv_camera_get_device(camera_);
+    if (type == kAviWriting) {
+        range.enabled = 1;
+        return 0;
+    }
+    if (type == kWhiteBalance) {
+        if (arv_device_is_feature_available(device, "BalanceWhiteAuto", nullptr) &&
+            arv_device_is_enumeration_entry_available(device, "BalanceWhiteAuto", "Once", nullptr)) {
+            range.enabled = 1;
+            range.defaultValue = range.maximum = 1;
+        }
+        return 0;
+    }
+    Feature f;
+    if (!feature(type, f))
+        return 0;  // the camera lacks it: not enabled
+    GError* error = nullptr;
+    if (f.kind == Feature::Integer) {
+        gint64 min = 0, max = 0;
+        arv_device_get_integer_feature_bounds(device, f.name, &min, &max, &error);
+        range.minimum = clampInt(static_cast<double>(min));
+        range.maximum = clampInt(static_cast<double>(max));
+    } else if (f.kind == Feature::Float) {
+        double min = 0, max = 0;
+        arv_device_get_float_feature_bounds(device, f.name, &min, &max, &error);
+        range.minimum = clampInt(std::ceil(min * f.mapping->floatScale - 1e-9));
+        range.maximum = clampInt(std::floor(max * f.mapping->floatScale + 1e-9));
+    } else {
+        range.maximum = 1;
+    }
+    if (failed(error, log_))
+        return kFailed;
+    range.enabled = 1;
+    range.autoMode =
+        f.mapping->autoName && arv_device_is_feature_available(device, f.mapping->autoName, nullptr) ? 1 : 0;
+    range.third = 1;
+    const auto def =
+        std::find_if(defaults_.begin(), defaults_.end(), [type](auto& d) { return d.first == type; });
+    range.defaultValue = def != defaults_.end() ? def->second : range.minimum;
+    return 0;
+}
+
+int GenICamDriver::GetExposure(int cam, float& ms)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    GError* error = nullptr;
+    const double us = arv_camera_get_exposure_time(camera_, &error);
+    if (failed(error, log_))
+        return kFailed;
+    ms = static_cast<float>(us / 1000.0);
+    return 0;
+}
+
+int GenICamDriver::GetParamAuto(int cam, int type, std::int32_t& flag)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    CamParamRange range;
+    GetCamParameterRange(cam, type, range);
+    if (!range.autoMode)
+        return kNotSupported;
+    flag = autoOn(mappingOf(type)->autoName) ? 1 : 0;
+    return 0;
+}
+
+int GenICamDriver::SetParamAuto(int cam, int type, std::int32_t flag)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    CamParamRange range;
+    GetCamParameterRange(cam, type, range);
+    if (!range.autoMode)
+        return kNotSupported;
+    if (flag != 0 && flag != 1)
+        return kOutOfRange;
+    GError* error = nullptr;
+    arv_device_set_string_feature_value(arv_camera_get_device(camera_), mappingOf(type)->autoName,
+                                        flag ? "Continuous" : "Off", &error);
+    return failed(error, log_) ? kFailed : 0;
+}
+
+int GenICamDriver::SetParamAutoDef(int cam, int type)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    const auto def =
+        std::find_if(autoDefaults_.begin(), autoDefaults_.end(), [type](auto& d) { return d.first == type; });
+    if (def == autoDefaults_.end())
+        return kNotSupported;
+    return SetParamAuto(cam, type, def->second);
+}
+
+int GenICamDriver::SetParamOnePush(int cam, int type)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    CamParamRange range;
+    GetCamParameterRange(cam, type, range);
+    if (type != kWhiteBalance || !range.enabled)
+        return kNotSupported;
+    GError* error = nullptr;
+    arv_device_set_string_feature_value(arv_camera_get_device(camera_), "BalanceWhiteAuto", "Once", &error);
+    return failed(error, log_) ? kFailed : 0;
+}
+
+}  // namespace tavix

@@ -1,0 +1,153 @@
+#pragma once
+
+#include "camera/CameraDriver.h"
+#include "camera/HeldFrame.h"
+#include "camera/graph/GraphFile.h"
+
+#include <QSize>
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <vector>
+
+struct _GstElement;
+struct _GstSample;
+struct _GstBus;
+struct _GstMessage;
+
+namespace tavix {
+
+class V4l2Controls;
+
+// A camera made of the graph file: any source GStreamer can open (a USB
+// camera through v4l2src, a test source, ...). LoadGrfFile finds the camera
+// element; Open replaces whatever followed it in the file by the program's
+// own tail (convert to RGB, an appsink) so that frames reach the sink on
+// GStreamer's streaming thread. There is one camera, index 0.
+//
+// Modes are the program's resolutions that the camera's output pin offers as
+// raw video; SetMode (while stopped) changes the size the next Start
+// negotiates. Parameters map onto the device's controls when the camera
+// element opens a video device file (its "device" property); a source
+// without them (a test source) reports every range as not enabled:
+//   1 brightness, 2 contrast, 19 saturation, 109 hue, 13 gain, 12 black level
+//   3 gamma x 64 / 100 (the device counts 100 for a gamma of 1), 111 its
+//     enable (off sets the device's default gamma, on brings back the last)
+//   7 exposure in 100 us units, automatic with the device's exposure mode
+//   4 vertical flip, 5 horizontal flip, 9 red and 11 blue balance
+//   6 one-push white balance: the device's own when it has one, else its
+//     automatic white balance (temperature) for a moment, then held
+//   24 AVI being written
+// An error on the pipeline while streaming (a pulled cable) is logged with
+// GStreamer's text; the stream ends, IsStarted answers 0, connectionLost
+// true, and the newest frame stays for SaveToFile.
+class GraphDriver : public CameraDriver {
+public:
+    static constexpr int kFailed = -1;
+    static constexpr int kNotSupported = -2;
+    static constexpr int kOutOfRange = -4;
+    static constexpr int kNotOpen = -5;
+    static constexpr int kBusy = -6;
+    static constexpr int kNoFrame = HeldFrame::kNoFrame;
+    static constexpr int kWriteFailed = HeldFrame::kWriteFailed;
+    static constexpr int kBadCamera = -9;
+    static constexpr int kDisconnected = -10;
+    static constexpr int kAlreadyOpen = -24;
+
+    // How long the one-push white balance lets the device balance on its own.
+    static constexpr std::chrono::milliseconds kWhiteBalanceTime{1500};
+
+    using Log = GraphFile::Log;
+
+    GraphDriver(const QString& graphPath, const QString& cameraFilterName, Log log = {});
+    ~GraphDriver() override;
+    GraphDriver(const GraphDriver&) = delete;
+    GraphDriver& operator=(const GraphDriver&) = delete;
+
+    // Loads the graph file once; later calls answer what the first found.
+    bool LoadGrfFile();
+    int prepare() override;
+    const GraphFile& graphFile() const { return file_; }
+
+    QString driverName() const override { return QStringLiteral("graph"); }
+    int GetVersion(int which, QString& version) override;
+    // 1 when the graph file holds a camera, else 0.
+    int Init() override;
+    // The device's name when it opens one, else the element's kind and name.
+    int GetName(int cam, QString& name) override;
+    int Open(int cam) override;
+    int IsOpen(int cam) override;
+    int Close(int cam) override;
+    int GetModeList(int cam, std::vector<std::int32_t>& modes) override;
+    int GetMode(int cam, std::int32_t& mode) override;
+    // Only while stopped (kBusy while streaming); the next Start negotiates it.
+    int SetMode(int cam, std::int32_t mode) override;
+    int SetDisplayMode(int cam, int mode, int a, int b, int c, int d) override;
+    int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
+    int IsStarted(int cam) override;
+    int Stop(int cam) override;
+    bool connectionLost(int cam) const override { return lost_ && cam == 0 && open_; }
+    int GetGoodFrames(int cam, std::int32_t& count) override;
+    // Frames flagged corrupt, too short, or missing from the source's count.
+    int GetBrokenFrames(int cam, std::int32_t& count) override;
+    int SaveToFile(int cam, const QString& path) override;
+    void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
+    bool canGrabFrame() const override { return true; }
+    int GrabFrame(int cam, QImage& frame) override;
+    int SaveAvi(int cam, const QString& path, int a, int seconds) override;
+    bool recordingStats(int cam, RecordingStats& stats) override;
+    int SetCamParameter(int cam, int type, std::int32_t value) override;
+    int GetCamParameter(int cam, int type, std::int32_t& value) override;
+    int GetCamParameterRange(int cam, int type, CamParamRange& range) override;
+    int GetExposure(int cam, float& ms) override;
+    int GetParamAuto(int cam, int type, std::int32_t& flag) override;
+    int SetParamAuto(int cam, int type, std::int32_t flag) override;
+    int SetParamAutoDef(int cam, int type) override;
+    int SetParamOnePush(int cam, int type) override;
+
+    // For tests and the bench: the size of the newest frame, the pipeline.
+    QSize frameSize() const;
+    _GstElement* pipeline() const { return file_.graph(); }
+
+private:
+    static int onBusMessage(_GstBus* bus, _GstMessage* message, void* self);
+    static int onNewSample(_GstElement* sink, void* self);
+
+    int checkOpen(int cam) const;
+    bool buildTail();
+    void findModes();
+    void receive(_GstSample* sample);
+    void dropHeld();
+    bool hasControls() const;
+
+    Log log_;
+    GraphFile file_;
+    bool loadTried_ = false;
+    bool loaded_ = false;
+    bool open_ = false;
+    _GstElement* filter_ = nullptr;  // the size the camera is asked for
+    _GstElement* appsink_ = nullptr;
+    std::vector<std::int32_t> modes_;
+    std::int32_t mode_ = -1;
+    std::unique_ptr<V4l2Controls> controls_;
+    std::int32_t gammaBeforeOff_ = -1;  // the gamma that 111 = 1 brings back
+    std::chrono::steady_clock::time_point whiteBalanceEnds_{};
+    bool whiteBalancing_ = false;
+
+    std::atomic<bool> started_{false};
+    std::atomic<bool> lost_{false};
+    std::atomic<std::int32_t> good_{0};
+    std::atomic<std::int32_t> broken_{0};
+    std::uint64_t nextOffset_ = 0;  // the source's number of the next frame; streaming thread only
+    std::atomic<double> fps_{0};    // written by the streaming thread, read by SaveAvi
+
+    // The newest frame, its sample mapped into one of two GstMapInfo made
+    // once (the held frame's and the arriving one's); changed only under
+    // frame_.lock().
+    HeldFrame frame_;
+    _GstSample* held_ = nullptr;
+    void* maps_[2] = {nullptr, nullptr};
+    int heldMap_ = 0;
+};
+
+}  // namespace tavix

@@ -1,0 +1,407 @@
+#include "camera/sim/SimImagePipeline.h"
+
+#include "camera/sim/SimScene.h"
+
+#include <QtMath>
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <random>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace tavix {
+
+namespace {
+
+constexpr int kNoiseRows = 128;
+constexpr int kNoiseSlack = 128;  // pixels of horizontal play for the per-frame offset
+constexpr int kMatrixShift = 12;
+constexpr double kUnitNoise = 1024.0;  // one standard deviation in the stored unit noise
+
+using Matrix = std::array<std::array<double, 3>, 3>;
+
+Matrix identity()
+{
+    return {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+}
+
+Matrix multiply(const Matrix& a, const Matrix& b)
+{
+    Matrix m{};
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            for (int k = 0; k < 3; ++k)
+                m[i][j] += a[i][k] * b[k][j];
+    return m;
+}
+
+constexpr double kLuma[3] = {0.299, 0.587, 0.114};
+
+// Saturation that keeps the grey level of every colour.
+Matrix saturation(double s)
+{
+    Matrix m{};
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            m[i][j] = (1 - s) * kLuma[j] + (i == j ? s : 0);
+    return m;
+}
+
+// Rotation about the grey axis: greys stay, +120 degrees turns red into green.
+Matrix hueRotation(double degrees)
+{
+    const double t = qDegreesToRadians(degrees);
+    const double c = std::cos(t);
+    const double s = std::sin(t) / std::sqrt(3.0);
+    const double k = (1 - c) / 3;
+    return {{{c + k, k - s, k + s}, {k + s, c + k, k - s}, {k - s, k + s, c + k}}};
+}
+
+// The sensor's crosstalk correction; rows sum to 1 so that greys stay grey.
+Matrix colourCorrection()
+{
+    return {{{1.50, -0.35, -0.15}, {-0.25, 1.45, -0.20}, {-0.10, -0.45, 1.55}}};
+}
+
+Matrix greyMatrix()
+{
+    Matrix m{};
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            m[i][j] = kLuma[j];
+    return m;
+}
+
+uchar clampByte(int v)
+{
+    return static_cast<uchar>(std::clamp(v, 0, 255));
+}
+
+// dst = src + noise, saturated.
+void addNoise(const uchar* src, const std::int8_t* noise, uchar* dst, qsizetype n)
+{
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    const __m128i bias = _mm_set1_epi8(static_cast<char>(0x80));
+    for (; i + 16 <= n; i += 16) {
+        const __m128i s = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i)), bias);
+        const __m128i v = _mm_adds_epi8(s, _mm_loadu_si128(reinterpret_cast<const __m128i*>(noise + i)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i), _mm_xor_si128(v, bias));
+    }
+#endif
+    for (; i < n; ++i)
+        dst[i] = clampByte(src[i] + noise[i]);
+}
+
+// dst = rounded mean of dst and previous.
+void blend(uchar* dst, const uchar* previous, qsizetype n)
+{
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    for (; i + 16 <= n; i += 16) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(dst + i));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(previous + i));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i), _mm_avg_epu8(a, b));
+    }
+#endif
+    for (; i < n; ++i)
+        dst[i] = static_cast<uchar>((dst[i] + previous[i] + 1) >> 1);
+}
+
+}  // namespace
+
+void SimImagePipeline::setSize(QSize size)
+{
+    if (size == size_)
+        return;
+    size_ = size;
+    sceneDirty_ = matrixDirty_ = finishedDirty_ = true;
+    noiseSigma_ = -1;
+}
+
+void SimImagePipeline::setLook(const SimLook& look)
+{
+    const SimLook& o = look_;
+    if (look.rgbGain != o.rgbGain || look.flipH != o.flipH || look.flipV != o.flipV ||
+        look.colour != o.colour || look.saturation != o.saturation || look.hue != o.hue ||
+        look.colourCorrection != o.colourCorrection || look.colourProcessing != o.colourProcessing)
+        matrixDirty_ = true;
+    if (look.exposureMs != o.exposureMs || look.gain != o.gain || look.blackLevel != o.blackLevel ||
+        look.brightness != o.brightness || look.contrast != o.contrast || look.gamma != o.gamma ||
+        look.gammaOn != o.gammaOn || look.rgbOffset != o.rgbOffset || look.colour != o.colour)
+        finishedDirty_ = true;
+    look_ = look;
+}
+
+void SimImagePipeline::ensureScene()
+{
+    if (!sceneDirty_)
+        return;
+    scene_ = SimScene::render(size_);
+    particleMask_ = SimScene::particleMask(size_);
+    const qsizetype bytes = static_cast<qsizetype>(size_.width()) * 3 * size_.height();
+    prepared_.assign(static_cast<size_t>(bytes), 0);
+    finished_.assign(static_cast<size_t>(bytes), 0);
+
+    sceneDirty_ = false;
+    preparedValid_ = false;
+    finishedDirty_ = true;
+}
+
+void SimImagePipeline::buildMatrix()
+{
+    Matrix m = identity();
+    if (look_.colourProcessing) {
+        if (look_.colourCorrection)
+            m = colourCorrection();
+        m = multiply(saturation(look_.saturation / 64.0), m);
+        m = multiply(hueRotation(look_.hue), m);
+    }
+    if (!look_.colour)
+        m = multiply(greyMatrix(), m);
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            matrix_[static_cast<size_t>(3 * i + j)] = static_cast<int>(
+                std::lround(m[i][j] * look_.rgbGain[static_cast<size_t>(j)] / 64.0 * (1 << kMatrixShift)));
+}
+
+void SimImagePipeline::preparePass()
+{
+    const int w = size_.width();
+    const int h = size_.height();
+    // Locals, not members: stores through uchar* could alias them and force
+    // a reload of every coefficient for every pixel.
+    const int a0 = matrix_[0], a1 = matrix_[1], a2 = matrix_[2];
+    const int a3 = matrix_[3], a4 = matrix_[4], a5 = matrix_[5];
+    const int a6 = matrix_[6], a7 = matrix_[7], a8 = matrix_[8];
+    constexpr int half = 1 << (kMatrixShift - 1);
+    const auto row = [&](const uchar* src, uchar* dst, int step) {
+        for (int x = 0; x < w; ++x, src += step, dst += 3) {
+            const int r = src[0], g = src[1], b = src[2];
+            dst[0] = clampByte((a0 * r + a1 * g + a2 * b + half) >> kMatrixShift);
+            dst[1] = clampByte((a3 * r + a4 * g + a5 * b + half) >> kMatrixShift);
+            dst[2] = clampByte((a6 * r + a7 * g + a8 * b + half) >> kMatrixShift);
+        }
+    };
+    for (int y = 0; y < h; ++y) {
+        const uchar* src = scene_.constScanLine(look_.flipV ? h - 1 - y : y);
+        uchar* dst = prepared_.data() + static_cast<qsizetype>(y) * w * 3;
+        if (look_.flipH)
+            row(src + 3 * (w - 1), dst, -3);
+        else
+            row(src, dst, 3);
+    }
+    preparedValid_ = true;
+}
+
+void SimImagePipeline::buildTables()
+{
+    const double k = look_.exposureMs / 20.0 * look_.gain / 32.0;
+    const double contrast = look_.contrast / 32.0;
+    const double exponent = look_.gamma / 64.0;
+    int sharedOffset = 0;
+    for (int off : look_.rgbOffset)
+        sharedOffset += off;
+    sharedOffset /= 3;  // grey pictures keep R = G = B
+    for (int c = 0; c < 3; ++c) {
+        const int offset = look_.colour ? look_.rgbOffset[static_cast<size_t>(c)] : sharedOffset;
+        auto& table = tables_[static_cast<size_t>(c)];
+        for (int v = 0; v < 256; ++v) {
+            double x = v * k + look_.blackLevel + offset;
+            x = (x - 128.0) * contrast + 128.0 + look_.brightness;
+            if (look_.gammaOn)
+                x = 255.0 * std::pow(std::clamp(x, 0.0, 255.0) / 255.0, exponent);
+            table[static_cast<size_t>(v)] =
+                clampByte(static_cast<int>(std::lround(std::clamp(x, -1.0, 256.0))));
+        }
+    }
+}
+
+void SimImagePipeline::ensureFinished()
+{
+    ensureScene();
+    if (matrixDirty_) {
+        buildMatrix();
+        const auto& m = matrix_;
+        diagonal_ = m[1] == 0 && m[2] == 0 && m[3] == 0 && m[5] == 0 && m[6] == 0 && m[7] == 0;
+        preparedValid_ = false;
+        matrixDirty_ = false;
+        finishedDirty_ = true;
+    }
+    if (!finishedDirty_)
+        return;
+    buildTables();
+    const int w = size_.width();
+    const int h = size_.height();
+
+    if (diagonal_) {
+        // Gains without mixing (the usual colour settings) fold into the
+        // tables: one pass from the scene, flips included.
+        std::array<std::array<uchar, 256>, 3> folded;
+        constexpr int half = 1 << (kMatrixShift - 1);
+        for (int c = 0; c < 3; ++c)
+            for (int v = 0; v < 256; ++v)
+                folded[static_cast<size_t>(c)][static_cast<size_t>(v)] =
+                    tables_[static_cast<size_t>(c)]
+                           [clampByte((matrix_[static_cast<size_t>(4 * c)] * v + half) >> kMatrixShift)];
+        const uchar* t0 = folded[0].data();
+        const uchar* t1 = folded[1].data();
+        const uchar* t2 = folded[2].data();
+        for (int y = 0; y < h; ++y) {
+            const uchar* src = scene_.constScanLine(look_.flipV ? h - 1 - y : y);
+            uchar* dst = finished_.data() + static_cast<qsizetype>(y) * w * 3;
+            const int step = look_.flipH ? -3 : 3;
+            if (look_.flipH)
+                src += 3 * (w - 1);
+            for (int x = 0; x < w; ++x, src += step, dst += 3) {
+                dst[0] = t0[src[0]];
+                dst[1] = t1[src[1]];
+                dst[2] = t2[src[2]];
+            }
+        }
+    } else {
+        if (!preparedValid_)
+            preparePass();
+        const qsizetype n = static_cast<qsizetype>(prepared_.size());
+        const uchar* src = prepared_.data();
+        uchar* dst = finished_.data();
+        const uchar* t0 = tables_[0].data();
+        const uchar* t1 = tables_[1].data();
+        const uchar* t2 = tables_[2].data();
+        for (qsizetype i = 0; i + 2 < n; i += 3) {
+            dst[i] = t0[src[i]];
+            dst[i + 1] = t1[src[i + 1]];
+            dst[i + 2] = t2[src[i + 2]];
+        }
+    }
+
+    double sum = 0;
+    double count = 0;
+    for (int y = 3; y < h; y += 8) {
+        const uchar* p = finished_.data() + static_cast<qsizetype>(y) * w * 3;
+        for (int x = 3; x < w; x += 8) {
+            sum += kLuma[0] * p[3 * x] + kLuma[1] * p[3 * x + 1] + kLuma[2] * p[3 * x + 2];
+            ++count;
+        }
+    }
+    meanLevel_ = count > 0 ? sum / count : 0;
+    finishedDirty_ = false;
+}
+
+void SimImagePipeline::ensureNoise()
+{
+    const int rowPixels = size_.width() + kNoiseSlack;
+    const size_t pixels = static_cast<size_t>(rowPixels) * kNoiseRows;
+    if (unitNoise_.size() != pixels) {
+        // The sum of four uniforms is near enough to a normal distribution;
+        // its standard deviation is 2 / sqrt(3). Made once per size.
+        std::mt19937 rng(12345);
+        std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+        const double scale = kUnitNoise / (2.0 / std::sqrt(3.0));
+        unitNoise_.resize(pixels);
+        for (auto& v : unitNoise_) {
+            const double n = (uniform(rng) + uniform(rng) + uniform(rng) + uniform(rng)) * scale;
+            v = static_cast<std::int16_t>(std::clamp(std::lround(n), -32000L, 32000L));
+        }
+        noiseSigma_ = -1;
+    }
+    // Read noise grows with the analogue gain.
+    const double sigma = 1.6 * std::sqrt(look_.gain / 32.0);
+    if (sigma == noiseSigma_)
+        return;
+    noiseSigma_ = sigma;
+    noise_.resize(pixels * 3);
+    const double scale = sigma / kUnitNoise;
+    for (size_t i = 0; i < pixels; ++i) {
+        const auto v = static_cast<std::int8_t>(std::clamp(std::lround(unitNoise_[i] * scale), -127L, 127L));
+        noise_[3 * i] = noise_[3 * i + 1] = noise_[3 * i + 2] =
+            v;  // the same for R, G, B so that grey stays grey
+    }
+}
+
+QColor SimImagePipeline::process(QColor lit)
+{
+    ensureFinished();
+    const int in[3] = {lit.red(), lit.green(), lit.blue()};
+    int out[3];
+    for (int c = 0; c < 3; ++c) {
+        const auto* row = &matrix_[static_cast<size_t>(3 * c)];
+        const int v =
+            (row[0] * in[0] + row[1] * in[1] + row[2] * in[2] + (1 << (kMatrixShift - 1))) >> kMatrixShift;
+        out[c] = tables_[static_cast<size_t>(c)][clampByte(v)];
+    }
+    return QColor(out[0], out[1], out[2]);
+}
+
+double SimImagePipeline::meanLevel()
+{
+    ensureFinished();
+    return meanLevel_;
+}
+
+void SimImagePipeline::compose(uchar* dst, qsizetype bytesPerLine, const uchar* previous, QPointF particleUm,
+                               std::uint32_t noiseSeed)
+{
+    if (size_.isEmpty())
+        return;
+    ensureFinished();
+    if (look_.noise)
+        ensureNoise();
+    const int w = size_.width();
+    const int h = size_.height();
+    const qsizetype rowBytes = static_cast<qsizetype>(w) * 3;
+
+    // The particle, placed in the flipped picture like everything else.
+    QPointF at = SimScene::toPixel(size_, particleUm);
+    if (look_.flipH)
+        at.setX(w - at.x());
+    if (look_.flipV)
+        at.setY(h - at.y());
+    const int side = particleMask_.width();
+    const int left = static_cast<int>(std::lround(at.x())) - side / 2;
+    const int top = static_cast<int>(std::lround(at.y())) - side / 2;
+    const QColor pc = process(SimScene::particleColour());
+    const int particle[3] = {pc.red(), pc.green(), pc.blue()};
+    const int fromX = std::max(0, -left);
+    const int toX = std::min(side, w - left);
+
+    const int noiseX = static_cast<int>(noiseSeed % kNoiseSlack);
+    const int noiseY = static_cast<int>((noiseSeed / kNoiseSlack) % kNoiseRows);
+    const qsizetype noiseRowBytes = static_cast<qsizetype>(w + kNoiseSlack) * 3;
+    const uchar* blendWith = look_.tnr ? previous : nullptr;
+
+    for (int y = 0; y < h; ++y) {
+        const uchar* src = finished_.data() + y * rowBytes;
+        uchar* out = dst + y * bytesPerLine;
+        const std::int8_t* noise =
+            look_.noise ? noise_.data() + ((y + noiseY) % kNoiseRows) * noiseRowBytes + noiseX * 3 : nullptr;
+        if (noise)
+            addNoise(src, noise, out, rowBytes);
+        else
+            std::memcpy(out, src, static_cast<size_t>(rowBytes));
+
+        const int my = y - top;
+        if (my >= 0 && my < side) {
+            const uchar* mask = particleMask_.constScanLine(my);
+            for (int mx = fromX; mx < toX; ++mx) {
+                const int a = mask[mx];
+                if (!a)
+                    continue;
+                const int x = left + mx;
+                for (int c = 0; c < 3; ++c) {
+                    const int i = 3 * x + c;
+                    const int under = src[i];
+                    const int v = under + ((particle[c] - under) * a + (a > 0 ? 127 : 0)) / 255;
+                    out[i] = clampByte(v + (noise ? noise[i] : 0));
+                }
+            }
+        }
+        if (blendWith)
+            blend(out, blendWith + y * bytesPerLine, rowBytes);
+    }
+}
+
+}  // namespace tavix

@@ -1,0 +1,342 @@
+#include "AviProbe.h"
+#include "TempDir.h"
+#include "camera/genicam/GenICamDriver.h"
+#include "media/BmpFile.h"
+
+#include <gtest/gtest.h>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QMutex>
+#include <QThread>
+
+#undef signals
+#include <arv.h>
+
+using namespace tavix;
+using tavix::test::TempDir;
+
+namespace {
+
+// Counts the frames and keeps the newest one's description.
+class CountingSink : public FrameSink {
+public:
+    void frameReady(const FrameView& frame) override
+    {
+        QMutexLocker lock(&mutex);
+        ++count;
+        size = QSize(frame.width, frame.height);
+        format = frame.format;
+        first = frame.bits[0];
+    }
+    int frames()
+    {
+        QMutexLocker lock(&mutex);
+        return count;
+    }
+
+    QMutex mutex;
+    int count = 0;
+    QSize size;
+    QImage::Format format = QImage::Format_Invalid;
+    uchar first = 0;
+};
+
+class GenICamDriverTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { GenICamDriver::useFakeCameraOnly(); }
+    static void TearDownTestSuite() { GenICamDriver::useRealCameras(); }
+
+    void SetUp() override
+    {
+        ASSERT_EQ(driver.Init(), 1);
+        ASSERT_EQ(driver.Open(0), 0);
+    }
+
+    // Waits until the sink has seen `frames` more frames; false after 10 s.
+    bool waitFrames(int frames)
+    {
+        const int target = sink.frames() + frames;
+        QElapsedTimer t;
+        t.start();
+        while (sink.frames() < target && t.elapsed() < 10000)
+            QThread::msleep(5);
+        return sink.frames() >= target;
+    }
+
+    ArvDevice* device() { return arv_camera_get_device(driver.arvCamera()); }
+
+    QStringList logged;
+    GenICamDriver driver{[this](const QString& line) { logged.append(line); }};
+    CountingSink sink;
+};
+
+}  // namespace
+
+TEST_F(GenICamDriverTest, FindsAndNamesTheCamera)
+{
+    QString name;
+    EXPECT_EQ(driver.GetName(0, name), 0);
+    EXPECT_EQ(name, QStringLiteral("Aravis Fake 1"));
+    EXPECT_EQ(driver.GetName(1, name), GenICamDriver::kBadCamera);
+    QString version;
+    EXPECT_EQ(driver.GetVersion(1, version), 0);
+    EXPECT_TRUE(version.startsWith(QStringLiteral("0.8."))) << version.toStdString();
+    EXPECT_EQ(driver.IsOpen(0), 0);
+    EXPECT_EQ(driver.Open(0), GenICamDriver::kAlreadyOpen);
+}
+
+TEST_F(GenICamDriverTest, OffersTheSizesThatFitTheSensor_AndStartsAtTheLargest)
+{
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(driver.GetModeList(0, modes), 0);
+    EXPECT_EQ(modes, (std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6, 10, 7}));
+    std::int32_t mode = -1;
+    ASSERT_EQ(driver.GetMode(0, mode), 0);
+    EXPECT_EQ(mode, 7);
+}
+
+TEST_F(GenICamDriverTest, Start_HandsFramesOfTheModesSizeToTheSink)
+{
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    EXPECT_EQ(driver.IsStarted(0), 1);
+    ASSERT_TRUE(waitFrames(3));
+    EXPECT_EQ(sink.size, QSize(2048, 1536));
+    EXPECT_EQ(sink.format, QImage::Format_Grayscale8);
+    std::int32_t good = 0;
+    std::int32_t broken = -1;
+    EXPECT_EQ(driver.GetGoodFrames(0, good), 0);
+    EXPECT_GE(good, 3);
+    EXPECT_EQ(driver.GetBrokenFrames(0, broken), 0);
+    EXPECT_EQ(broken, 0);
+    EXPECT_EQ(driver.Stop(0), 0);
+    EXPECT_EQ(driver.IsStarted(0), 0);
+}
+
+TEST_F(GenICamDriverTest, SetMode_BetweenStopAndStart_BinsAndCentresTheRegion)
+{
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    EXPECT_EQ(driver.SetMode(0, 1), GenICamDriver::kBusy);
+    ASSERT_EQ(driver.Stop(0), 0);
+    EXPECT_EQ(driver.SetMode(0, 8), GenICamDriver::kOutOfRange);  // 2592x1944 is larger than the sensor
+    ASSERT_EQ(driver.SetMode(0, 1), 0);
+
+    gint x = 0, y = 0, w = 0, h = 0, bx = 0, by = 0;
+    arv_camera_get_region(driver.arvCamera(), &x, &y, &w, &h, nullptr);
+    arv_camera_get_binning(driver.arvCamera(), &bx, &by, nullptr);
+    EXPECT_EQ(QRect(x, y, w, h), QRect(21, 101, 640, 480));
+    EXPECT_EQ(bx, 3);
+    EXPECT_EQ(by, 3);
+    std::int32_t mode = -1;
+    driver.GetMode(0, mode);
+    EXPECT_EQ(mode, 1);
+
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    EXPECT_EQ(sink.size, QSize(640, 480));
+}
+
+TEST_F(GenICamDriverTest, BayerFrames_AreDemosaiced_AndRgb8PassesAsItIs)
+{
+    for (const char* format : {"BayerRG8", "BayerGR8", "BayerGB8", "BayerBG8", "RGB8"}) {
+        GError* error = nullptr;
+        arv_camera_set_pixel_format_from_string(driver.arvCamera(), format, &error);
+        ASSERT_EQ(error, nullptr) << format;
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0) << format;
+        ASSERT_TRUE(waitFrames(2)) << format;
+        EXPECT_EQ(sink.size, QSize(2048, 1536)) << format;
+        EXPECT_EQ(sink.format, QImage::Format_RGB888) << format;
+        EXPECT_EQ(driver.frameFormat(), QImage::Format_RGB888) << format;
+        ASSERT_EQ(driver.Stop(0), 0);
+    }
+}
+
+TEST_F(GenICamDriverTest, AnIncompleteBuffer_CountsAsBroken_AndIsNotShown)
+{
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(1));
+    // A buffer the stream never filled reads as cleared, not as a complete frame.
+    ArvBuffer* empty = arv_buffer_new(arv_camera_get_payload(driver.arvCamera(), nullptr), nullptr);
+    ASSERT_NE(arv_buffer_get_status(empty), ARV_BUFFER_STATUS_SUCCESS);
+    const int before = sink.frames();
+    driver.receive(nullptr, empty);
+    std::int32_t broken = 0;
+    driver.GetBrokenFrames(0, broken);
+    EXPECT_EQ(broken, 1);
+    EXPECT_LE(sink.frames() - before, 1);  // at most the one the camera sent meanwhile
+}
+
+TEST_F(GenICamDriverTest, SaveToFile_WritesTheNewestFrame_AsBitmapOrJpegByExtension)
+{
+    TempDir dir;
+    EXPECT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("none.bmp"))), GenICamDriver::kNoFrame);
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver.Stop(0), 0);
+
+    ASSERT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), 0);
+    QImage bmp;
+    ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);
+    EXPECT_EQ(bmp.size(), QSize(2048, 1536));
+    EXPECT_EQ(qRed(bmp.pixel(0, 0)), sink.first);  // grey: the frame's first byte in every channel
+
+    ASSERT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("still.JPG"))), 0);
+    EXPECT_TRUE(dir.read(QStringLiteral("still.JPG")).startsWith("\xFF\xD8"));
+    EXPECT_EQ(QImage(dir.file(QStringLiteral("still.JPG"))).size(), QSize(2048, 1536));
+
+    EXPECT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("missing/still.bmp"))),
+              GenICamDriver::kWriteFailed);
+}
+
+// A series picture with cross lines takes the frame from memory, grey or colour.
+TEST_F(GenICamDriverTest, GrabFrame_CopiesTheNewestFrame_GreyOrDemosaiced)
+{
+    QImage grabbed;
+    EXPECT_TRUE(driver.canGrabFrame());
+    EXPECT_EQ(driver.GrabFrame(0, grabbed), GenICamDriver::kNoFrame);
+    TempDir dir;
+    for (const char* format : {"Mono8", "BayerRG8"}) {
+        GError* error = nullptr;
+        arv_camera_set_pixel_format_from_string(driver.arvCamera(), format, &error);
+        ASSERT_EQ(error, nullptr) << format;
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0) << format;
+        ASSERT_TRUE(waitFrames(2)) << format;
+        ASSERT_EQ(driver.Stop(0), 0);
+
+        ASSERT_EQ(driver.GrabFrame(0, grabbed), 0) << format;
+        EXPECT_EQ(grabbed.size(), QSize(2048, 1536));
+        EXPECT_EQ(grabbed.format(), driver.frameFormat()) << format;
+        ASSERT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), 0);
+        QImage bmp;
+        ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);
+        EXPECT_EQ(bmp.convertToFormat(QImage::Format_RGB32), grabbed.convertToFormat(QImage::Format_RGB32))
+            << format;
+    }
+    EXPECT_EQ(driver.GrabFrame(1, grabbed), GenICamDriver::kBadCamera);
+}
+
+TEST_F(GenICamDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTheFileIsClosed)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("clip.avi"));
+    EXPECT_EQ(driver.SaveAvi(0, path, 0, 1), GenICamDriver::kNoFrame);  // not streaming
+    ASSERT_EQ(driver.SetCamParameter(0, 147, 10), 0);                   // 10 fps: a one-second clip is short
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver.SaveAvi(0, path, 0, 1), 0);
+    std::int32_t writing = 0;
+    ASSERT_EQ(driver.GetCamParameter(0, 24, writing), 0);
+    EXPECT_EQ(writing, 1);
+    QElapsedTimer t;
+    t.start();
+    while (writing != 0 && t.elapsed() < 20000) {
+        QThread::msleep(50);
+        driver.GetCamParameter(0, 24, writing);
+    }
+    ASSERT_EQ(writing, 0);
+    RecordingStats stats;
+    ASSERT_TRUE(driver.recordingStats(0, stats));
+    EXPECT_TRUE(stats.finished);
+    const test::AviProbe probe = test::AviProbe::of(path);
+    ASSERT_TRUE(probe.ok) << probe.error.toStdString();
+    EXPECT_EQ(probe.codec, QStringLiteral("mjpeg"));
+    EXPECT_EQ(QSize(probe.width, probe.height), QSize(2048, 1536));
+    EXPECT_NEAR(probe.fps, 10, 0.5);
+    EXPECT_NEAR(probe.frames, 10, 1);
+}
+
+TEST_F(GenICamDriverTest, ExposureGainAndFrameRate_WriteTheFeatures)
+{
+    CamParamRange range;
+    ASSERT_EQ(driver.GetCamParameterRange(0, 7, range), 0);
+    EXPECT_EQ(range.enabled, 1);
+    EXPECT_EQ(range.autoMode, 0);  // the fake camera has no ExposureAuto
+    EXPECT_EQ(range.minimum, 10);
+    EXPECT_EQ(range.maximum, 10000000);
+    EXPECT_EQ(range.defaultValue, 10000);  // as opened
+
+    ASSERT_EQ(driver.SetCamParameter(0, 7, 20000), 0);
+    EXPECT_DOUBLE_EQ(arv_camera_get_exposure_time(driver.arvCamera(), nullptr), 20000.0);
+    float ms = 0;
+    ASSERT_EQ(driver.GetExposure(0, ms), 0);
+    EXPECT_FLOAT_EQ(ms, 20.0f);
+    std::int32_t value = 0;
+    ASSERT_EQ(driver.GetCamParameter(0, 7, value), 0);
+    EXPECT_EQ(value, 20000);
+    EXPECT_EQ(driver.SetCamParameter(0, 7, 5), GenICamDriver::kOutOfRange);
+
+    ASSERT_EQ(driver.GetCamParameterRange(0, 13, range), 0);
+    EXPECT_EQ(range.enabled, 1);
+    EXPECT_EQ(range.maximum, 10);  // GainRaw, as it stands
+    ASSERT_EQ(driver.SetCamParameter(0, 13, 7), 0);
+    EXPECT_EQ(arv_device_get_integer_feature_value(device(), "GainRaw", nullptr), 7);
+
+    ASSERT_EQ(driver.GetCamParameterRange(0, 147, range), 0);
+    EXPECT_EQ(range.enabled, 1);
+    ASSERT_EQ(driver.SetCamParameter(0, 147, 12), 0);
+    // The fake camera keeps the rate as a period in microseconds.
+    EXPECT_NEAR(arv_device_get_float_feature_value(device(), "AcquisitionFrameRate", nullptr), 12.0, 0.01);
+}
+
+TEST_F(GenICamDriverTest, FeaturesTheCameraLacks_ReportNotEnabled)
+{
+    for (int type : {1, 2, 3, 4, 5, 6, 8, 9, 10, 11, 12, 14, 15, 19, 106, 109, 110, 111, 115, 117}) {
+        CamParamRange range;
+        range.enabled = 7;
+        ASSERT_EQ(driver.GetCamParameterRange(0, type, range), 0) << type;
+        EXPECT_EQ(range.enabled, 0) << type;
+        EXPECT_EQ(driver.SetCamParameter(0, type, 0), GenICamDriver::kNotSupported) << type;
+    }
+    std::int32_t flag = 0;
+    EXPECT_EQ(driver.GetParamAuto(0, 7, flag), GenICamDriver::kNotSupported);
+    EXPECT_EQ(driver.SetParamOnePush(0, 6), GenICamDriver::kNotSupported);
+    // The start-up's parameter 43 gets the answer the program accepts.
+    EXPECT_EQ(driver.SetCamParameter(0, 43, 1), -2);
+    std::int32_t writing = 1;
+    EXPECT_EQ(driver.GetCamParameter(0, 24, writing), 0);
+    EXPECT_EQ(writing, 0);
+}
+
+TEST_F(GenICamDriverTest, FrameRateParameter_SetsTheRateFramesArriveAt)
+{
+    ASSERT_EQ(driver.SetMode(0, 0), 0);
+    const auto measured = [this](int fps) {
+        EXPECT_EQ(driver.SetCamParameter(0, 147, fps), 0);
+        EXPECT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+        waitFrames(1);
+        const int before = sink.frames();
+        QThread::msleep(1000);
+        const int frames = sink.frames() - before;
+        driver.Stop(0);
+        return frames;
+    };
+    const int slow = measured(5);
+    const int fast = measured(40);
+    EXPECT_NEAR(slow, 5, 2);
+    EXPECT_NEAR(fast, 40, 8);
+}
+
+TEST_F(GenICamDriverTest, ControlLost_IsLogged_EndsTheStream_AndKeepsTheNewestFrame)
+{
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+
+    g_signal_emit_by_name(device(), "control-lost");
+
+    EXPECT_EQ(logged, QStringList{QStringLiteral("Error: GenICam camera lost (Aravis Fake 1)")});
+    EXPECT_EQ(driver.IsStarted(0), 0);
+    QThread::msleep(100);  // a frame on its way when the camera went
+    const int after = sink.frames();
+    QThread::msleep(300);
+    EXPECT_EQ(sink.frames(), after);
+    TempDir dir;
+    EXPECT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("last.bmp"))), 0);
+    EXPECT_EQ(driver.Start(0, 0, &sink, -1, 0), GenICamDriver::kDisconnected);
+    g_signal_emit_by_name(device(), "control-lost");
+    EXPECT_EQ(logged.size(), 1);  // once
+
+    QElapsedTimer t;
+    t.start();
+    EXPECT_EQ(driver.Close(0), 0);
+    EXPECT_LT(t.elapsed(), 5000);
+    EXPECT_EQ(driver.IsOpen(0), 1);
+}

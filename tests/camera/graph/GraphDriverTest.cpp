@@ -1,0 +1,298 @@
+#include "AviProbe.h"
+#include "TempDir.h"
+#include "camera/graph/GraphDriver.h"
+#include "media/BmpFile.h"
+
+#include <gtest/gtest.h>
+#include <QElapsedTimer>
+#include <QMutex>
+#include <QThread>
+
+#undef signals
+#include <gst/gst.h>
+
+using namespace tavix;
+using tavix::test::TempDir;
+
+namespace {
+
+class CountingSink : public FrameSink {
+public:
+    void frameReady(const FrameView& frame) override
+    {
+        QMutexLocker lock(&mutex);
+        ++count;
+        size = QSize(frame.width, frame.height);
+        format = frame.format;
+    }
+    int frames()
+    {
+        QMutexLocker lock(&mutex);
+        return count;
+    }
+    QSize lastSize()
+    {
+        QMutexLocker lock(&mutex);
+        return size;
+    }
+
+    QMutex mutex;
+    int count = 0;
+    QSize size;
+    QImage::Format format = QImage::Format_Invalid;
+};
+
+// A live test source that offers 640x480 and 1024x768 only, as a USB camera
+// offers its few sizes; the camera element passes on what is upstream of it,
+// and what follows it is the file's own tail.
+constexpr char kTwoSizes[] =
+    "videotestsrc is-live=true ! "
+    "video/x-raw,width={640,1024},height={480,768},framerate=30/1 ! "
+    "identity name=Camera ! fakesink";
+
+class GraphDriverTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(openWith(kTwoSizes)); }
+
+    bool openWith(const QByteArray& description)
+    {
+        driver = std::make_unique<GraphDriver>(dir.write(QStringLiteral("Camera.grf"), description),
+                                               QStringLiteral("Camera"),
+                                               [this](const QString& line) { logged.append(line); });
+        return driver->Init() == 1 && driver->Open(0) == 0;
+    }
+
+    bool waitFrames(int frames)
+    {
+        const int target = sink.frames() + frames;
+        QElapsedTimer t;
+        t.start();
+        while (sink.frames() < target && t.elapsed() < 10000)
+            QThread::msleep(5);
+        return sink.frames() >= target;
+    }
+
+    TempDir dir;
+    QStringList logged;
+    std::unique_ptr<GraphDriver> driver;
+    CountingSink sink;
+};
+
+}  // namespace
+
+TEST_F(GraphDriverTest, NamesTheSourceAndItsVersion)
+{
+    QString name;
+    ASSERT_EQ(driver->GetName(0, name), 0);
+    EXPECT_EQ(name, QStringLiteral("Identity (Camera)"));
+    QString version;
+    ASSERT_EQ(driver->GetVersion(1, version), 0);
+    EXPECT_TRUE(version.startsWith(QStringLiteral("GStreamer 1."))) << version.toStdString();
+    EXPECT_EQ(driver->GetName(1, name), GraphDriver::kBadCamera);
+    EXPECT_EQ(driver->Open(0), GraphDriver::kAlreadyOpen);
+}
+
+TEST_F(GraphDriverTest, ModeList_IsTheProgramsSizesThePinOffers_SmallestFirst)
+{
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(driver->GetModeList(0, modes), 0);
+    EXPECT_EQ(modes, (std::vector<std::int32_t>{1, 4}));
+    std::int32_t mode = -1;
+    ASSERT_EQ(driver->GetMode(0, mode), 0);
+    EXPECT_EQ(mode, 1);  // what the source takes by itself
+}
+
+TEST_F(GraphDriverTest, ASourceOfAnySize_OffersTenOfTheProgramsSizes_TheLargestKept)
+{
+    ASSERT_TRUE(openWith("videotestsrc is-live=true name=Camera"));
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(driver->GetModeList(0, modes), 0);
+    ASSERT_EQ(modes.size(), 10u);
+    EXPECT_EQ(modes.front(), 1);  // 320x240, the smallest, made room for 3840x2748
+    EXPECT_EQ(modes.back(), 9);
+}
+
+TEST_F(GraphDriverTest, ASourceWithNoneOfTheProgramsSizes_DoesNotOpen_AndSaysWhatItOffers)
+{
+    EXPECT_FALSE(openWith("videotestsrc ! video/x-raw,width=1280,height=720 ! identity name=Camera"));
+    ASSERT_FALSE(logged.isEmpty());
+    EXPECT_TRUE(logged.last().startsWith(
+        QStringLiteral("Error: graph camera offers none of the program's resolutions (")))
+        << logged.last().toStdString();
+}
+
+TEST_F(GraphDriverTest, Start_HandsRgbFramesOfTheModesSizeToTheSink_AndCountsThem)
+{
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    EXPECT_EQ(driver->IsStarted(0), 1);
+    ASSERT_TRUE(waitFrames(3));
+    EXPECT_EQ(sink.lastSize(), QSize(640, 480));
+    EXPECT_EQ(sink.format, QImage::Format_RGB888);
+    std::int32_t good = 0, broken = -1;
+    ASSERT_EQ(driver->GetGoodFrames(0, good), 0);
+    ASSERT_EQ(driver->GetBrokenFrames(0, broken), 0);
+    EXPECT_GE(good, 3);
+    EXPECT_EQ(broken, 0);
+    EXPECT_EQ(driver->Start(0, 0, &sink, -1, 0), GraphDriver::kBusy);
+    ASSERT_EQ(driver->Stop(0), 0);
+    EXPECT_EQ(driver->IsStarted(0), 0);
+    const int after = sink.frames();
+    QThread::msleep(200);
+    EXPECT_EQ(sink.frames(), after);
+}
+
+TEST_F(GraphDriverTest, SetMode_WhileStopped_RenegotiatesTheNextStart)
+{
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(1));
+    EXPECT_EQ(driver->SetMode(0, 4), GraphDriver::kBusy);
+    ASSERT_EQ(driver->Stop(0), 0);
+    EXPECT_EQ(driver->SetMode(0, 3), GraphDriver::kOutOfRange);  // 800x600 is not offered
+    ASSERT_EQ(driver->SetMode(0, 4), 0);
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    EXPECT_EQ(sink.lastSize(), QSize(1024, 768));
+    EXPECT_EQ(driver->frameSize(), QSize(1024, 768));
+}
+
+TEST_F(GraphDriverTest, SaveToFile_WritesTheNewestFrame_AsBitmapOrJpeg_AndGrabFrameCopiesIt)
+{
+    EXPECT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("none.bmp"))), GraphDriver::kNoFrame);
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver->Stop(0), 0);
+
+    ASSERT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), 0);
+    QImage bmp;
+    ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);
+    QImage grabbed;
+    ASSERT_EQ(driver->GrabFrame(0, grabbed), 0);
+    EXPECT_EQ(grabbed.size(), QSize(640, 480));
+    EXPECT_EQ(bmp.convertToFormat(QImage::Format_RGB32), grabbed.convertToFormat(QImage::Format_RGB32));
+    // The test picture's first bar is white-ish, not black: real pixels arrived.
+    EXPECT_GT(qRed(grabbed.pixel(10, 10)), 150);
+
+    ASSERT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("still.JPG"))), 0);
+    EXPECT_TRUE(dir.read(QStringLiteral("still.JPG")).startsWith("\xFF\xD8"));
+    EXPECT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("missing/still.bmp"))),
+              GraphDriver::kWriteFailed);
+}
+
+TEST_F(GraphDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTheFileIsClosed)
+{
+    const QString path = dir.file(QStringLiteral("clip.avi"));
+    EXPECT_EQ(driver->SaveAvi(0, path, 0, 1), GraphDriver::kNoFrame);  // not streaming
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver->SaveAvi(0, path, 0, 1), 0);
+    std::int32_t writing = 0;
+    ASSERT_EQ(driver->GetCamParameter(0, 24, writing), 0);
+    EXPECT_EQ(writing, 1);
+    QElapsedTimer t;
+    t.start();
+    while (writing != 0 && t.elapsed() < 20000) {
+        QThread::msleep(50);
+        driver->GetCamParameter(0, 24, writing);
+    }
+    ASSERT_EQ(writing, 0);
+    RecordingStats stats;
+    ASSERT_TRUE(driver->recordingStats(0, stats));
+    EXPECT_TRUE(stats.finished);
+    const test::AviProbe probe = test::AviProbe::of(path);
+    ASSERT_TRUE(probe.ok) << probe.error.toStdString();
+    EXPECT_EQ(QSize(probe.width, probe.height), QSize(640, 480));
+    EXPECT_NEAR(probe.fps, 30, 0.5);
+    EXPECT_NEAR(probe.frames, 30, 3);
+}
+
+TEST_F(GraphDriverTest, ASourceWithoutDeviceControls_ReportsEveryParameterNotEnabled)
+{
+    for (int type : {1, 2, 3, 4, 5, 6, 7, 9, 11, 12, 13, 19, 109, 111, 147}) {
+        CamParamRange range;
+        range.enabled = 7;
+        ASSERT_EQ(driver->GetCamParameterRange(0, type, range), 0) << type;
+        EXPECT_EQ(range.enabled, 0) << type;
+        std::int32_t value = 0;
+        EXPECT_EQ(driver->GetCamParameter(0, type, value), GraphDriver::kNotSupported) << type;
+        EXPECT_EQ(driver->SetCamParameter(0, type, 0), GraphDriver::kNotSupported) << type;
+    }
+    std::int32_t flag = 0;
+    EXPECT_EQ(driver->GetParamAuto(0, 7, flag), GraphDriver::kNotSupported);
+    EXPECT_EQ(driver->SetParamOnePush(0, 6), GraphDriver::kNotSupported);
+    float ms = 0;
+    EXPECT_EQ(driver->GetExposure(0, ms), GraphDriver::kNotSupported);
+    CamParamRange avi;
+    ASSERT_EQ(driver->GetCamParameterRange(0, 24, avi), 0);
+    EXPECT_EQ(avi.enabled, 1);
+}
+
+TEST_F(GraphDriverTest, AnErrorOnTheBusMidStream_IsLoggedWithGStreamersText_AndTheNewestFrameStays)
+{
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    GstElement* camera = driver->graphFile().cameraFilter();  // as a source element would post it
+    GError* error =
+        g_error_new_literal(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_READ, "Could not read from resource.");
+    gst_element_post_message(camera, gst_message_new_error(GST_OBJECT(camera), error, "unplugged"));
+    g_error_free(error);
+
+    EXPECT_EQ(logged,
+              QStringList{QStringLiteral("Error: graph camera lost (Could not read from resource.)")});
+    EXPECT_EQ(driver->IsStarted(0), 0);
+    EXPECT_TRUE(driver->connectionLost(0));
+    QThread::msleep(100);  // a frame on its way when the error came
+    const int after = sink.frames();
+    QThread::msleep(300);
+    EXPECT_EQ(sink.frames(), after);
+    EXPECT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("last.bmp"))), 0);
+    EXPECT_EQ(driver->Start(0, 0, &sink, -1, 0), GraphDriver::kDisconnected);
+
+    QElapsedTimer t;
+    t.start();
+    EXPECT_EQ(driver->Close(0), 0);
+    EXPECT_LT(t.elapsed(), 5000);
+    EXPECT_EQ(driver->IsOpen(0), 1);
+    EXPECT_EQ(logged.size(), 1);
+}
+
+TEST_F(GraphDriverTest, TheFilesOwnTail_IsReplacedByTheDriversConversion)
+{
+    // The fakesink that followed the camera in the file is gone; frames reach the sink instead.
+    EXPECT_EQ(gst_bin_get_by_name(GST_BIN(driver->pipeline()), "fakesink0"), nullptr);
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    EXPECT_TRUE(waitFrames(1));
+}
+
+TEST(GraphDriver, AGraphFileThatDoesNotLoad_FailsPrepare_WithItsErrorNumber)
+{
+    TempDir dir;
+    GraphDriver missing(dir.file(QStringLiteral("None.grf")), QStringLiteral("Camera"));
+    EXPECT_EQ(missing.prepare(), 53);
+    EXPECT_EQ(missing.Init(), 0);
+    EXPECT_EQ(missing.Open(0), GraphDriver::kBadCamera);
+    GraphDriver wrongName(dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Webcam"),
+                          QStringLiteral("Camera"));
+    EXPECT_EQ(wrongName.prepare(), 5);
+}
+
+// The shipped test-source graph file offers three sizes and starts at the smallest.
+TEST(GraphDriver, TheShippedTestSourceFile_OffersThreeSizes_StartingAt640x480)
+{
+    GraphDriver shipped(QStringLiteral(TAVIX_SOURCE_DATA_DIR "/TestSource.grf"), QStringLiteral("Camera"));
+    ASSERT_EQ(shipped.Init(), 1);
+    ASSERT_EQ(shipped.Open(0), 0);
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(shipped.GetModeList(0, modes), 0);
+    EXPECT_EQ(modes, (std::vector<std::int32_t>{1, 4, 6}));
+    std::int32_t mode = -1;
+    ASSERT_EQ(shipped.GetMode(0, mode), 0);
+    EXPECT_EQ(mode, 1);
+}
+
+// The shipped camera file names the first USB camera's device.
+TEST(GraphDriver, TheShippedCameraFile_IsTheFirstUsbCamera)
+{
+    GraphFile shipped(QStringLiteral(TAVIX_SOURCE_DATA_DIR "/Camera.grf"), QStringLiteral("Camera"));
+    ASSERT_TRUE(shipped.LoadGrfFile());
+    EXPECT_EQ(shipped.devicePath(), QStringLiteral("/dev/video0"));
+}
