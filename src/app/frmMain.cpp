@@ -4,7 +4,6 @@
 #include "calib/Magnification.h"
 #include "calib/ui/OverlayPanel.h"
 #include "camera/CameraDriver.h"
-#include "camera/Resolution.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
@@ -14,13 +13,9 @@
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/RunError.h"
-#include "common/Twips.h"
 #include "files/ui/IntervalSavePanel.h"
 #include "files/ui/PicturePanel.h"
 #include "files/ui/RecordingPanel.h"
-#include "measure/EdgeSnap.h"
-#include "measure/MeasureSession.h"
-#include "measure/ResultTable.h"
 #include "measure/ui/MeasurePanel.h"
 #include "program/Lifecycle.h"
 
@@ -32,28 +27,11 @@
 #include <QComboBox>
 #include <QFile>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTranslator>
-#include <QtMath>
 
 namespace tavix {
-
-namespace {
-
-// Message ids of the captions that this window sets itself.
-enum Caption : qint32 {
-    kLoadPicture = 40001,
-    kSavePicture = 40002,
-    kExit = 40003,
-    kCameraSettings = 40011,
-    kZoom = 40021,
-    kComment = 40027,
-    kJpegQuality = 40022,
-};
-
-}  // namespace
 
 frmMain::frmMain(const QString& programFolder, Prompter& prompter, Clock& clock, DriverFactory driverFactory,
                  QWidget* parent)
@@ -71,6 +49,11 @@ frmMain::frmMain(const QString& programFolder, Prompter& prompter, Clock& clock,
 
 frmMain::~frmMain() = default;  // the camera panel stops the driver's thread first
 
+MeasureSession& frmMain::measuring()
+{
+    return measure_->session();
+}
+
 void frmMain::buildControls()
 {
     central_ = named(new QWidget(this), QStringLiteral("frmMainClient"));
@@ -86,7 +69,9 @@ void frmMain::buildControls()
     picViewArea_->setPalette(dark);
 
     buildViewCommandArea();
-    buildMeasureCommandArea();
+    picMeasureCommandArea_ = named(new QWidget(central_), QStringLiteral("picMeasureCommandArea"));
+    measure_ =
+        std::make_unique<MeasurePanel>(data_, prompter_, overlays_->scaleBar(), picMeasureCommandArea_);
     buildStatusBar();
 }
 
@@ -113,8 +98,9 @@ void frmMain::buildViewCommandArea()
     connect(cboScale_, &QComboBox::activated, this, [this] { cboScale_Click(); });
 
     OverlayPanel::Sources overlaySources;
-    overlaySources.magnification = [this] { return shownMagnification(); };
-    overlaySources.pictureBox = [this] { return shownPictureBox(); };
+    // Overlays are laid out before the camera opens: nothing is shown then.
+    overlaySources.magnification = [this] { return camera_ ? camera_->shownMagnification() : 1.0; };
+    overlaySources.pictureBox = [this] { return camera_ ? camera_->shownPictureBox() : QRect(); };
     overlaySources.openSaveSetting = [this] {
         if (pictures_)
             pictures_->openSaveSetting();
@@ -131,65 +117,54 @@ void frmMain::buildViewCommandArea()
     lblComment_->setGeometry(6, 70, 64, 24);
 }
 
-void frmMain::buildMeasureCommandArea()
-{
-    picMeasureCommandArea_ = named(new QWidget(central_), QStringLiteral("picMeasureCommandArea"));
-    measure_ =
-        std::make_unique<MeasurePanel>(data_, prompter_, overlays_->scaleBar(), picMeasureCommandArea_);
-}
-
 void frmMain::buildStatusBar()
 {
     QStatusBar* bar = statusBar();
     bar->setObjectName(QStringLiteral("sbriCube"));
     bar->setSizeGripEnabled(true);
-    static const char* const captions[] = {"", "Frames:", "FPS:", "Average:", "Bad frames:", "Resolution:"};
     lblZoom_ = named(new QLabel(bar), QStringLiteral("lblZoom"));
     lblZoom_->setMinimumWidth(50);
     bar->addWidget(lblZoom_);
-    for (int i = 0; i < 6; ++i) {
-        sbriCube_[i] = named(new QLabel(QLatin1String(captions[i]), bar), indexedName("sbriCubePanel", i));
-        sbriCube_[i]->setMinimumWidth(i == 0 ? 140 : 90);
-        bar->addWidget(sbriCube_[i], i == 0 ? 1 : 0);
-    }
+    sbriCube_ = CameraPanel::addStatusPanels(bar);
 }
 
 bool frmMain::Form_Load()
 {
-    try {
-        setWindowTitle(Lifecycle::kBuiltInTitle);
-        data_.settings.APPNAME = Lifecycle::kBuiltInTitle;
-        if (const auto failure = Lifecycle::readDataFiles(data_)) {
-            endStartup(failure->title);
-            return false;
-        }
-        applyLanguage();  // after the message file: its language chooses the font and Qt's texts
-        setWindowTitle(data_.settings.APPNAME);
-        lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
-        if (!openCamera())
-            return false;
-        applySettingsToControls();
-        connectMeasuring();
-        connectOverlays();
-        connectPictures();
-        connectIntervalSave();
-        connectRecording();
-        connectProofResolution();
-        placeRunTimeControls();
-        installDesktopHabits();
-        // The window starts on the live picture: nothing to measure yet.
-        stillShownChanged(false);
-        loaded_ = true;
-        return true;
-    } catch (const std::exception& e) {
-        const auto* runError = dynamic_cast<const RunError*>(&e);
-        data_.log.write(QStringLiteral("frmMain:Form_Load Error.(%1)")
-                            .arg(runError ? runError->number() : err::InvalidCall));
-        prompter_.message({Lifecycle::kEndedText, data_.messages.text(11051), Prompter::Icon::Critical});
-        if (QFile::exists(data_.graphPath()))
-            QFile::remove(data_.graphPath());
+    bool loaded = false;
+    if (runGuarded(data_.log, QStringLiteral("frmMain:Form_Load"), [&] { loaded = loadSteps(); }))
+        return loaded;
+    prompter_.message({Lifecycle::kEndedText, data_.messages.text(11051), Prompter::Icon::Critical});
+    if (QFile::exists(data_.graphPath()))
+        QFile::remove(data_.graphPath());
+    return false;
+}
+
+bool frmMain::loadSteps()
+{
+    setWindowTitle(Lifecycle::kBuiltInTitle);
+    data_.settings.APPNAME = Lifecycle::kBuiltInTitle;
+    if (const auto failure = Lifecycle::readDataFiles(data_)) {
+        prompter_.message({Lifecycle::kEndedText, failure->title, Prompter::Icon::Critical});
         return false;
     }
+    applyLanguage();  // after the message file: its language chooses the font and Qt's texts
+    setWindowTitle(data_.settings.APPNAME);
+    lblJpegQty_->setText(QString::number(data_.settings.JPEGQTY));
+    if (!openCamera())
+        return false;
+    applySettingsToControls();
+    measure_->startMeasuring(*guidance_, *camera_, *overlays_);
+    connectOverlays();
+    connectPictures();
+    connectIntervalSave();
+    connectRecording();
+    connectProofResolution();
+    placeRunTimeControls();
+    installDesktopHabits();
+    // The window starts on the live picture: nothing to measure yet.
+    stillShownChanged(false);
+    loaded_ = true;
+    return true;
 }
 
 bool frmMain::openCamera()
@@ -211,77 +186,13 @@ bool frmMain::openCamera()
     return camera_->open();
 }
 
-void frmMain::connectMeasuring()
-{
-    auto units = [this] {
-        const ProofEntry& entry = data_.measuringEntry();
-        // Tools work in picture pixels, so the zoom does not enter here.
-        return MeasureSession::Units{
-            {entry.XFactor, entry.YFactor, 1.0, measure_->calibration().takingValue()}, entry.Unit};
-    };
-    session_ = std::make_unique<MeasureSession>(data_.settings, data_.log, data_.messages,
-                                                measure_->results(), *guidance_, prompter_, units);
-    measure_->setTwoPointAverage([this] { return session_->twoPointAverage(); });
-    measure_->setStillSource([this] { return camera_->stillShown() ? camera_->still() : QImage(); });
-    StillViewWidget* still = camera_->stillView();
-    still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
-    connect(still, &StillViewWidget::pictureMoved, session_.get(), &MeasureSession::move);
-    connect(still, &StillViewWidget::pictureReleased, session_.get(), &MeasureSession::release);
-    connect(still, &StillViewWidget::pictureDoubleClicked, session_.get(), &MeasureSession::doubleClick);
-    connect(still, &StillViewWidget::cancelRequested, session_.get(), &MeasureSession::cancel);
-    connect(session_.get(), &MeasureSession::previewChanged, still, &StillViewWidget::setPreview);
-    connect(session_.get(), &MeasureSession::overlayChanged, still, &StillViewWidget::invalidateOverlay);
-    connect(session_.get(), &MeasureSession::highlightChanged, still, &StillViewWidget::setHighlight);
-    connect(measure_.get(), &MeasurePanel::toolButtonClicked, session_.get(), &MeasureSession::selectButton);
-    connect(measure_.get(), &MeasurePanel::rowsSelected, session_.get(), &MeasureSession::highlightRows);
-    connect(measure_.get(), &MeasurePanel::calibrationMarkingRequested, this, [this](qint16 tool, qint16) {
-        measure_->releaseToolButtons();
-        session_->selectTool(tool);
-    });
-    connect(session_.get(), &MeasureSession::calibrationLengthMarked, this, [this](double pixels) {
-        session_->clearTool();
-        measure_->calibrationLengthMarked(pixels, Magnification::valueOf(cboScale_->currentText()));
-    });
-    const auto applyEdgeSnap = [this](bool on) {
-        if (!on) {
-            session_->setPointSnap(nullptr);
-            return;
-        }
-        // The still as the camera panel holds it now; the snap reads only around the pointer.
-        session_->setPointSnap([this](PointD p) { return EdgeSnap(camera_->still()).snap(p); });
-    };
-    applyEdgeSnap(data_.settings.EDGESNAP != 0);
-    connect(measure_.get(), &MeasurePanel::edgeSnapChanged, this, applyEdgeSnap);
-    connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this, still] {
-        session_->relabel();
-        still->setOverlay(&session_->store(), OverlayStyle::fromSettings(data_.settings));
-    });
-}
-
 void frmMain::connectOverlays()
 {
     CrossLines& crosses = overlays_->crossLines();
     connect(&crosses, &CrossLines::guidanceRequested, this, [this](qint16 n) { guidance_->DispGuidance(n); });
     connect(&crosses, &CrossLines::guidanceEnded, this, [this] { guidance_->HideGuidance(); });
-    connect(overlays_.get(), &OverlayPanel::crossToolChanged, this, [this](qint16 tool) {
-        if (tool == CrossLines::kNoTool)
-            return;
-        // Placing a cross takes the mouse from the measuring tools.
-        session_->clearTool();
-        measure_->releaseToolButtons();
-    });
-    connect(measure_.get(), &MeasurePanel::toolButtonClicked, &crosses, &CrossLines::toolReplaced);
     connect(overlays_.get(), &OverlayPanel::jpegQualityChanged, this, [this] { pictures_->applySettings(); });
-    connect(measure_.get(), &MeasurePanel::measureSettingsChanged, this, [this] {
-        overlays_->crossLines().applySettings();
-        overlays_->layoutChanged();
-    });
-    // The crosses follow the pointer over either picture.
-    for (QWidget* picture :
-         {static_cast<QWidget*>(camera_->cameraView()), static_cast<QWidget*>(camera_->stillView())}) {
-        picture->setMouseTracking(true);
-        picture->installEventFilter(this);
-    }
+    overlays_->followPointerOver({camera_->cameraView(), camera_->stillView()});
 }
 
 void frmMain::connectPictures()
@@ -299,8 +210,8 @@ void frmMain::connectPictures()
         cboScale_Click();
     };
     parts.record = [this](const QString& fileName) { recording_->record(fileName); };
-    pictures_ = std::make_unique<PicturePanel>(data_, prompter_, *camera_, *session_, measure_->results(),
-                                               *guidance_, parts);
+    pictures_ = std::make_unique<PicturePanel>(data_, prompter_, *camera_, measure_->session(),
+                                               measure_->results(), *guidance_, parts);
     pictures_->applySettings();
     pictures_->measureSave()->setEnabled(camera_->stillShown());
 }
@@ -312,15 +223,7 @@ void frmMain::connectIntervalSave()
     parts.playStop = cmdPlayStop_;
     parts.messageLine = messageLine_.get();
     parts.crosses = &overlays_->crossLines();
-    parts.toPicture = [this](QPoint areaPoint) {
-        // The picture's top-left corner in the area and its scale on the screen.
-        QPoint origin = camera_->cameraView()->pos();
-        if (camera_->stillShown())
-            origin = camera_->stillView()->mapTo(picViewArea_, QPoint(0, 0));
-        const double scale = shownMagnification();
-        const QPointF p = QPointF(areaPoint - origin) / scale;
-        return QPoint(qFloor(p.x()), qFloor(p.y()));
-    };
+    parts.toPicture = [this](QPoint areaPoint) { return camera_->areaToPicture(areaPoint); };
     parts.setCommandAreasEnabled = [this](bool on) { setWorkAreasEnabled(on); };
     intervalSave_ =
         std::make_unique<IntervalSavePanel>(data_, prompter_, clock_, *camera_, measure_->results(), parts);
@@ -336,47 +239,18 @@ void frmMain::connectRecording()
                                                   measure_->results(), parts);
 }
 
-double frmMain::shownMagnification() const
-{
-    if (camera_ && camera_->stillShown())
-        return Magnification::valueOf(cboScale_->currentText());
-    // The live picture is scaled to fit the area.
-    const QSize mode = camera_ ? Resolution::size(camera_->session().currentMode()) : QSize();
-    return mode.isEmpty() || !camera_ ? 1.0 : double(camera_->cameraView()->width()) / mode.width();
-}
-
-QRect frmMain::shownPictureBox() const
-{
-    if (!camera_)
-        return {};
-    if (!camera_->stillShown())
-        return camera_->cameraView()->geometry();
-    // The part of the still that the scroll area shows, in area coordinates.
-    QWidget* still = camera_->stillView();
-    const QRect visible = still->visibleRegion().boundingRect();
-    return QRect(still->mapTo(picViewArea_, visible.topLeft()), visible.size());
-}
-
 void frmMain::stillShownChanged(bool shown)
 {
     refreshPictureSize();
     setCommandAreaEnabled(picMeasureCommandArea_, shown);
-    measure_->setMeasuringEnabled(shown);
+    measure_->stillShownChanged(shown);
     // The camera panel has just set the button's tip for its new state.
     if (const CommandTips::Tip* tip = CommandTips::find(cmdPlayStop_->objectName()))
         cmdPlayStop_->setToolTip(CommandTips::withShortcut(cmdPlayStop_->toolTip(), *tip));
     if (pictures_)
         pictures_->measureSave()->setEnabled(shown);
-    if (!session_)
-        return;
-    // A new still, or the live picture again: the results of the last still
-    // are kept (greyed) or dropped as chkKeepResult says.
-    measure_->results().ClearResults(0);
-    overlays_->layoutChanged();
-    if (!shown) {
-        session_->clearTool();
-        measure_->releaseToolButtons();
-    }
+    if (measure_->sessionStarted())
+        overlays_->layoutChanged();
 }
 
 void frmMain::cboScale_Click()
@@ -412,36 +286,9 @@ void frmMain::endProgram()
     QCoreApplication::exit(1);
 }
 
-void frmMain::endStartup(const QString& title)
-{
-    prompter_.message({Lifecycle::kEndedText, title, Prompter::Icon::Critical});
-}
-
 void frmMain::placeRunTimeControls()
 {
-    // The view command strip's two rows; cmdExit and the comment lines follow the window's width.
-    struct Place {
-        const char* name;
-        QRect rect;
-    };
-    static const Place places[] = {
-        // First row: the picture commands.
-        {"cmdPlayStop", {6, 6, 100, 28}},
-        {"cmdPicLoad", {110, 6, 100, 28}},
-        {"cmdPicSave", {214, 6, 100, 28}},
-        {"cmdIS_Save", {318, 6, 100, 28}},
-        {"chkMeasureSave", {426, 6, 150, 28}},
-        // Second row: what the picture shows, and the camera.
-        {"lblScale", {6, 38, 38, 28}},
-        {"cboScale", {46, 38, 64, 28}},
-        {"chkScale", {116, 38, 84, 28}},
-        {"chkCross", {204, 38, 112, 28}},
-        {"cmdCamViewConfig", {320, 38, 100, 28}},
-        {"lblJpegQtyCaption", {426, 38, 78, 28}},
-        {"lblJpegQty", {504, 38, 22, 28}},
-        {"cmdPinProp", {530, 38, 120, 28}},
-    };
-    for (const Place& place : places)
+    for (const MainLayout::Place& place : MainLayout::commandPlaces())
         if (auto* w = picViewCommandArea_->findChild<QWidget*>(QLatin1String(place.name)))
             w->setGeometry(place.rect);
     Form_Resize();
@@ -451,13 +298,13 @@ void frmMain::applySettingsToControls()
 {
     const Settings& s = data_.settings;
     const MessageTable& m = data_.messages;
-    cmdPicLoad_->setText(m(kLoadPicture));
-    cmdPicSave_->setText(m(kSavePicture));
-    cmdPinProp_->setText(m(kCameraSettings));
-    cmdExit_->setText(m(kExit));
-    lblScale_->setText(m(kZoom));
-    lblComment_->setText(m(kComment));
-    lblJpegQtyCaption_->setText(m(kJpegQuality) + QLatin1Char(':'));
+    // The captions this window sets itself, by message id.
+    const std::pair<QWidget*, qint32> captions[] = {{cmdPicLoad_, 40001}, {cmdPicSave_, 40002},
+                                                    {cmdExit_, 40003},    {cmdPinProp_, 40011},
+                                                    {lblScale_, 40021},   {lblComment_, 40027}};
+    for (const auto& [widget, id] : captions)
+        widget->setProperty("text", m(id));
+    lblJpegQtyCaption_->setText(m(40022) + QLatin1Char(':'));
     measure_->applySettings();
     overlays_->applySettings();
     cboScale_->setCurrentIndex(s.DEFAULTSCALE);
@@ -488,17 +335,6 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == central_ && event->type() == QEvent::Resize)
         Form_Resize();
-    // The client area is watched for its size only; the pointer counts over the pictures.
-    if (overlays_ && watched != central_ &&
-        (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease)) {
-        auto* picture = qobject_cast<QWidget*>(watched);
-        const QPoint areaPoint =
-            picture->mapTo(picViewArea_, static_cast<QMouseEvent*>(event)->position().toPoint());
-        if (event->type() == QEvent::MouseMove)
-            overlays_->pointerMoved(areaPoint);
-        else if (overlays_->pointerReleased(areaPoint))
-            return true;  // the release placed a cross, not a measuring point
-    }
     return QMainWindow::eventFilter(watched, event);
 }
 
@@ -506,7 +342,7 @@ void frmMain::Form_Resize()
 {
     if (isMinimized())
         return;
-    try {
+    runGuarded(data_.log, QStringLiteral("frmMain:Form_Resize"), [this] {
         ++layoutPasses_;
         FaultPoint::pass("Form_Resize");
         const MainLayout l = MainLayout::compute(central_->size());
@@ -521,11 +357,7 @@ void frmMain::Form_Resize()
             camera_->refit();
         if (overlays_)
             overlays_->layoutChanged();
-    } catch (const std::exception& e) {
-        const auto* runError = dynamic_cast<const RunError*>(&e);
-        data_.log.write(QStringLiteral("frmMain:Form_Resize Error.(%1)")
-                            .arg(runError ? runError->number() : err::InvalidCall));
-    }
+    });
 }
 
 void frmMain::cmdExit_Click()

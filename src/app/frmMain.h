@@ -47,7 +47,7 @@ public:
     AppData& data() { return data_; }
     CameraPanel& camera() { return *camera_; }
     MeasurePanel& measure() { return *measure_; }
-    MeasureSession& measuring() { return *session_; }
+    MeasureSession& measuring();
     OverlayPanel& overlays() { return *overlays_; }
     PicturePanel& pictures() { return *pictures_; }
     IntervalSavePanel& intervalSave() { return *intervalSave_; }
@@ -81,7 +81,6 @@ protected:
 private:
     void buildControls();
     void buildViewCommandArea();
-    void buildMeasureCommandArea();
     void buildStatusBar();
     void placeRunTimeControls();
     void applySettingsToControls();
@@ -93,13 +92,13 @@ private:
     void Form_Resize();
     void Form_Unload();
     void cmdExit_Click();
-    void endStartup(const QString& title);
+    // Form_Load's steps, under its guard.
+    bool loadSteps();
     bool openCamera();
     void stillShownChanged(bool shown);
     void cboScale_Click();
     // After a fatal camera error: unloads every window, which ends the program.
     void endProgram();
-    void connectMeasuring();
     void connectOverlays();
     void connectPictures();
     void connectIntervalSave();
@@ -107,8 +106,6 @@ private:
     // The selected calibration follows the resolution measured at, with a note in the status bar.
     void connectProofResolution();
     void refreshPictureSize();
-    double shownMagnification() const;
-    QRect shownPictureBox() const;
 
     AppData data_;
     Prompter& prompter_;
@@ -117,7 +114,6 @@ private:
     std::unique_ptr<CameraPanel> camera_;
     std::unique_ptr<OverlayPanel> overlays_;
     std::unique_ptr<MeasurePanel> measure_;
-    std::unique_ptr<MeasureSession> session_;
     std::unique_ptr<PicturePanel> pictures_;
     std::unique_ptr<IntervalSavePanel> intervalSave_;
     std::unique_ptr<RecordingPanel> recording_;

@@ -69,11 +69,11 @@ void frmMain::installDesktopHabits()
 void frmMain::cancelMeasuringTool()
 {
     // The first Esc drops the points clicked so far, the next one puts the tool away.
-    if (session_->clickCount() > 0) {
-        session_->cancel();
+    if (measure_->session().clickCount() > 0) {
+        measure_->session().cancel();
         return;
     }
-    session_->clearTool();
+    measure_->session().clearTool();
     measure_->releaseToolButtons();
 }
 

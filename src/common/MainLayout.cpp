@@ -6,6 +6,28 @@
 
 namespace tavix {
 
+std::span<const MainLayout::Place> MainLayout::commandPlaces()
+{
+    static const Place places[] = {
+        // First row: the picture commands.
+        {"cmdPlayStop", {6, 6, 100, 28}},
+        {"cmdPicLoad", {110, 6, 100, 28}},
+        {"cmdPicSave", {214, 6, 100, 28}},
+        {"cmdIS_Save", {318, 6, 100, 28}},
+        {"chkMeasureSave", {426, 6, 150, 28}},
+        // Second row: what the picture shows, and the camera.
+        {"lblScale", {6, 38, 38, 28}},
+        {"cboScale", {46, 38, 64, 28}},
+        {"chkScale", {116, 38, 84, 28}},
+        {"chkCross", {204, 38, 112, 28}},
+        {"cmdCamViewConfig", {320, 38, 100, 28}},
+        {"lblJpegQtyCaption", {426, 38, 78, 28}},
+        {"lblJpegQty", {504, 38, 22, 28}},
+        {"cmdPinProp", {530, 38, 120, 28}},
+    };
+    return places;
+}
+
 QSize MainLayout::minimumSize()
 {
     return {twipsToPixels(kMinWidthTwips), twipsToPixels(kMinHeightTwips)};

@@ -2,6 +2,7 @@
 
 #include <QRect>
 #include <QSize>
+#include <span>
 
 namespace tavix {
 
@@ -28,6 +29,14 @@ struct MainLayout {
     QRect resultGrid;     // grdResult; empty when there is no room for it
     QRect resultButtons;  // the row under the grid
     QRect keepResult;
+
+    // The view command strip's two rows of controls, by object name, in the
+    // strip; cmdExit and the comment lines follow the window's width instead.
+    struct Place {
+        const char* name;
+        QRect rect;
+    };
+    static std::span<const Place> commandPlaces();
 
     static QSize minimumSize();
     // Inner size of the window without menu and status bar.

@@ -9,6 +9,7 @@
 #include "program/AppData.h"
 
 #include <QCheckBox>
+#include <QMouseEvent>
 #include <QPushButton>
 
 namespace tavix {
@@ -22,6 +23,7 @@ OverlayPanel::OverlayPanel(AppData& data, Prompter& prompter, QWidget* viewArea,
     : QObject(parent),
       data_(data),
       prompter_(prompter),
+      viewArea_(viewArea),
       sources_(std::move(sources)),
       runDialog_([](QDialog& d) { return d.exec(); }),
       crossLines_(data.settings)
@@ -95,6 +97,28 @@ bool OverlayPanel::pointerReleased(QPoint areaPoint)
         return false;
     crossLines_.release(areaPoint);
     return true;
+}
+
+void OverlayPanel::followPointerOver(std::initializer_list<QWidget*> pictures)
+{
+    for (QWidget* picture : pictures) {
+        picture->setMouseTracking(true);
+        picture->installEventFilter(this);
+    }
+}
+
+bool OverlayPanel::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease) {
+        auto* picture = static_cast<QWidget*>(watched);
+        const QPoint areaPoint =
+            picture->mapTo(viewArea_, static_cast<QMouseEvent*>(event)->position().toPoint());
+        if (event->type() == QEvent::MouseMove)
+            pointerMoved(areaPoint);
+        else if (pointerReleased(areaPoint))
+            return true;
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 }  // namespace tavix

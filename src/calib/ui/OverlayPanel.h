@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 
 class QCheckBox;
@@ -50,15 +51,22 @@ public:
     // while a cross is being placed. True when the release was taken by a cross.
     void pointerMoved(QPoint areaPoint);
     bool pointerReleased(QPoint areaPoint);
+    // Watches the pictures in the area for the pointer; a release that places
+    // a cross goes no further (it is no measuring point).
+    void followPointerOver(std::initializer_list<QWidget*> pictures);
 
 signals:
     void jpegQualityChanged();
     // A cross is being placed (10, 11) or no longer (0).
     void crossToolChanged(qint16 toolNumber);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     AppData& data_;
     Prompter& prompter_;
+    QWidget* viewArea_;
     Sources sources_;
     DialogRunner runDialog_;
     CrossLines crossLines_;

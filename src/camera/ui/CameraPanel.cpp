@@ -1,6 +1,7 @@
 #include "camera/ui/CameraPanel.h"
 
 #include "camera/CameraDriver.h"
+#include "camera/Resolution.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
 #include "camera/ui/frmiCubeProp.h"
@@ -9,6 +10,7 @@
 #include "common/HandlerGuard.h"
 #include "common/Prompter.h"
 #include "common/ui/Icons.h"
+#include "common/ui/WidgetNames.h"
 #include "media/BmpFile.h"
 #include "program/AppData.h"
 
@@ -16,6 +18,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStatusBar>
+#include <QtMath>
 
 namespace tavix {
 
@@ -30,6 +34,18 @@ enum Caption : qint32 {
     kCameraErrorTitle = 26998
 };
 }  // namespace
+
+std::array<QLabel*, 6> CameraPanel::addStatusPanels(QStatusBar* bar)
+{
+    static const char* const captions[] = {"", "Frames:", "FPS:", "Average:", "Bad frames:", "Resolution:"};
+    std::array<QLabel*, 6> panels{};
+    for (int i = 0; i < 6; ++i) {
+        panels[i] = named(new QLabel(QLatin1String(captions[i]), bar), indexedName("sbriCubePanel", i));
+        panels[i]->setMinimumWidth(i == 0 ? 140 : 90);
+        bar->addWidget(panels[i], i == 0 ? 1 : 0);
+    }
+    return panels;
+}
 
 CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock,
                          std::unique_ptr<CameraDriver> driver, const Widgets& widgets, QObject* parent)
@@ -126,6 +142,32 @@ void CameraPanel::refit()
 void CameraPanel::setMagnification(double magnification)
 {
     stillView_->setMagnification(magnification);
+}
+
+double CameraPanel::shownMagnification() const
+{
+    if (stillShown_)
+        return stillView_->magnification();
+    // The live picture is scaled to fit the area.
+    const QSize mode = Resolution::size(session_->currentMode());
+    return mode.isEmpty() ? 1.0 : double(cameraView_->width()) / mode.width();
+}
+
+QRect CameraPanel::shownPictureBox() const
+{
+    if (!stillShown_)
+        return cameraView_->geometry();
+    // The part of the still that the scroll area shows, in area coordinates.
+    const QRect visible = stillView_->visibleRegion().boundingRect();
+    return QRect(stillView_->mapTo(w_.viewArea, visible.topLeft()), visible.size());
+}
+
+QPoint CameraPanel::areaToPicture(QPoint areaPoint) const
+{
+    // The picture's top-left corner in the area and its scale on the screen.
+    const QPoint origin = stillShown_ ? stillView_->mapTo(w_.viewArea, QPoint(0, 0)) : cameraView_->pos();
+    const QPointF p = QPointF(areaPoint - origin) / shownMagnification();
+    return QPoint(qFloor(p.x()), qFloor(p.y()));
 }
 
 void CameraPanel::cmdPlayStop_Click()

@@ -16,6 +16,7 @@ class QDialog;
 class QLabel;
 class QPushButton;
 class QScrollArea;
+class QStatusBar;
 
 namespace tavix {
 
@@ -37,6 +38,9 @@ public:
         QPushButton* pinProp = nullptr;   // cmdPinProp: the camera properties dialog
         std::array<QLabel*, 6> status{};  // driver, frames, FPS, average, bad frames, resolution
     };
+
+    // The status bar's camera panels, in Widgets::status order.
+    static std::array<QLabel*, 6> addStatusPanels(QStatusBar* bar);
 
     CameraPanel(AppData& data, Prompter& prompter, Clock& clock, std::unique_ptr<CameraDriver> driver,
                 const Widgets& widgets, QObject* parent = nullptr);
@@ -80,6 +84,13 @@ public:
     FrameStatistics& statistics() { return statistics_; }
 
     void setMagnification(double magnification);
+    // The scale of the picture shown: the zoom on a still, the fit into the
+    // picture area on the live picture.
+    double shownMagnification() const;
+    // The part of the picture area that shows the picture, in area coordinates.
+    QRect shownPictureBox() const;
+    // A point of the picture area as the pixel of the picture shown under it.
+    QPoint areaToPicture(QPoint areaPoint) const;
     // Fits both pictures into the picture area again (after a resize).
     void refit();
 

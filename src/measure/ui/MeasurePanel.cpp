@@ -1,10 +1,15 @@
 #include "measure/ui/MeasurePanel.h"
 
 #include "calib/ProofResolutions.h"
+#include "calib/ui/OverlayPanel.h"
 #include "calib/ui/frmProofConfig.h"
+#include "camera/ui/CameraPanel.h"
+#include "camera/ui/StillViewWidget.h"
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/Twips.h"
+#include "measure/EdgeSnap.h"
+#include "measure/MeasureSession.h"
 #include "measure/ValueFormat.h"
 #include "measure/ui/ToolIcons.h"
 #include "measure/ui/frmMeasureConfig.h"
@@ -55,6 +60,67 @@ MeasurePanel::MeasurePanel(AppData& data, Prompter& prompter, ScaleBarSwitch& sc
 }
 
 MeasurePanel::~MeasurePanel() = default;
+
+MeasureSession& MeasurePanel::startMeasuring(Guidance& guidance, CameraPanel& camera, OverlayPanel& overlays)
+{
+    auto units = [this] {
+        const ProofEntry& entry = data_.measuringEntry();
+        // Tools work in picture pixels, so the zoom does not enter here.
+        return MeasureSession::Units{{entry.XFactor, entry.YFactor, 1.0, calibration_->takingValue()},
+                                     entry.Unit};
+    };
+    session_ = std::make_unique<MeasureSession>(data_.settings, data_.log, data_.messages, results_, guidance,
+                                                prompter_, units);
+    MeasureSession* session = session_.get();
+    setTwoPointAverage([session] { return session->twoPointAverage(); });
+    setStillSource([&camera] { return camera.stillShown() ? camera.still() : QImage(); });
+
+    StillViewWidget* still = camera.stillView();
+    still->setOverlay(&session->store(), OverlayStyle::fromSettings(data_.settings));
+    connect(still, &StillViewWidget::pictureMoved, session, &MeasureSession::move);
+    connect(still, &StillViewWidget::pictureReleased, session, &MeasureSession::release);
+    connect(still, &StillViewWidget::pictureDoubleClicked, session, &MeasureSession::doubleClick);
+    connect(still, &StillViewWidget::cancelRequested, session, &MeasureSession::cancel);
+    connect(session, &MeasureSession::previewChanged, still, &StillViewWidget::setPreview);
+    connect(session, &MeasureSession::overlayChanged, still, &StillViewWidget::invalidateOverlay);
+    connect(session, &MeasureSession::highlightChanged, still, &StillViewWidget::setHighlight);
+    connect(this, &MeasurePanel::toolButtonClicked, session, &MeasureSession::selectButton);
+    connect(this, &MeasurePanel::rowsSelected, session, &MeasureSession::highlightRows);
+    connect(this, &MeasurePanel::calibrationMarkingRequested, this, [this, session](qint16 tool, qint16) {
+        releaseToolButtons();
+        session->selectTool(tool);
+    });
+    connect(session, &MeasureSession::calibrationLengthMarked, this, [this, session, still](double pixels) {
+        session->clearTool();
+        calibrationLengthMarked(pixels, still->magnification());
+    });
+    const auto applyEdgeSnap = [session, &camera](bool on) {
+        if (!on) {
+            session->setPointSnap(nullptr);
+            return;
+        }
+        // The still as the camera panel holds it now; the snap reads only around the pointer.
+        session->setPointSnap([&camera](PointD p) { return EdgeSnap(camera.still()).snap(p); });
+    };
+    applyEdgeSnap(data_.settings.EDGESNAP != 0);
+    connect(this, &MeasurePanel::edgeSnapChanged, this, applyEdgeSnap);
+    connect(this, &MeasurePanel::measureSettingsChanged, this, [this, session, still, &overlays] {
+        session->relabel();
+        still->setOverlay(&session->store(), OverlayStyle::fromSettings(data_.settings));
+        overlays.crossLines().applySettings();
+        overlays.layoutChanged();
+    });
+
+    // Placing a cross takes the mouse from the measuring tools, and a tool takes it from the crosses.
+    connect(&overlays, &OverlayPanel::crossToolChanged, this, [this, session](qint16 tool) {
+        if (tool == CrossLines::kNoTool)
+            return;
+        session->clearTool();
+        releaseToolButtons();
+    });
+    connect(this, &MeasurePanel::toolButtonClicked, &overlays.crossLines(), &CrossLines::toolReplaced);
+    return *session;
+}
 
 void MeasurePanel::build(QWidget* area)
 {
@@ -295,6 +361,19 @@ void MeasurePanel::setMeasuringEnabled(bool enabled)
 {
     measuringEnabled_ = enabled;
     refreshButtons();
+}
+
+void MeasurePanel::stillShownChanged(bool shown)
+{
+    setMeasuringEnabled(shown);
+    if (!session_)
+        return;
+    // The results of the last still are kept (greyed) or dropped as chkKeepResult says.
+    results_.ClearResults(0);
+    if (!shown) {
+        session_->clearTool();
+        releaseToolButtons();
+    }
 }
 
 void MeasurePanel::refreshButtons()

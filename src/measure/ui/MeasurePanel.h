@@ -25,7 +25,11 @@ class QWidget;
 namespace tavix {
 
 struct AppData;
+class CameraPanel;
+class Guidance;
 struct MainLayout;
+class MeasureSession;
+class OverlayPanel;
 class Prompter;
 
 // The measurement command area: calibration choice and procedure, the tool
@@ -51,6 +55,13 @@ public:
     // The parts that follow the window's size.
     void place(const MainLayout& layout);
 
+    // Starts the measuring on the camera panel's still: the session of tools
+    // and clicks with its overlay, edge snap, calibration marking, and the
+    // hand-over of the mouse between measuring tools and cross lines.
+    MeasureSession& startMeasuring(Guidance& guidance, CameraPanel& camera, OverlayPanel& overlays);
+    MeasureSession& session() { return *session_; }
+    bool sessionStarted() const { return session_ != nullptr; }
+
     ResultTable& results() { return results_; }
     CalibrationController& calibration() { return *calibration_; }
 
@@ -65,6 +76,9 @@ public:
     void releaseToolButtons();
     // The area is switched on for a still or off for the live picture.
     void setMeasuringEnabled(bool enabled);
+    // A new still, or the live picture again: the area follows, the table
+    // starts again, and on the live picture the tool is put away.
+    void stillShownChanged(bool shown);
     // The result buttons follow the table (only while the area is on).
     void refreshButtons();
 
@@ -95,6 +109,7 @@ private:
     ScaleBarSwitch& scaleBar_;
     ResultTable results_;
     std::unique_ptr<CalibrationController> calibration_;
+    std::unique_ptr<MeasureSession> session_;  // refers to results_: declared after it
     DialogRunner runDialog_;
     std::function<double()> twoPointAverage_;
     std::function<QImage()> still_;
