@@ -1,5 +1,6 @@
 #include "camera/genicam/GenICamDriver.h"
 
+#include "camera/genicam/AravisCalls.h"
 #include "camera/genicam/SensorModes.h"
 #include "media/BayerDemosaic.h"
 
@@ -9,89 +10,21 @@
 
 #include <QStringList>
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace tavix {
 
 namespace {
 
-constexpr int kWhiteBalance = 6;
-constexpr int kExposure = 7;
 constexpr int kAviWriting = 24;
-
-// Where each parameter type lives among the standard feature names, first
-// name found wins. Float features are scaled to the integer the dialog shows.
-struct Mapping {
-    int type;
-    const char* names[2];
-    double floatScale;
-    const char* selector;  // an enumeration set to selectorValue before every access
-    const char* selectorValue;
-    const char* autoName;  // the Off/Continuous enumeration of its automatic mode
-    const char* enable;    // a boolean switched on before a write
-};
-
-constexpr Mapping kMappings[] = {
-    {kExposure, {"ExposureTime", "ExposureTimeAbs"}, 1, nullptr, nullptr, "ExposureAuto", nullptr},
-    {8, {"AutoTargetBrightness", "TargetBrightness"}, 1, nullptr, nullptr, nullptr, nullptr},
-    {13, {"Gain", "GainRaw"}, 10, nullptr, nullptr, nullptr, nullptr},
-    {12, {"BlackLevel", "BlackLevelRaw"}, 1, nullptr, nullptr, "BlackLevelAuto", nullptr},
-    {3, {"Gamma", nullptr}, 64, nullptr, nullptr, nullptr, nullptr},
-    {111, {"GammaEnable", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
-    {5, {"ReverseX", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
-    {4, {"ReverseY", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
-    {9, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Red", nullptr, nullptr},
-    {10, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Green", nullptr, nullptr},
-    {11, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Blue", nullptr, nullptr},
-    {147,
-     {"AcquisitionFrameRate", "AcquisitionFrameRateAbs"},
-     1,
-     nullptr,
-     nullptr,
-     nullptr,
-     "AcquisitionFrameRateEnable"},
-};
-
-const Mapping* mappingOf(int type)
-{
-    for (const Mapping& m : kMappings)
-        if (m.type == type)
-            return &m;
-    return nullptr;
-}
 
 // The formats frames reach the program in, the 8-bit Bayer ones first: a
 // colour camera sends a third of the bytes of RGB8 that way.
 constexpr const char* kPixelFormats[] = {"BayerRG8", "BayerGR8",   "BayerGB8", "BayerBG8",
                                          "RGB8",     "RGB8Packed", "Mono8"};
 
-std::int32_t clampInt(double v)
-{
-    return static_cast<std::int32_t>(std::clamp<double>(v, std::numeric_limits<std::int32_t>::min(),
-                                                        std::numeric_limits<std::int32_t>::max()));
-}
-
-// Takes a GError, logs its message and says whether there was one.
-bool failed(GError*& error, const GenICamDriver::Log& log)
-{
-    if (!error)
-        return false;
-    if (log)
-        log(QStringLiteral("GenICam: ") + QString::fromUtf8(error->message));
-    g_clear_error(&error);
-    return true;
-}
-
 }  // namespace
 
-struct GenICamDriver::Feature {
-    const Mapping* mapping = nullptr;
-    const char* name = nullptr;
-    enum Kind { Integer, Float, Boolean } kind = Integer;
-};
-
-GenICamDriver::GenICamDriver(Log log) : log_(std::move(log))
+GenICamDriver::GenICamDriver(Log log) : log_(std::move(log)), features_(log_)
 {
 }
 
@@ -166,7 +99,7 @@ int GenICamDriver::Open(int cam)
         return kBadCamera;
     GError* error = nullptr;
     camera_ = arv_camera_new(found_[static_cast<size_t>(cam)].id.toUtf8().constData(), &error);
-    if (failed(error, log_) || !camera_) {
+    if (AravisCalls::failed(error, log_) || !camera_) {
         g_clear_object(&camera_);
         return kFailed;
     }
@@ -178,7 +111,7 @@ int GenICamDriver::Open(int cam)
     gint width = 0;
     gint height = 0;
     arv_camera_get_sensor_size(camera_, &width, &height, &error);
-    failed(error, log_);
+    AravisCalls::failed(error, log_);
     sensor_ = QSize(width, height);
     maxBinning_ = 1;
     if (arv_camera_is_binning_available(camera_, nullptr)) {
@@ -207,7 +140,7 @@ int GenICamDriver::Open(int cam)
         Close(cam);
         return kFailed;
     }
-    snapshotDefaults();
+    features_.attach(camera_);
     return 0;
 }
 
@@ -226,7 +159,7 @@ bool GenICamDriver::choosePixelFormat()
             continue;
         GError* error = nullptr;
         arv_camera_set_pixel_format_from_string(camera_, format, &error);
-        if (!failed(error, log_))
+        if (!AravisCalls::failed(error, log_))
             return true;
     }
     if (log_)
@@ -247,6 +180,7 @@ int GenICamDriver::Close(int cam)
     if (lostHandler_)
         g_signal_handler_disconnect(arv_camera_get_device(camera_), lostHandler_);
     lostHandler_ = 0;
+    features_.attach(nullptr);
     g_clear_object(&camera_);
     openIndex_ = -1;
     const auto lock = frame_.lock();
@@ -302,7 +236,7 @@ int GenICamDriver::applyMode(std::int32_t mode)
         }
         const QRect& r = fit.region;
         arv_camera_set_region(camera_, r.x(), r.y(), r.width(), r.height(), &error);
-        if (failed(error, log_))
+        if (AravisCalls::failed(error, log_))
             return kFailed;
         gint x = 0, y = 0, w = 0, h = 0;
         arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
@@ -337,12 +271,12 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
     frame_.setSink(sink);
     GError* error = nullptr;
     stream_ = arv_camera_create_stream(camera_, nullptr, nullptr, &error);
-    if (failed(error, log_) || !stream_) {
+    if (AravisCalls::failed(error, log_) || !stream_) {
         g_clear_object(&stream_);
         return kFailed;
     }
     const guint payload = arv_camera_get_payload(camera_, &error);
-    if (failed(error, log_)) {
+    if (AravisCalls::failed(error, log_)) {
         g_clear_object(&stream_);
         return kFailed;
     }
@@ -353,10 +287,10 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
     g_signal_connect(stream_, "new-buffer", G_CALLBACK(onNewBuffer), this);
     arv_stream_set_emit_signals(stream_, TRUE);
     arv_camera_set_acquisition_mode(camera_, ARV_ACQUISITION_MODE_CONTINUOUS, &error);
-    failed(error, log_);
+    AravisCalls::failed(error, log_);
     started_ = true;
     arv_camera_start_acquisition(camera_, &error);
-    if (failed(error, log_)) {
+    if (AravisCalls::failed(error, log_)) {
         stopStream();
         return kFailed;
     }
@@ -385,7 +319,7 @@ void GenICamDriver::stopStream()
     if (!lost_) {
         GError* error = nullptr;
         arv_camera_stop_acquisition(camera_, &error);
-        failed(error, log_);
+        AravisCalls::failed(error, log_);
     }
     arv_stream_set_emit_signals(stream_, FALSE);
     g_signal_handlers_disconnect_by_data(stream_, this);
@@ -502,7 +436,7 @@ int GenICamDriver::GetBrokenFrames(int cam, std::int32_t& count)
     guint64 completed = 0, failures = 0, underruns = 0;
     if (stream_)
         arv_stream_get_statistics(stream_, &completed, &failures, &underruns);
-    count = incomplete_ + clampInt(static_cast<double>(underruns));
+    count = incomplete_ + AravisCalls::clampInt(static_cast<double>(underruns));
     return 0;
 }
 
@@ -540,7 +474,7 @@ int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
         return kNoFrame;
     GError* error = nullptr;
     const double rate = arv_camera_get_frame_rate(camera_, &error);
-    const bool rateKnown = !failed(error, log_) && rate > 0;
+    const bool rateKnown = !AravisCalls::failed(error, log_) && rate > 0;
     // The file takes the size and pixels of the frames the camera sends now.
     return frame_.record(path, rateKnown ? rate : 30.0, seconds);
 }
@@ -552,110 +486,11 @@ bool GenICamDriver::recordingStats(int cam, RecordingStats& stats)
 
 // ---- parameters ----
 
-bool GenICamDriver::feature(int type, Feature& f) const
-{
-    const Mapping* m = mappingOf(type);
-    if (!m || !camera_)
-        return false;
-    ArvDevice* device = arv_camera_get_device(camera_);
-    if (m->selector) {
-        if (!arv_device_is_feature_available(device, m->selector, nullptr) ||
-            !arv_device_is_enumeration_entry_available(device, m->selector, m->selectorValue, nullptr))
-            return false;
-        GError* error = nullptr;
-        arv_device_set_string_feature_value(device, m->selector, m->selectorValue, &error);
-        if (error) {
-            g_clear_error(&error);
-            return false;
-        }
-    }
-    for (const char* name : m->names) {
-        if (!name || !arv_device_is_feature_available(device, name, nullptr))
-            continue;
-        ArvGcNode* node = arv_device_get_feature(device, name);
-        f.mapping = m;
-        f.name = name;
-        if (ARV_IS_GC_INTEGER(node))
-            f.kind = Feature::Integer;
-        else if (ARV_IS_GC_FLOAT(node))
-            f.kind = Feature::Float;
-        else if (ARV_IS_GC_BOOLEAN(node))
-            f.kind = Feature::Boolean;
-        else
-            continue;
-        return true;
-    }
-    return false;
-}
-
-int GenICamDriver::readFeature(const Feature& f, std::int32_t& value) const
-{
-    ArvDevice* device = arv_camera_get_device(camera_);
-    GError* error = nullptr;
-    double v = 0;
-    if (f.kind == Feature::Integer)
-        v = static_cast<double>(arv_device_get_integer_feature_value(device, f.name, &error));
-    else if (f.kind == Feature::Float)
-        v = arv_device_get_float_feature_value(device, f.name, &error) * f.mapping->floatScale;
-    else
-        v = arv_device_get_boolean_feature_value(device, f.name, &error) ? 1 : 0;
-    if (failed(error, log_))
-        return kFailed;
-    value = clampInt(std::lround(v));
-    return 0;
-}
-
-int GenICamDriver::writeFeature(const Feature& f, std::int32_t value)
-{
-    ArvDevice* device = arv_camera_get_device(camera_);
-    GError* error = nullptr;
-    if (f.mapping->enable && arv_device_is_feature_available(device, f.mapping->enable, nullptr)) {
-        arv_device_set_boolean_feature_value(device, f.mapping->enable, TRUE, &error);
-        failed(error, log_);
-    }
-    if (f.kind == Feature::Integer)
-        arv_device_set_integer_feature_value(device, f.name, value, &error);
-    else if (f.kind == Feature::Float)
-        arv_device_set_float_feature_value(device, f.name, value / f.mapping->floatScale, &error);
-    else
-        arv_device_set_boolean_feature_value(device, f.name, value != 0, &error);
-    return failed(error, log_) ? kFailed : 0;
-}
-
-bool GenICamDriver::autoOn(const char* autoFeature) const
-{
-    const char* value =
-        arv_device_get_string_feature_value(arv_camera_get_device(camera_), autoFeature, nullptr);
-    return value && qstrcmp(value, "Off") != 0;
-}
-
-void GenICamDriver::snapshotDefaults()
-{
-    defaults_.clear();
-    autoDefaults_.clear();
-    ArvDevice* device = arv_camera_get_device(camera_);
-    for (const Mapping& m : kMappings) {
-        Feature f;
-        std::int32_t value = 0;
-        if (feature(m.type, f) && readFeature(f, value) == 0)
-            defaults_.emplace_back(m.type, value);
-        if (m.autoName && arv_device_is_feature_available(device, m.autoName, nullptr))
-            autoDefaults_.emplace_back(m.type, autoOn(m.autoName) ? 1 : 0);
-    }
-}
-
 int GenICamDriver::SetCamParameter(int cam, int type, std::int32_t value)
 {
     if (const int s = checkOpen(cam))
         return s;
-    Feature f;
-    if (!feature(type, f))
-        return kNotSupported;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (value < range.minimum || value > range.maximum)
-        return kOutOfRange;
-    return writeFeature(f, value);
+    return features_.set(type, value);
 }
 
 int GenICamDriver::GetCamParameter(int cam, int type, std::int32_t& value)
@@ -666,65 +501,19 @@ int GenICamDriver::GetCamParameter(int cam, int type, std::int32_t& value)
         value = frame_.recording() ? 1 : 0;
         return 0;
     }
-    if (type == kWhiteBalance) {
-        CamParamRange range;
-        GetCamParameterRange(cam, type, range);
-        if (!range.enabled)
-            return kNotSupported;
-        value = autoOn("BalanceWhiteAuto") ? 0 : 1;
-        return 0;
-    }
-    Feature f;
-    if (!feature(type, f))
-        return kNotSupported;
-    return readFeature(f, value);
+    return features_.get(type, value);
 }
 
 int GenICamDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
 {
     if (const int s = checkOpen(cam))
         return s;
-    range = CamParamRange{};
-    ArvDevice* device = arv_camera_get_device(camera_);
     if (type == kAviWriting) {
+        range = CamParamRange{};
         range.enabled = 1;
         return 0;
     }
-    if (type == kWhiteBalance) {
-        if (arv_device_is_feature_available(device, "BalanceWhiteAuto", nullptr) &&
-            arv_device_is_enumeration_entry_available(device, "BalanceWhiteAuto", "Once", nullptr)) {
-            range.enabled = 1;
-            range.defaultValue = range.maximum = 1;
-        }
-        return 0;
-    }
-    Feature f;
-    if (!feature(type, f))
-        return 0;  // the camera lacks it: not enabled
-    GError* error = nullptr;
-    if (f.kind == Feature::Integer) {
-        gint64 min = 0, max = 0;
-        arv_device_get_integer_feature_bounds(device, f.name, &min, &max, &error);
-        range.minimum = clampInt(static_cast<double>(min));
-        range.maximum = clampInt(static_cast<double>(max));
-    } else if (f.kind == Feature::Float) {
-        double min = 0, max = 0;
-        arv_device_get_float_feature_bounds(device, f.name, &min, &max, &error);
-        range.minimum = clampInt(std::ceil(min * f.mapping->floatScale - 1e-9));
-        range.maximum = clampInt(std::floor(max * f.mapping->floatScale + 1e-9));
-    } else {
-        range.maximum = 1;
-    }
-    if (failed(error, log_))
-        return kFailed;
-    range.enabled = 1;
-    range.autoMode =
-        f.mapping->autoName && arv_device_is_feature_available(device, f.mapping->autoName, nullptr) ? 1 : 0;
-    range.third = 1;
-    const auto def =
-        std::find_if(defaults_.begin(), defaults_.end(), [type](auto& d) { return d.first == type; });
-    range.defaultValue = def != defaults_.end() ? def->second : range.minimum;
-    return 0;
+    return features_.range(type, range);
 }
 
 int GenICamDriver::GetExposure(int cam, float& ms)
@@ -733,7 +522,7 @@ int GenICamDriver::GetExposure(int cam, float& ms)
         return s;
     GError* error = nullptr;
     const double us = arv_camera_get_exposure_time(camera_, &error);
-    if (failed(error, log_))
+    if (AravisCalls::failed(error, log_))
         return kFailed;
     ms = static_cast<float>(us / 1000.0);
     return 0;
@@ -743,52 +532,28 @@ int GenICamDriver::GetParamAuto(int cam, int type, std::int32_t& flag)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (!range.autoMode)
-        return kNotSupported;
-    flag = autoOn(mappingOf(type)->autoName) ? 1 : 0;
-    return 0;
+    return features_.getAuto(type, flag);
 }
 
 int GenICamDriver::SetParamAuto(int cam, int type, std::int32_t flag)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (!range.autoMode)
-        return kNotSupported;
-    if (flag != 0 && flag != 1)
-        return kOutOfRange;
-    GError* error = nullptr;
-    arv_device_set_string_feature_value(arv_camera_get_device(camera_), mappingOf(type)->autoName,
-                                        flag ? "Continuous" : "Off", &error);
-    return failed(error, log_) ? kFailed : 0;
+    return features_.setAuto(type, flag);
 }
 
 int GenICamDriver::SetParamAutoDef(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
-    const auto def =
-        std::find_if(autoDefaults_.begin(), autoDefaults_.end(), [type](auto& d) { return d.first == type; });
-    if (def == autoDefaults_.end())
-        return kNotSupported;
-    return SetParamAuto(cam, type, def->second);
+    return features_.setAutoDefault(type);
 }
 
 int GenICamDriver::SetParamOnePush(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (type != kWhiteBalance || !range.enabled)
-        return kNotSupported;
-    GError* error = nullptr;
-    arv_device_set_string_feature_value(arv_camera_get_device(camera_), "BalanceWhiteAuto", "Once", &error);
-    return failed(error, log_) ? kFailed : 0;
+    return features_.onePush(type);
 }
 
 }  // namespace tavix

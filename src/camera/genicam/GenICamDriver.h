@@ -2,6 +2,7 @@
 
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
+#include "camera/genicam/GenICamFeatures.h"
 
 #include <QSize>
 #include <QString>
@@ -118,7 +119,6 @@ private:
         QString id;
         QString name;
     };
-    struct Feature;  // where a parameter lives on the camera
 
     static void onNewBuffer(_ArvStream* stream, void* self);
     static void onControlLost(void* device, void* self);
@@ -129,12 +129,6 @@ private:
     void stopStream();
     void dropHeld();
 
-    bool feature(int type, Feature& f) const;
-    int readFeature(const Feature& f, std::int32_t& value) const;
-    int writeFeature(const Feature& f, std::int32_t value);
-    bool autoOn(const char* autoFeature) const;
-    void snapshotDefaults();
-
     Log log_;
     std::vector<Found> found_;
     std::atomic<int> openIndex_{-1};  // read by Aravis's thread when the camera is lost
@@ -144,8 +138,7 @@ private:
     int maxBinning_ = 1;
     std::vector<std::int32_t> modes_;
     std::int32_t mode_ = -1;
-    std::vector<std::pair<int, std::int32_t>> defaults_;
-    std::vector<std::pair<int, std::int32_t>> autoDefaults_;
+    GenICamFeatures features_;
 
     _ArvStream* stream_ = nullptr;
     std::atomic<bool> started_{false};

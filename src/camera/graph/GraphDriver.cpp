@@ -1,10 +1,7 @@
 #include "camera/graph/GraphDriver.h"
 
 #include "camera/Resolution.h"
-#include "camera/graph/V4l2Controls.h"
 
-#include <linux/videodev2.h>
-#include <QFileInfo>
 #include <algorithm>
 
 #undef signals
@@ -16,47 +13,8 @@ namespace tavix {
 
 namespace {
 
-constexpr int kGamma = 3;
-constexpr int kWhiteBalance = 6;
 constexpr int kExposure = 7;
 constexpr int kAviWriting = 24;
-constexpr int kEnableGamma = 111;
-
-// The device control behind each plain parameter, and its scale
-// (parameter = control * numerator / denominator).
-struct Mapping {
-    int type;
-    std::uint32_t id;
-    int numerator;
-    int denominator;
-};
-
-constexpr Mapping kMappings[] = {
-    {1, V4L2_CID_BRIGHTNESS, 1, 1},    {2, V4L2_CID_CONTRAST, 1, 1},
-    {19, V4L2_CID_SATURATION, 1, 1},   {109, V4L2_CID_HUE, 1, 1},
-    {13, V4L2_CID_GAIN, 1, 1},         {12, V4L2_CID_BLACK_LEVEL, 1, 1},
-    {kGamma, V4L2_CID_GAMMA, 64, 100}, {kExposure, V4L2_CID_EXPOSURE_ABSOLUTE, 1, 1},
-    {4, V4L2_CID_VFLIP, 1, 1},         {5, V4L2_CID_HFLIP, 1, 1},
-    {9, V4L2_CID_RED_BALANCE, 1, 1},   {11, V4L2_CID_BLUE_BALANCE, 1, 1},
-};
-
-const Mapping* mappingOf(int type)
-{
-    for (const Mapping& m : kMappings)
-        if (m.type == type)
-            return &m;
-    return nullptr;
-}
-
-std::int32_t toParameter(const Mapping& m, std::int32_t control)
-{
-    return static_cast<std::int32_t>(static_cast<std::int64_t>(control) * m.numerator / m.denominator);
-}
-
-std::int32_t toControl(const Mapping& m, std::int32_t parameter)
-{
-    return static_cast<std::int32_t>(static_cast<std::int64_t>(parameter) * m.denominator / m.numerator);
-}
 
 GstCaps* rawCaps(QSize size)
 {
@@ -101,11 +59,6 @@ int GraphDriver::checkOpen(int cam) const
     if (!open_)
         return kNotOpen;
     return cam == 0 ? 0 : kBadCamera;
-}
-
-bool GraphDriver::hasControls() const
-{
-    return controls_ && controls_->isOpen();
 }
 
 // ---- session ----
@@ -282,11 +235,7 @@ int GraphDriver::Open(int cam)
         gst_element_set_state(file_.graph(), GST_STATE_NULL);
         return kFailed;
     }
-    const QString device = file_.devicePath();
-    if (!device.isEmpty() && QFileInfo::exists(device))
-        controls_ = std::make_unique<V4l2Controls>(device);
-    gammaBeforeOff_ = -1;
-    whiteBalancing_ = false;
+    parameters_.open(file_.devicePath());
     open_ = true;
     return 0;
 }
@@ -303,7 +252,7 @@ int GraphDriver::Close(int cam)
     Stop(cam);
     frame_.endRecording();
     gst_element_set_state(file_.graph(), GST_STATE_NULL);
-    controls_.reset();
+    parameters_.close();
     open_ = false;
     return 0;
 }
@@ -529,38 +478,12 @@ int GraphDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
 {
     if (const int s = checkOpen(cam))
         return s;
-    range = CamParamRange{};
     if (type == kAviWriting) {
+        range = CamParamRange{};
         range.enabled = 1;
         return 0;
     }
-    V4l2Controls::Range control;
-    if (!hasControls())
-        return 0;  // a source without device controls: nothing enabled
-    if (type == kWhiteBalance) {
-        if (controls_->query(V4L2_CID_DO_WHITE_BALANCE, control) ||
-            controls_->query(V4L2_CID_AUTO_WHITE_BALANCE, control)) {
-            range.enabled = 1;
-            range.defaultValue = range.maximum = 1;
-        }
-        return 0;
-    }
-    if (type == kEnableGamma) {
-        if (controls_->query(V4L2_CID_GAMMA, control)) {
-            range.enabled = 1;
-            range.defaultValue = range.maximum = 1;
-        }
-        return 0;
-    }
-    const Mapping* m = mappingOf(type);
-    if (!m || !controls_->query(m->id, control))
-        return 0;
-    range.enabled = 1;
-    range.third = 1;
-    range.minimum = toParameter(*m, control.minimum);
-    range.maximum = toParameter(*m, control.maximum);
-    range.defaultValue = toParameter(*m, control.defaultValue);
-    range.autoMode = type == kExposure && controls_->query(V4L2_CID_EXPOSURE_AUTO, control) ? 1 : 0;
+    range = parameters_.range(type);
     return 0;
 }
 
@@ -568,30 +491,7 @@ int GraphDriver::SetCamParameter(int cam, int type, std::int32_t value)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (!range.enabled || type == kAviWriting || type == kWhiteBalance)
-        return kNotSupported;
-    if (value < range.minimum || value > range.maximum)
-        return kOutOfRange;
-    if (type == kEnableGamma) {
-        V4l2Controls::Range gamma;
-        controls_->query(V4L2_CID_GAMMA, gamma);
-        std::int32_t now = gamma.defaultValue;
-        controls_->get(V4L2_CID_GAMMA, now);
-        if (value == 0 && gammaBeforeOff_ < 0) {
-            gammaBeforeOff_ = now;
-            return controls_->set(V4L2_CID_GAMMA, gamma.defaultValue) ? 0 : kFailed;
-        }
-        if (value == 1 && gammaBeforeOff_ >= 0) {
-            const std::int32_t back = gammaBeforeOff_;
-            gammaBeforeOff_ = -1;
-            return controls_->set(V4L2_CID_GAMMA, back) ? 0 : kFailed;
-        }
-        return 0;
-    }
-    const Mapping* m = mappingOf(type);
-    return controls_->set(m->id, toControl(*m, value)) ? 0 : kFailed;
+    return parameters_.set(type, value);
 }
 
 int GraphDriver::GetCamParameter(int cam, int type, std::int32_t& value)
@@ -602,29 +502,7 @@ int GraphDriver::GetCamParameter(int cam, int type, std::int32_t& value)
         value = frame_.recording() ? 1 : 0;
         return 0;
     }
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (!range.enabled)
-        return kNotSupported;
-    if (type == kWhiteBalance) {
-        // The balance found while automatic is held once its time is up.
-        if (whiteBalancing_ && std::chrono::steady_clock::now() >= whiteBalanceEnds_) {
-            whiteBalancing_ = false;
-            controls_->set(V4L2_CID_AUTO_WHITE_BALANCE, 0);
-        }
-        value = whiteBalancing_ ? 0 : 1;
-        return 0;
-    }
-    if (type == kEnableGamma) {
-        value = gammaBeforeOff_ < 0 ? 1 : 0;
-        return 0;
-    }
-    const Mapping* m = mappingOf(type);
-    std::int32_t control = 0;
-    if (!controls_->get(m->id, control))
-        return kFailed;
-    value = toParameter(*m, control);
-    return 0;
+    return parameters_.get(type, value);
 }
 
 int GraphDriver::GetExposure(int cam, float& ms)
@@ -640,62 +518,28 @@ int GraphDriver::GetParamAuto(int cam, int type, std::int32_t& flag)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    std::int32_t mode = 0;
-    if (!range.autoMode || !controls_->get(V4L2_CID_EXPOSURE_AUTO, mode))
-        return kNotSupported;
-    flag = mode == V4L2_EXPOSURE_MANUAL ? 0 : 1;
-    return 0;
+    return parameters_.getAuto(type, flag);
 }
 
 int GraphDriver::SetParamAuto(int cam, int type, std::int32_t flag)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (!range.autoMode)
-        return kNotSupported;
-    if (flag != 0 && flag != 1)
-        return kOutOfRange;
-    // USB cameras mostly offer only the aperture-priority kind of automatic exposure.
-    std::int32_t mode = V4L2_EXPOSURE_MANUAL;
-    if (flag)
-        mode = controls_->hasMenuEntry(V4L2_CID_EXPOSURE_AUTO, V4L2_EXPOSURE_APERTURE_PRIORITY)
-                   ? V4L2_EXPOSURE_APERTURE_PRIORITY
-                   : V4L2_EXPOSURE_AUTO;
-    return controls_->set(V4L2_CID_EXPOSURE_AUTO, mode) ? 0 : kFailed;
+    return parameters_.setAuto(type, flag);
 }
 
 int GraphDriver::SetParamAutoDef(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    V4l2Controls::Range control;
-    if (!range.autoMode || !controls_->query(V4L2_CID_EXPOSURE_AUTO, control))
-        return kNotSupported;
-    return controls_->set(V4L2_CID_EXPOSURE_AUTO, control.defaultValue) ? 0 : kFailed;
+    return parameters_.setAutoDefault(type);
 }
 
 int GraphDriver::SetParamOnePush(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
-    CamParamRange range;
-    GetCamParameterRange(cam, type, range);
-    if (type != kWhiteBalance || !range.enabled)
-        return kNotSupported;
-    V4l2Controls::Range control;
-    if (controls_->query(V4L2_CID_DO_WHITE_BALANCE, control))
-        return controls_->set(V4L2_CID_DO_WHITE_BALANCE, 1) ? 0 : kFailed;
-    if (!controls_->set(V4L2_CID_AUTO_WHITE_BALANCE, 1))
-        return kFailed;
-    whiteBalancing_ = true;
-    whiteBalanceEnds_ = std::chrono::steady_clock::now() + kWhiteBalanceTime;
-    return 0;
+    return parameters_.onePush(type);
 }
 
 }  // namespace tavix

@@ -3,6 +3,7 @@
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
 #include "camera/graph/GraphFile.h"
+#include "camera/graph/GraphParameters.h"
 
 #include <QSize>
 #include <atomic>
@@ -16,8 +17,6 @@ struct _GstBus;
 struct _GstMessage;
 
 namespace tavix {
-
-class V4l2Controls;
 
 // A camera made of the graph file: any source GStreamer can open (a USB
 // camera through v4l2src, a test source, ...). LoadGrfFile finds the camera
@@ -118,7 +117,6 @@ private:
     void findModes();
     void receive(_GstSample* sample);
     void dropHeld();
-    bool hasControls() const;
 
     Log log_;
     GraphFile file_;
@@ -129,10 +127,7 @@ private:
     _GstElement* appsink_ = nullptr;
     std::vector<std::int32_t> modes_;
     std::int32_t mode_ = -1;
-    std::unique_ptr<V4l2Controls> controls_;
-    std::int32_t gammaBeforeOff_ = -1;  // the gamma that 111 = 1 brings back
-    std::chrono::steady_clock::time_point whiteBalanceEnds_{};
-    bool whiteBalancing_ = false;
+    GraphParameters parameters_;
 
     std::atomic<bool> started_{false};
     std::atomic<bool> lost_{false};

@@ -1,7 +1,11 @@
 #pragma once
 
 #include "camera/CameraDriver.h"
+#include "camera/sim/SimCallLog.h"
+#include "camera/sim/SimFrameRing.h"
 #include "camera/sim/SimImagePipeline.h"
+#include "camera/sim/SimModes.h"
+#include "camera/sim/SimParameters.h"
 #include "camera/sim/SimScene.h"
 #include "common/Clock.h"
 #include "media/AviRecorder.h"
@@ -9,14 +13,12 @@
 #include <QByteArray>
 #include <QSize>
 #include <QStringList>
-#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <random>
 #include <thread>
 
 namespace tavix {
@@ -73,8 +75,8 @@ public:
     static constexpr int kDisconnected = -10;
     static constexpr int kReadOnly = -11;
 
-    static constexpr int kWhiteBalanceMs = 300;
-    static constexpr int kDefaultClockMHz = 48;
+    static constexpr int kWhiteBalanceMs = SimParameters::kWhiteBalanceMs;
+    static constexpr int kDefaultClockMHz = SimParameters::kDefaultClockMHz;
 
     struct Options {
         std::vector<std::int32_t> modes{1, 3, 5, 8};  // resolution indices 0..10
@@ -152,10 +154,11 @@ public:
     int SetParamAutoDef(int cam, int type) override;
     int SetParamOnePush(int cam, int type) override;
 
-    // Ground truth for tests and the user guide.
-    static QSize modeSize(std::int32_t mode);              // 0 x 0 for an unknown mode
-    static double micrometresPerPixel(std::int32_t mode);  // 0 for an unknown mode
-    static double modeFrameRate(std::int32_t mode);        // at 48 MHz
+    // Ground truth for tests and the user guide: 0 x 0 and 0 for an unknown
+    // mode, frame rates at 48 MHz.
+    static QSize modeSize(std::int32_t mode) { return SimModes::size(mode); }
+    static double micrometresPerPixel(std::int32_t mode);
+    static double modeFrameRate(std::int32_t mode) { return SimModes::frameRate(mode); }
     static const SimScene::Geometry& scene() { return SimScene::geometry(); }
 
     // Test hooks.
@@ -176,30 +179,23 @@ public:
     SimLook look() const;
 
 private:
-    struct Param {
-        std::int32_t value = 0;
-        bool autoOn = false;
-    };
-
+    // Records the call and answers its scripted status, if any; `type` is the
+    // parameter type of a parameter call, else -1.
     template <typename... Args>
     std::optional<int> enterLocked(const char* name, int type, Args... args);
+    // The same, then the status of a camera index that is wrong or not open.
+    template <typename... Args>
+    std::optional<int> enterOpenLocked(const char* name, int type, int cam, Args... args);
     bool camOk(int cam) const { return cam >= 0 && cam < faults_.cameraCount; }
     int checkOpenLocked(int cam) const;
-    CamParamRange rangeLocked(int type) const;
-    bool knownType(int type) const;
-    std::int32_t exposureRawLocked() const;
-    int clockMHzLocked() const;
-    double exposureMsLocked() const;
-    double framePeriodMsLocked() const;
     SimLook lookLocked() const;
-    std::array<std::int32_t, 2> whiteBalanceTargetLocked() const;
-    void stepWhiteBalanceLocked();
     void settleWhiteBalanceLocked();
     void stopThread();
     void run();
-    // Renders the next frame into a free buffer (render lock held) and
-    // returns its index.
+    // Renders the next frame into a free slot of the ring (render lock held)
+    // and returns the slot.
     int renderLocked(std::uint64_t sequence);
+    int newestSlot() const;
 
     Options options_;
     std::unique_ptr<SystemClock> ownClock_;
@@ -209,34 +205,27 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     Faults faults_;
-    std::map<int, Param> params_;
     bool initialised_ = false;
     bool open_ = false;
     bool started_ = false;
     bool stopRequested_ = false;
     bool disconnected_ = false;
     bool noise_ = true;
+    SimModes modes_;
     std::int32_t mode_ = 0;
-    std::int32_t autoExposureRaw_ = 0;
-    bool whiteBalanceRunning_ = false;
-    qint64 whiteBalanceStart_ = 0;
+    SimParameters params_;
     FrameSink* sink_ = nullptr;
     std::uint64_t sequence_ = 0;
     std::int32_t goodFrames_ = 0;
     std::int32_t brokenFrames_ = 0;
-    int newest_ = -1;      // ring index of the newest frame
-    int delivering_ = -1;  // ring index the sink is reading
-    bool recordCalls_ = false;
-    QStringList calls_;
+    int newest_ = -1;      // ring slot of the newest frame
+    int delivering_ = -1;  // ring slot the sink is reading
+    SimCallLog calls_;
     std::thread thread_;
 
     // Rendering, guarded by renderMutex_ (taken before mutex_, never after).
     mutable std::mutex renderMutex_;
-    SimImagePipeline pipeline_;
-    std::array<std::vector<uchar>, 3> ring_;
-    std::array<QSize, 3> ringSize_;
-    std::array<std::uint64_t, 3> ringSequence_{};
-    std::mt19937 rng_{2024};
+    SimFrameRing frames_;
 
     // Made by the first recording and kept, so the stream can reach it without a lock.
     std::unique_ptr<AviRecorder> recorder_;
