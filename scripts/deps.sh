@@ -11,7 +11,7 @@ pkgs=(
   libjpeg62-turbo-dev
   xvfb xauth imagemagick x11-apps fonts-dejavu-core
   # The Debian package and its checks; a CJK font and Qt's own Japanese texts (message boxes).
-  dpkg-dev desktop-file-utils appstream librsvg2-bin fonts-noto-cjk qt6-translations-l10n
+  dpkg-dev desktop-file-utils appstream librsvg2-bin lintian man-db groff-base fonts-noto-cjk qt6-translations-l10n
 )
 missing=()
 for p in "${pkgs[@]}"; do

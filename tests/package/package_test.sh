@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Packs the build folder's program as a Debian package, checks its contents,
-# menu entry and metainfo, unpacks it into a scratch root and starts the
-# unpacked program with a fresh data folder, which it must fill from the package.
+# lintian's verdict, the manual page, menu entry and metainfo, unpacks it into a
+# scratch root and starts the unpacked program with a fresh data folder, which it
+# must fill from the package.
 # Usage: package_test.sh BUILD_DIR
 set -euo pipefail
 build=$(realpath "$1")
@@ -22,7 +23,8 @@ for f in ./usr/bin/tavix \
   ./usr/share/icons/hicolor/scalable/apps/org.tavix.Tavix.svg \
   ./usr/share/icons/hicolor/48x48/apps/org.tavix.Tavix.png \
   ./usr/share/icons/hicolor/128x128/apps/org.tavix.Tavix.png \
-  ./usr/share/icons/hicolor/256x256/apps/org.tavix.Tavix.png; do
+  ./usr/share/icons/hicolor/256x256/apps/org.tavix.Tavix.png \
+  ./usr/share/doc/tavix/copyright ./usr/share/doc/tavix/changelog.gz ./usr/share/man/man1/tavix.1.gz; do
   grep -qxF "$f" "$scratch/contents" || fail "the package lacks $f"
 done
 
@@ -35,8 +37,24 @@ done
 [ "$(dpkg-deb -f "$deb" Section)" = science ] || fail "section"
 [ -n "$(dpkg-deb -f "$deb" Maintainer)" ] || fail "maintainer"
 
+# Debian's own checker: no error and no warning (information tags are shown only).
+lintian --display-info "$deb" >"$scratch/lintian.log" 2>&1 || true
+cat "$scratch/lintian.log"
+! grep -q '^[EW]: ' "$scratch/lintian.log" || fail "lintian"
+
 root="$scratch/root"
 dpkg -x "$deb" "$root"
+
+# The manual page renders without a warning, and names every option --help lists.
+page="$root/usr/share/man/man1/tavix.1.gz"
+MANWIDTH=80 MANPAGER=cat man --warnings -l "$page" >"$scratch/man.txt" 2>"$scratch/man.err" ||
+  { cat "$scratch/man.err"; fail "man -l"; }
+[ ! -s "$scratch/man.err" ] || { cat "$scratch/man.err"; fail "the manual page has warnings"; }
+grep -qx "NAME" "$scratch/man.txt" && grep -q "^ *tavix - " "$scratch/man.txt" || fail "the manual page's NAME"
+"$root/usr/bin/tavix" --help >"$scratch/help.txt" || fail "--help"
+for option in $(grep -o -- '--[a-z]*' "$scratch/help.txt" | sort -u); do
+  grep -q -- "$option" "$scratch/man.txt" || fail "the manual page lacks $option"
+done
 desktop-file-validate "$root/usr/share/applications/org.tavix.Tavix.desktop" || fail "desktop-file-validate"
 appstreamcli validate --no-net "$root/usr/share/metainfo/org.tavix.Tavix.metainfo.xml" || fail "appstreamcli validate"
 for size in 48 128 256; do
