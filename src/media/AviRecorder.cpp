@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstring>
 #include <vector>
+#include "media/AviClosing.h"
 #include "media/JpegWriter.h"
 
 namespace tavix {
@@ -377,6 +378,18 @@ void AviRecorder::finish(const QString& failure)
         if (why.isEmpty())
             why = QStringLiteral("the file was removed while it was written");
     } else {
+        if (!failure.isEmpty()) {
+            // The pipeline died before the end of its stream, which writes the
+            // index: the frames on disk get theirs here.
+            const AviClosing::Result closed = AviClosing::close(part);
+            std::lock_guard lock(mutex_);
+            if (closed.ok) {
+                stats_.framesWritten = closed.frames;
+                stats_.seconds = secondsOf(closed.frames);
+            } else {
+                why += QStringLiteral(" (") + closed.error + QLatin1Char(')');
+            }
+        }
         QFile::remove(path);
         if (!QFile::rename(part, path) && why.isEmpty())
             why = QStringLiteral("the file could not be renamed from ") + QDir::toNativeSeparators(part);
