@@ -15,6 +15,20 @@ void HeldFrame::hold(const FrameView& view)
         recorder_->addFrame(view);
 }
 
+void HeldFrame::lose()
+{
+    std::lock_guard guard(mutex_);
+    lost_ = true;
+    if (recorder_)
+        recorder_->stop();
+}
+
+void HeldFrame::found()
+{
+    std::lock_guard guard(mutex_);
+    lost_ = false;
+}
+
 void HeldFrame::setSink(FrameSink* sink)
 {
     std::lock_guard guard(mutex_);
@@ -37,6 +51,8 @@ int HeldFrame::save(const QString& path)
 {
     {
         std::lock_guard guard(mutex_);
+        if (lost_)
+            return kCameraLost;
         if (!view_.bits)
             return kNoFrame;
         const QImage frame(view_.bits, view_.width, view_.height, view_.bytesPerLine, view_.format);
@@ -50,6 +66,8 @@ int HeldFrame::save(const QString& path)
 int HeldFrame::copy(QImage& frame) const
 {
     std::lock_guard guard(mutex_);
+    if (lost_)
+        return kCameraLost;
     if (!view_.bits)
         return kNoFrame;
     if (frame.size() != QSize(view_.width, view_.height) || frame.format() != view_.format)
@@ -63,6 +81,8 @@ int HeldFrame::copy(QImage& frame) const
 int HeldFrame::record(const QString& path, double fps, int seconds)
 {
     std::lock_guard guard(mutex_);
+    if (lost_)
+        return kCameraLost;
     if (!view_.bits)
         return kNoFrame;
     if (!recorder_)

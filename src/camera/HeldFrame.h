@@ -21,6 +21,7 @@ class HeldFrame {
 public:
     static constexpr int kNoFrame = -7;
     static constexpr int kWriteFailed = -8;
+    static constexpr int kCameraLost = -10;
 
     std::unique_lock<std::mutex> lock() const { return std::unique_lock(mutex_); }
 
@@ -29,6 +30,11 @@ public:
     void hold(const FrameView& view);
     // Under lock(): nothing held.
     void clear() { view_ = FrameView{}; }
+    // The camera stopped answering: the frame still held is an old one, so
+    // save() and copy() refuse it, and a running recording ends with the
+    // frames it has. Start() of a camera found again calls found().
+    void lose();
+    void found();
     // Under lock().
     const FrameView& view() const { return view_; }
 
@@ -39,10 +45,10 @@ public:
     // Format_Invalid while nothing is held.
     QImage::Format format() const;
     // A JPEG or bitmap of the held frame, as SaveToFile writes it: 0,
-    // kNoFrame, or kWriteFailed.
+    // kNoFrame, kCameraLost or kWriteFailed.
     int save(const QString& path);
     // Copies the held frame into `frame`, reusing its buffer when it has the
-    // size and format already: 0 or kNoFrame.
+    // size and format already: 0, kNoFrame or kCameraLost.
     int copy(QImage& frame) const;
     // Records from the next frame on, at the held frame's size and pixels and
     // at `fps`: 0, kNoFrame (nothing held yet) or kWriteFailed.
@@ -57,6 +63,7 @@ private:
     mutable std::mutex mutex_;
     FrameSink* sink_ = nullptr;
     FrameView view_;
+    bool lost_ = false;
     QByteArray fileBuffer_;
     std::unique_ptr<AviRecorder> recorder_;  // made by the first recording
     std::atomic<int> quality_{90};

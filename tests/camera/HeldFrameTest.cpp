@@ -1,10 +1,12 @@
 #include "AviProbe.h"
+#include "AviRiff.h"
 #include "TempDir.h"
 #include "camera/HeldFrame.h"
 #include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QThread>
 #include <vector>
 
@@ -187,4 +189,33 @@ TEST(HeldFrame, EndRecording_ClosesTheFileWithWhatItHolds)
     const test::AviProbe probe = test::AviProbe::of(path);
     ASSERT_TRUE(probe.ok) << probe.error.toStdString();
     EXPECT_NEAR(probe.frames, 10, 1);  // a minute was asked for: 600 frames
+}
+
+TEST(HeldFrame, Lost_RefusesTheOldFrame_AndEndsTheRecordingWithACompleteFile_UntilFoundAgain)
+{
+    HeldFrame frame;
+    PaddedFrame pixels(64, 48, QImage::Format_RGB888, 0);
+    holdFrame(frame, pixels.view);
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("lost.avi"));
+    ASSERT_EQ(frame.record(path, 10, 60), 0);
+    holdTenthsApart(frame, pixels.view, 8);
+
+    frame.lose();
+
+    ASSERT_TRUE(recordingEnds(frame));
+    const test::AviRiff riff = test::AviRiff::of(path);
+    ASSERT_TRUE(riff.ok) << riff.error.toStdString();
+    EXPECT_TRUE(riff.indexed());
+    EXPECT_TRUE(riff.countsMatch());
+    EXPECT_NEAR(riff.frames, 8, 1);
+    EXPECT_FALSE(QFile::exists(path + QStringLiteral(".part")));
+    EXPECT_EQ(frame.save(dir.file(QStringLiteral("a.bmp"))), HeldFrame::kCameraLost);
+    EXPECT_FALSE(dir.exists(QStringLiteral("a.bmp")));
+    QImage copy;
+    EXPECT_EQ(frame.copy(copy), HeldFrame::kCameraLost);
+    EXPECT_EQ(frame.record(dir.file(QStringLiteral("b.avi")), 10, 5), HeldFrame::kCameraLost);
+
+    frame.found();
+    EXPECT_EQ(frame.copy(copy), 0);
 }

@@ -105,6 +105,7 @@ int GenICamDriver::Open(int cam)
     }
     openIndex_ = cam;
     lost_ = false;
+    frame_.found();
     lostHandler_ =
         g_signal_connect(arv_camera_get_device(camera_), "control-lost", G_CALLBACK(onControlLost), this);
 
@@ -414,6 +415,8 @@ void GenICamDriver::onControlLost(void* device, void* self)
     if (driver->lost_.exchange(true))
         return;
     driver->started_ = false;
+    // What is held now is the camera's last picture, not a new one.
+    driver->frame_.lose();
     // Aravis's thread may get here while the camera is being closed.
     const int index = driver->openIndex_;
     if (driver->log_ && index >= 0)

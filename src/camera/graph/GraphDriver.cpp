@@ -225,6 +225,7 @@ int GraphDriver::Open(int cam)
     if (!filter_ && !buildTail())
         return kFailed;
     lost_ = false;
+    frame_.found();
     // Ready opens the device, so that the pin offers what the device can do.
     if (gst_element_set_state(file_.graph(), GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) {
         gst_element_set_state(file_.graph(), GST_STATE_NULL);
@@ -342,8 +343,11 @@ int GraphDriver::onBusMessage(GstBus* bus, GstMessage* message, void* self)
         g_clear_error(&error);
         // Only the first error of a stream is the loss; those after it are its echoes.
         const bool streaming = driver->started_.exchange(false);
-        if (streaming)
+        if (streaming) {
             driver->lost_ = true;
+            // What is held now is the camera's last picture, not a new one.
+            driver->frame_.lose();
+        }
         if (driver->log_ && (streaming || !driver->lost_))
             driver->log_((streaming ? QStringLiteral("Error: graph camera lost (")
                                     : QStringLiteral("Error: graph camera (")) +

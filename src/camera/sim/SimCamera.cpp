@@ -301,6 +301,9 @@ SimCamera::FrameFate SimCamera::produceFrame()
         if (faults_.disconnectAfter > 0 && sequence_ >= static_cast<std::uint64_t>(faults_.disconnectAfter)) {
             started_ = false;
             disconnected_ = true;
+            // No more frames: a running recording ends with those it has.
+            if (recorder_)
+                recorder_->stop();
             return FrameFate::Disconnected;
         }
         sequence = ++sequence_;
@@ -399,6 +402,9 @@ int SimCamera::SaveToFile(int cam, const QString& path)
         std::lock_guard lock(mutex_);
         if (auto s = enterOpenLocked("SaveToFile", -1, cam, path))
             return *s;
+        // The newest frame is the last one before the loss: no new picture to give.
+        if (disconnected_)
+            return kDisconnected;
     }
     std::lock_guard save(saveMutex_);
     {
@@ -417,6 +423,8 @@ int SimCamera::GrabFrame(int cam, QImage& frame)
         std::lock_guard lock(mutex_);
         if (auto s = enterOpenLocked("GrabFrame", -1, cam))
             return *s;
+        if (disconnected_)
+            return kDisconnected;
     }
     std::lock_guard render(renderMutex_);
     const int slot = newestSlot();

@@ -143,7 +143,7 @@ TEST_F(GenICamLive, ResolutionChange_StreamsAndFreezesTheNewSize)
     EXPECT_EQ(w->camera().still().size(), QSize(640, 480));
 }
 
-TEST_F(GenICamLive, CameraLostMidStream_IsLogged_AndTheProgramGoesOnWithItsLastFrame)
+TEST_F(GenICamLive, CameraLostMidStream_IsLogged_AndFreezingSaysNoPictureCanBeTaken)
 {
     ASSERT_TRUE(waitForLiveFrames(2));
     w->camera().tmriCube_Timer();
@@ -159,9 +159,16 @@ TEST_F(GenICamLive, CameraLostMidStream_IsLogged_AndTheProgramGoesOnWithItsLastF
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26990));
     EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(26998));
+    // The frame held last is no new picture: a series or a grab gets none either.
+    QImage grabbed;
+    EXPECT_EQ(driver->GrabFrame(w->camera().session().camera(), grabbed), -10);
+    EXPECT_EQ(driver->SaveToFile(w->camera().session().camera(), dir.file(QStringLiteral("next.bmp"))), -10);
+    EXPECT_FALSE(dir.exists(QStringLiteral("next.bmp")));
     freeze();
-    EXPECT_TRUE(w->camera().stillShown());
-    EXPECT_EQ(w->camera().still().size(), QSize(2048, 1536));
+    ASSERT_EQ(prompter.messages.size(), 2u);
+    EXPECT_EQ(prompter.messages[1].text, w->data().messages.text(26999, -10));
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-10)\r\n")))
+        << log().toStdString();
 
     QElapsedTimer timer;
     timer.start();

@@ -97,7 +97,7 @@ TEST_F(GraphLive, SettingsDialog_DisablesTheParametersTheSourceLacks)
     EXPECT_TRUE(prompter.messages.empty());
 }
 
-TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndTheProgramGoesOnWithItsLastFrame)
+TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndFreezingSaysNoPictureCanBeTaken)
 {
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitForLiveFrames(2));
@@ -119,9 +119,16 @@ TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndTheProgramGoesOnWit
     EXPECT_EQ(status(1), frames);
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(26990));
+    // The frame held last is no new picture: a series or a grab gets none either.
+    QImage grabbed;
+    EXPECT_EQ(driver->GrabFrame(w->camera().session().camera(), grabbed), -10);
+    EXPECT_EQ(driver->SaveToFile(w->camera().session().camera(), dir.file(QStringLiteral("next.bmp"))), -10);
+    EXPECT_FALSE(dir.exists(QStringLiteral("next.bmp")));
     freeze();
-    EXPECT_TRUE(w->camera().stillShown());
-    EXPECT_EQ(w->camera().still().size(), QSize(640, 480));
+    ASSERT_EQ(prompter.messages.size(), 2u);
+    EXPECT_EQ(prompter.messages[1].text, w->data().messages.text(26999, -10));
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-10)\r\n")))
+        << log().toStdString();
 
     QElapsedTimer timer;
     timer.start();
