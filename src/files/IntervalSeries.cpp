@@ -36,7 +36,8 @@ IntervalSeries::Step IntervalSeries::saveNext()
     IntervalShot::Job job = plan_.job;
     job.finalFile = finalFile(saved_);
     job.temporaryFile = IntervalSave::seriesFile(plan_.temporaryBase, saved_, QStringLiteral(".bmp"));
-    if (shot_.save(job) != IntervalShot::Outcome::Saved) {
+    // A picture that could not be written is lost, not the series; a failing camera ends it.
+    if (shot_.save(job) == IntervalShot::Outcome::CameraFailed) {
         running_ = false;
         return Step::Failed;
     }

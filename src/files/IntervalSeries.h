@@ -26,7 +26,7 @@ public:
         Waiting,   // nothing was due
         Saved,     // a picture was saved; more follow
         Finished,  // the last picture was saved
-        Failed,    // a picture could not be saved; the series is over
+        Failed,    // the camera failed; the series is over
     };
 
     IntervalSeries(IntervalShot& shot, Clock& clock);

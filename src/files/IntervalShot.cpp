@@ -114,9 +114,9 @@ IntervalShot::Outcome IntervalShot::writeFinal(const QImage& picture, const Job&
     }
     if (error == 0)
         return Outcome::Saved;
+    // The drawing routine's own guard: logged, and the series goes on with the
+    // next picture; the camera is fine.
     log_.write(QStringLiteral("frmMain:IS_DrawCrossLine Error.(%1)").arg(error));
-    prompter_.message({messages_.text(PictureFiles::kMsgPictureNotSaved, job.finalFile),
-                       messages_.text(IntervalSave::kMsgCameraFailedTitle), Prompter::Icon::Exclamation});
     return Outcome::WriteFailed;
 }
 

@@ -43,7 +43,7 @@ public:
     enum class Outcome {
         Saved,
         CameraFailed,  // logged and reported; the caller closes the camera
-        WriteFailed,   // the final file could not be written; logged and reported
+        WriteFailed,   // the final file could not be written; logged, the camera is fine
     };
 
     IntervalShot(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages, Prompter& prompter,

@@ -50,6 +50,7 @@ private:
     Parts parts_;
     DialogRunner runDialog_;
     QTimer tmrRec_;
+    bool inTick_ = false;
     std::unique_ptr<VideoRecording> recording_;
 };
 
