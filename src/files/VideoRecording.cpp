@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
+#include <algorithm>
 #include <cmath>
 
 namespace tavix {
@@ -37,12 +38,14 @@ qint16 VideoRecording::longestLength(double usableGigabytes)
 
 qint16 VideoRecording::parseLength(const QString& text, qint16 longest)
 {
+    // Digits only, as the series dialog takes them: no sign, no point, no blanks inside.
     const QString t = text.trimmed();
-    if (t.isEmpty() || t.contains(QLatin1Char('.')))
+    if (t.isEmpty() || t.size() > 5 || !std::all_of(t.begin(), t.end(), [](QChar c) {
+            return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+        }))
         return 0;
-    bool ok = false;
-    const int value = t.toInt(&ok);
-    return ok && value > 0 && value <= longest ? static_cast<qint16>(value) : 0;
+    const int value = t.toInt();
+    return value > 0 && value <= longest ? static_cast<qint16>(value) : 0;
 }
 
 VideoRecording::VideoRecording(const Settings& settings, const MessageTable& messages, const ErrorLog& log,
@@ -101,19 +104,20 @@ void VideoRecording::start()
     const int status = camera_.driver().SaveAvi(camera_.camera(), fileName_, 0, recordLength_);
     if (status != 0) {
         log_.write(QStringLiteral("Error: ICubeSDK_SaveAvi(%1)").arg(status));
+        // No countdown behind the open report; the next tick after it ends the recording.
+        window_.setTimerRunning(false);
         prompter_.message({messages_.text(kMsgCameraError, status), messages_.text(kMsgCameraErrorTitle),
                            Prompter::Icon::Critical});
         camera_.closeCamera();
+        window_.setTimerRunning(true);
     }
 }
 
 void VideoRecording::tmrRec_Timer()
 {
     --recordLength_;
-    if (recordLength_ >= 0)
-        line_.show(countdownText(), CommentBox::Tint::Recording);
-    else
-        line_.clear();
+    // Below zero the line stays the recording's, blank, until the camera reports the end.
+    line_.show(recordLength_ >= 0 ? countdownText() : QString(), CommentBox::Tint::Recording);
 
     std::int32_t writing = 0;
     if (camera_.driver().GetCamParameter(camera_.camera(), kParamAviWriting, writing) != 0)

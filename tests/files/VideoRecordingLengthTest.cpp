@@ -40,3 +40,11 @@ TEST(VideoRecordingLengthTest, UsableSpace_Is70PercentOfTheFreeBytes_InBinaryGig
 
 }  // namespace
 }  // namespace tavix
+
+TEST(VideoRecordingLengthTest, LengthText_IsDigitsOnly_AsInTheSeriesDialog)
+{
+    EXPECT_EQ(tavix::VideoRecording::parseLength(QStringLiteral(" 900 "), 900), 900);
+    EXPECT_EQ(tavix::VideoRecording::parseLength(QStringLiteral("5"), 900), 5);
+    for (const char* refused : {"+5", "-5", "5.0", "1e2", "5 0", "", "abc", "901", "0"})
+        EXPECT_EQ(tavix::VideoRecording::parseLength(QString::fromLatin1(refused), 900), 0) << refused;
+}

@@ -70,6 +70,12 @@ void IntervalSavePanel::applySettings()
 void IntervalSavePanel::cmdIS_Save_Click()
 {
     runGuarded(data_.log, QStringLiteral("frmMain:cmdIS_Save_Click"), [this] {
+        // Both modes may drop the still's results: the series by going live, a quick save by
+        // what follows it; the user says first.
+        const MessageTable& m = data_.messages;
+        if (results_.unsaved() && !results_.keepResult() &&
+            !prompter_.askYesNo(m(IntervalSave::kMsgResultsQuestion), m(IntervalSave::kMsgResultsTitle)))
+            return;
         if (data_.settings.IS_MODE == IntervalSave::kModeQuick)
             quickSave();
         else
@@ -105,10 +111,6 @@ IntervalShot::Job IntervalSavePanel::baseJob() const
 void IntervalSavePanel::startSeries()
 {
     const MessageTable& m = data_.messages;
-    // The series returns to the live picture, which drops the still's results.
-    if (results_.unsaved() && !results_.keepResult() &&
-        !prompter_.askYesNo(m(IntervalSave::kMsgResultsQuestion), m(IntervalSave::kMsgResultsTitle)))
-        return;
     Prompter::FileRequest request;
     request.title = m(IntervalSave::kMsgFileTitle);
     request.filter = pictureFilter(m(kSaveFilter));
@@ -151,6 +153,11 @@ void IntervalSavePanel::startSeries()
 
 void IntervalSavePanel::tmrIS_Timer()
 {
+    // A report shown by a tick keeps the event loop turning while it is open:
+    // the ticks meanwhile must neither ask the camera again nor stack reports.
+    if (inTick_)
+        return;
+    inTick_ = true;
     runGuarded(data_.log, QStringLiteral("frmMain:tmrIS_Timer"), [this] {
         const IntervalSeries::Step step = series_.tick();
         if (step == IntervalSeries::Step::Failed) {
@@ -161,6 +168,7 @@ void IntervalSavePanel::tmrIS_Timer()
         if (step == IntervalSeries::Step::Finished)
             endSeries(true);
     });
+    inTick_ = false;
 }
 
 void IntervalSavePanel::stopSeries()

@@ -1,4 +1,5 @@
 #include "EventLoopWatch.h"
+#include "NestedLoopPrompter.h"
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
@@ -23,6 +24,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 using namespace tavix;
@@ -295,6 +297,139 @@ TEST_F(IntervalSaveWindow, CameraFailure_IsReported_ClosesTheCamera_AndEndsTheSe
     expectSeriesEnded();
 }
 
+TEST_F(IntervalSaveWindow, CameraLostMidSeries_EndsTheSeriesWith30011_AndNoPictureRepeatsTheOneBefore)
+{
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("5"));
+    click("cmdIS_Save");
+    clock.advance(1000);  // the scene moves on with the clock
+    ASSERT_TRUE(waitForLiveFrame());
+    tickAfter(2000);
+    ASSERT_TRUE(QFileInfo::exists(seriesFile("cell_002.bmp")));
+
+    SimCamera::Faults faults = sim->faults();
+    faults.disconnectAfter = 1;
+    sim->setFaults(faults);
+    // Without turning the event loop: the status timer's report of the loss comes later.
+    QElapsedTimer timer;
+    timer.start();
+    while (!sim->connectionLost(0) && timer.elapsed() < 10000)
+        QThread::msleep(5);
+    ASSERT_TRUE(sim->connectionLost(0));
+    tickAfter(3000);
+
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_003.bmp"))) << "the last frame again under a new number";
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-10)\r\n")))
+        << log().toStdString();
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));
+    EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
+    expectSeriesEnded();
+    EXPECT_NE(sim->IsOpen(0), 0) << "the camera is closed";
+    EXPECT_NE(QImage(seriesFile("cell_001.bmp")), QImage(seriesFile("cell_002.bmp")));
+}
+
+TEST_F(IntervalSaveWindow, CrossLinePictureThatCannotBeWritten_IsLogged_AndTheSeriesGoesOn)
+{
+    QTest::mouseClick(find<QCheckBox>("chkCross"), Qt::LeftButton, {}, QPoint(8, 10));
+    QTest::mouseClick(w->camera().cameraView(), Qt::LeftButton, {}, QPoint(100, 80));
+    prompter.fileNames.push_back(seriesFile("cell.bmp"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("3"));
+    click("cmdIS_Save");
+    ASSERT_TRUE(QFileInfo::exists(seriesFile("cell_001.bmp")));
+    // The second picture's name is taken by a folder: it cannot be written.
+    ASSERT_TRUE(QDir().mkpath(seriesFile("cell_002.bmp")));
+    tickAfter(3000);
+    EXPECT_TRUE(log().contains(QStringLiteral(" frmMain:IS_DrawCrossLine Error.("))) << log().toStdString();
+    EXPECT_TRUE(prompter.messages.empty());
+    expectSeriesRunning();
+    EXPECT_EQ(sim->IsOpen(0), 0) << "the camera stays open";
+    tickAfter(3000);
+    EXPECT_TRUE(QFileInfo::exists(seriesFile("cell_003.bmp")));
+    expectDoneMessage();
+    expectSeriesEnded();
+}
+
+TEST_F(IntervalSaveWindow, WindowClosedMidSeries_StopsSavingAndLeavesThePicturesSaved)
+{
+    prompter.fileNames.push_back(seriesFile("cell.jpg"));
+    answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("5"));
+    click("cmdIS_Save");
+    tickAfter(3000);
+    expectSeriesRunning();
+    prompter.answers.push_back(Prompter::Answer::Yes);  // leave the program
+    EXPECT_TRUE(w->close());
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(20110));
+    w.reset();
+    EXPECT_EQ(QImage(seriesFile("cell_001.jpg")).size(), QSize(1280, 1024));
+    EXPECT_EQ(QImage(seriesFile("cell_002.jpg")).size(), QSize(1280, 1024));
+    EXPECT_FALSE(QFileInfo::exists(seriesFile("cell_003.jpg")));
+}
+
+namespace {
+
+// The series window whose message boxes stay open, as real ones do, for a
+// quarter of a minute on the series' clock.
+class SeriesBehindABox : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        test::copyShippedData(dir);
+        QDir(dir.path()).mkpath(QStringLiteral("series"));
+        auto factory = [this](AppData&) {
+            auto camera = std::make_unique<SimCamera>();
+            sim = camera.get();
+            return std::unique_ptr<CameraDriver>(std::move(camera));
+        };
+        w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
+        ASSERT_TRUE(w->Form_Load());
+        w->show();
+    }
+
+    TempDir dir;
+    ManualClock clock;
+    test::NestedLoopPrompter prompter{clock, 15000, 100};
+    SimCamera* sim = nullptr;
+    std::unique_ptr<frmMain> w;
+};
+
+}  // namespace
+
+TEST_F(SeriesBehindABox, FailureBoxOpenAcrossFiveIntervals_AsksTheCameraOnce_AndShowsOneBox)
+{
+    prompter.fileNames.push_back(dir.file(QStringLiteral("series/cell.bmp")));
+    w->intervalSave().setDialogRunner([](QDialog& d) {
+        d.findChild<QLineEdit*>(QStringLiteral("txtIntervalTime(0)"))->setText(QStringLiteral("0"));
+        d.findChild<QLineEdit*>(QStringLiteral("txtIntervalTime(1)"))->setText(QStringLiteral("3"));
+        d.findChild<QLineEdit*>(QStringLiteral("txtNumberOfImages"))->setText(QStringLiteral("20"));
+        QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
+        return d.result();
+    });
+    QTest::mouseClick(w->findChild<QPushButton*>(QStringLiteral("cmdIS_Save")), Qt::LeftButton);
+    ASSERT_TRUE(w->intervalSave().seriesRunning());
+    sim->failCall(QStringLiteral("SaveToFile"), -8);
+    sim->setRecordCalls(true);
+    prompter.answers.push_back(Prompter::Answer::Ok);
+
+    // The timer itself finds the next picture due; the box then stays open
+    // for five intervals while tmrIS goes on firing.
+    clock.advance(3000);
+    QElapsedTimer timer;
+    timer.start();
+    while (prompter.messages.empty() && timer.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    QTest::qWait(2 * IntervalSavePanel::kTimerPeriodMs);
+
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));
+    EXPECT_EQ(prompter.deepest, 1);
+    EXPECT_EQ(sim->calls().filter(QStringLiteral("SaveToFile(")).size(), 1)
+        << sim->calls().join(' ').toStdString();
+    EXPECT_FALSE(w->intervalSave().seriesRunning());
+    EXPECT_FALSE(w->intervalSave().timer().isActive());
+}
+
 // --- quick save ---
 
 TEST_F(IntervalSaveWindow, QuickSave_After0005_Writes0006)
@@ -312,6 +447,24 @@ TEST_F(IntervalSaveWindow, QuickSave_After0005_Writes0006)
     EXPECT_TRUE(prompter.fileRequests.empty());
     click("cmdIS_Save");
     EXPECT_TRUE(dir.exists(QStringLiteral("quick/0007.jpg")));
+}
+
+TEST_F(IntervalSaveWindow, QuickSave_WithUnsavedResults_AsksFirst_AndNoSavesNothing)
+{
+    w->data().settings.IS_MODE = 1;
+    w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("quick"));
+    ASSERT_TRUE(w->measure().results().addResult(QStringLiteral("Distance"), 1.5, QStringLiteral("mm")) > 0);
+    prompter.answers.push_back(Prompter::Answer::No);
+    click("cmdIS_Save");
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(20030));
+    EXPECT_EQ(prompter.messages[0].defaultAnswer, Prompter::Answer::No);
+    EXPECT_FALSE(dir.exists(QStringLiteral("quick/0001.jpg")));
+
+    prompter.answers.push_back(Prompter::Answer::Yes);
+    click("cmdIS_Save");
+    EXPECT_EQ(prompter.messages.size(), 2u);
+    EXPECT_TRUE(dir.exists(QStringLiteral("quick/0001.jpg")));
 }
 
 TEST_F(IntervalSaveWindow, QuickSave_IntoAnEmptyFolder_Writes0001)

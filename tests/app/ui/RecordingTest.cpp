@@ -10,6 +10,7 @@
 #include "media/AviRecorder.h"
 
 #include "AviProbe.h"
+#include "AviRiff.h"
 #include "EventLoopWatch.h"
 #include "ScriptedPrompter.h"
 #include "TempDir.h"
@@ -270,13 +271,15 @@ TEST_F(Recording, CameraStillWriting_AfterTheCountdown_LeavesTheLineBlankAndTheB
     SimCamera::Options options;
     options.threaded = false;
     start(options, &simClock);
+    find<QLineEdit>("txtComment(0)")->setText(QStringLiteral("my comment"));
     typed = QStringLiteral("1");
     saveAs(QStringLiteral("slow.avi"));
     clickPlayStop();
     w->recording().tmrRec().stop();  // stepped by hand
     for (int tick = 0; tick < 3; ++tick)
         w->recording().tmrRec_Timer();
-    EXPECT_TRUE(line().isEmpty());
+    EXPECT_TRUE(line().isEmpty()) << "not the user's comment back";
+    EXPECT_TRUE(find<QLineEdit>("txtComment(0)")->isReadOnly());
     EXPECT_FALSE(playStop()->isEnabled());
     EXPECT_FALSE(shown(VideoRecording::kMsgEnded));
 
@@ -380,6 +383,64 @@ TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds
     EXPECT_TRUE(shown(VideoRecording::kMsgEnded));
     EXPECT_TRUE(playStop()->isEnabled());
     EXPECT_EQ(line(), message(VideoRecording::kMsgCountdown, 2));
+}
+
+TEST_F(Recording, CameraLostMidRecording_EndsIt_GivesTheButtonBack_AndFinishesTheFile)
+{
+    start();
+    typed = QStringLiteral("20");
+    saveAs(QStringLiteral("lost.avi"));
+    std::int32_t made = 0;
+    sim->GetGoodFrames(0, made);
+    SimCamera::Faults faults = sim->faults();
+    faults.disconnectAfter = made + 60;  // frames count from the start of the stream
+    sim->setFaults(faults);
+    clickPlayStop();
+    ASSERT_TRUE(waitFor([this] { return shown(VideoRecording::kMsgEnded); }, 20000));
+    EXPECT_TRUE(playStop()->isEnabled());
+    EXPECT_FALSE(w->recording().tmrRec().isActive());
+    std::int32_t writing = 1;
+    sim->GetCamParameter(0, VideoRecording::kParamAviWriting, writing);
+    EXPECT_EQ(writing, 0);
+    const QString path = dir.file(QStringLiteral("lost.avi"));
+    EXPECT_FALSE(QFile::exists(AviRecorder::partName(path)));
+    RecordingStats stats;
+    ASSERT_TRUE(sim->recordingStats(0, stats));
+    const test::AviRiff riff = test::AviRiff::of(path);
+    ASSERT_TRUE(riff.ok) << riff.error.toStdString();
+    EXPECT_TRUE(riff.indexed());
+    EXPECT_TRUE(riff.countsMatch());
+    EXPECT_EQ(riff.frames, stats.framesWritten);
+    EXPECT_GT(riff.frames, 10);
+    EXPECT_LT(riff.frames, 20 * 90);
+    EXPECT_TRUE(AviProbe::of(path).ok);
+    clickPlayStop();
+    EXPECT_EQ(w->camera().runState(), CameraPanel::kNormal);
+}
+
+TEST_F(Recording, WindowClosedMidRecording_FinishesTheFile)
+{
+    start();
+    typed = QStringLiteral("20");
+    saveAs(QStringLiteral("closed.avi"));
+    clickPlayStop();
+    ASSERT_TRUE(waitFor(
+        [this] {
+            RecordingStats stats;
+            return sim->recordingStats(0, stats) && stats.framesWritten > 20;
+        },
+        20000));
+    prompter.answers.push_back(Prompter::Answer::Yes);  // leave the program
+    EXPECT_TRUE(w->close());
+    w.reset();
+    const QString path = dir.file(QStringLiteral("closed.avi"));
+    EXPECT_FALSE(QFile::exists(AviRecorder::partName(path)));
+    const test::AviRiff riff = test::AviRiff::of(path);
+    ASSERT_TRUE(riff.ok) << riff.error.toStdString();
+    EXPECT_TRUE(riff.indexed());
+    EXPECT_TRUE(riff.countsMatch());
+    EXPECT_GT(riff.frames, 20);
+    EXPECT_TRUE(AviProbe::of(path).ok);
 }
 
 }  // namespace
