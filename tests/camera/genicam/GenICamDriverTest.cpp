@@ -1,10 +1,12 @@
 #include "AviProbe.h"
 #include "TempDir.h"
+#include "camera/HeldFrame.h"
 #include "camera/genicam/GenICamDriver.h"
 #include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QImage>
 #include <QMutex>
 #include <QThread>
@@ -315,7 +317,7 @@ TEST_F(GenICamDriverTest, FrameRateParameter_SetsTheRateFramesArriveAt)
     EXPECT_NEAR(fast, 40, 8);
 }
 
-TEST_F(GenICamDriverTest, ControlLost_IsLogged_EndsTheStream_AndKeepsTheNewestFrame)
+TEST_F(GenICamDriverTest, ControlLost_IsLogged_EndsTheStream_AndTheOldFrameIsNoNewPicture)
 {
     ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
     ASSERT_TRUE(waitFrames(2));
@@ -329,7 +331,11 @@ TEST_F(GenICamDriverTest, ControlLost_IsLogged_EndsTheStream_AndKeepsTheNewestFr
     QThread::msleep(300);
     EXPECT_EQ(sink.frames(), after);
     TempDir dir;
-    EXPECT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("last.bmp"))), 0);
+    // The frame still held is from before the loss: no save or grab passes it off as new.
+    EXPECT_EQ(driver.SaveToFile(0, dir.file(QStringLiteral("last.bmp"))), HeldFrame::kCameraLost);
+    EXPECT_FALSE(QFile::exists(dir.file(QStringLiteral("last.bmp"))));
+    QImage grabbed;
+    EXPECT_EQ(driver.GrabFrame(0, grabbed), HeldFrame::kCameraLost);
     EXPECT_EQ(driver.Start(0, 0, &sink, -1, 0), GenICamDriver::kDisconnected);
     g_signal_emit_by_name(device(), "control-lost");
     EXPECT_EQ(logged.size(), 1);  // once

@@ -1,10 +1,12 @@
 #include "AviProbe.h"
 #include "TempDir.h"
+#include "camera/HeldFrame.h"
 #include "camera/graph/GraphDriver.h"
 #include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMutex>
 #include <QThread>
 
@@ -226,7 +228,7 @@ TEST_F(GraphDriverTest, ASourceWithoutDeviceControls_ReportsEveryParameterNotEna
     EXPECT_EQ(avi.enabled, 1);
 }
 
-TEST_F(GraphDriverTest, AnErrorOnTheBusMidStream_IsLoggedWithGStreamersText_AndTheNewestFrameStays)
+TEST_F(GraphDriverTest, AnErrorOnTheBusMidStream_IsLoggedWithGStreamersText_AndTheOldFrameIsNoNewPicture)
 {
     ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
     ASSERT_TRUE(waitFrames(2));
@@ -244,7 +246,11 @@ TEST_F(GraphDriverTest, AnErrorOnTheBusMidStream_IsLoggedWithGStreamersText_AndT
     const int after = sink.frames();
     QThread::msleep(300);
     EXPECT_EQ(sink.frames(), after);
-    EXPECT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("last.bmp"))), 0);
+    // The frame still held is from before the loss: no save or grab passes it off as new.
+    EXPECT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("last.bmp"))), HeldFrame::kCameraLost);
+    EXPECT_FALSE(QFile::exists(dir.file(QStringLiteral("last.bmp"))));
+    QImage grabbed;
+    EXPECT_EQ(driver->GrabFrame(0, grabbed), HeldFrame::kCameraLost);
     EXPECT_EQ(driver->Start(0, 0, &sink, -1, 0), GraphDriver::kDisconnected);
 
     QElapsedTimer t;
