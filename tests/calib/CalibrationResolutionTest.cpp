@@ -44,6 +44,13 @@ protected:
         prompter.inputs.push_back(QString::fromLatin1(length));
         controller.finishMarking(pixels, 1.0);
     }
+    // The dialog opened on the entry made at `made`, at the picture `now`.
+    void openAt(const PictureGeometry& made, const PictureGeometry& now)
+    {
+        sizes.set(3, made);
+        picture = now;
+        controller.startProcedure();
+    }
     void save()
     {
         ASSERT_EQ(controller.save(QStringLiteral("x10"), QStringLiteral("MIC"), false), SaveResult::Saved);
@@ -224,9 +231,7 @@ const QSize k2048(2048, 1536);
 
 TEST_F(CalibrationResolution, MarkedAtAKnownGeometry_OkStoresIt)
 {
-    sizes.set(3, QSize());
-    picture = fake(k1024, 2);
-    controller.startProcedure();
+    openAt(QSize(), fake(k1024, 2));
     markX(400, "1000");
     EXPECT_EQ(controller.bufferGeometry(false), PictureGeometry(k1024));  // y still from before
     mark(CalibrationAxis::Y, 400, "1000");
@@ -238,9 +243,7 @@ TEST_F(CalibrationResolution, MarkedAtAKnownGeometry_OkStoresIt)
 
 TEST_F(CalibrationResolution, OneFactorForBothAxes_MarkedAtAKnownGeometry_IsWhole)
 {
-    sizes.set(3, QSize());
-    picture = fake(k1024, 2);
-    controller.startProcedure();
+    openAt(QSize(), fake(k1024, 2));
     markX(400, "1000");
     ASSERT_EQ(controller.save(QStringLiteral("x10"), QStringLiteral("MIC"), true), SaveResult::Saved);
     EXPECT_EQ(readSide().geometry(3), picture);
@@ -248,9 +251,7 @@ TEST_F(CalibrationResolution, OneFactorForBothAxes_MarkedAtAKnownGeometry_IsWhol
 
 TEST_F(CalibrationResolution, KnownGeometry_RescaledByTheSensor_OkStoresThePicturesGeometry)
 {
-    sizes.set(3, fake(k2048, 1));
-    picture = fake(k1024, 2);
-    controller.startProcedure();
+    openAt(fake(k2048, 1), fake(k1024, 2));
     EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 2.025);
     EXPECT_FALSE(controller.resolutionGuessed());
     EXPECT_TRUE(controller.resolutionText().startsWith(
@@ -261,9 +262,7 @@ TEST_F(CalibrationResolution, KnownGeometry_RescaledByTheSensor_OkStoresThePictu
 
 TEST_F(CalibrationResolution, KnownGeometry_ACrop_KeepsTheFactors_AndSaysWhy)
 {
-    sizes.set(3, fake(k2048, 1));
-    picture = fake(k1280, 1);
-    controller.startProcedure();
+    openAt(fake(k2048, 1), fake(k1280, 1));
     EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 1.0125);
     EXPECT_TRUE(controller.resolutionText().startsWith(messages.text(24034).arg(
         QStringLiteral("x10"), QStringLiteral("2048x1536"), QStringLiteral("1280x1024"))));
@@ -299,9 +298,7 @@ TEST_F(CalibrationResolution, Guess_MarkedAgain_OneAxisLeavesAGuess_BothMakeACal
 // A camera other than the one the entry was made with: its geometry does not count.
 TEST_F(CalibrationResolution, AnotherCamera_IsAGuess)
 {
-    sizes.set(3, fake(k2048, 1, "genicam/Other-Camera-7"));
-    picture = fake(k1280, 1);
-    controller.startProcedure();
+    openAt(fake(k2048, 1, "genicam/Other-Camera-7"), fake(k1280, 1));
     EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 1.0125 * 2048 / 1280);
     EXPECT_TRUE(controller.resolutionGuessed());
 }
