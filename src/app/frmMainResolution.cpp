@@ -3,6 +3,7 @@
 #include "app/frmMain.h"
 
 #include "calib/CalibrationController.h"
+#include "calib/ProofRescale.h"
 #include "calib/ui/OverlayPanel.h"
 #include "camera/ui/CameraPanel.h"
 #include "files/ui/PicturePanel.h"
@@ -27,14 +28,19 @@ void frmMain::connectProofResolution()
 
 void frmMain::refreshPictureSize()
 {
-    data_.pictureSize = camera_->stillShown() ? camera_->still().size() : camera_->modeSize();
+    data_.picture = camera_->pictureGeometry();
     if (!sbrProofNote_)
         return;  // still starting: the note comes with the rest of the window
     const int index = data_.settings.CURRENTPROOFNO;
-    const QString note = CalibrationController::rescaleNote(data_.messages, data_.proofs.at(index).Name,
-                                                            data_.proofSizes.at(index), data_.pictureSize);
+    const PictureGeometry& made = data_.proofSizes.geometry(index);
+    const QString note =
+        CalibrationController::rescaleNote(data_.messages, data_.proofs.at(index).Name, made, data_.picture);
     sbrProofNote_->setText(note);
     sbrProofNote_->setVisible(!note.isEmpty());
+    // A rescale by guess must not read like one the camera vouches for.
+    const bool guess = !ProofRescale::rescale(made, data_.picture).trusted();
+    sbrProofNote_->setProperty("guess", guess);
+    sbrProofNote_->setStyleSheet(guess ? QStringLiteral("color: #b00000; font-weight: bold;") : QString());
     // The scale bar shows the factors for this picture.
     overlays_->layoutChanged();
 }

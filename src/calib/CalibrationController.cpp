@@ -52,26 +52,58 @@ void CalibrationController::bindResolutions(Resolutions resolutions)
     resolutions_ = std::move(resolutions);
 }
 
-QString CalibrationController::rescaleNote(const MessageTable& messages, const QString& name, QSize madeAt,
-                                           QSize picture)
+QString CalibrationController::rescaleNote(const MessageTable& messages, const QString& name,
+                                           const PictureGeometry& madeAt, const PictureGeometry& picture)
 {
-    if (!ProofRescale::applies(madeAt, picture))
-        return {};
+    int id = RescaledNote;
+    switch (ProofRescale::rescale(madeAt, picture).kind) {
+        case ProofRescale::Kind::AsStored:
+            return {};
+        case ProofRescale::Kind::BySensor:
+            break;
+        case ProofRescale::Kind::SamePixels:
+            id = SamePixelsNote;
+            break;
+        case ProofRescale::Kind::ByWidth:
+            id = ByWidthNote;
+            break;
+        case ProofRescale::Kind::ByWidthOtherShape:
+            id = ByWidthOtherShapeNote;
+            break;
+    }
     // Three values: numbered, so that a translation may put them in its own order.
-    return messages.text(RescaledNote)
-        .arg(name, ProofRescale::sizeText(madeAt), ProofRescale::sizeText(picture));
+    return messages.text(id).arg(name, ProofRescale::sizeText(madeAt.size),
+                                 ProofRescale::sizeText(picture.size));
 }
 
 QString CalibrationController::resolutionText() const
 {
     if (!resolutions_.sizes)
         return {};
-    if (rescaledFrom_.isValid())
-        return rescaleNote(messages_, buffer_.Name, rescaledFrom_, bufferSize_) + QLatin1Char('\n') +
-               messages_.text(OkStoresRescaled, ProofRescale::sizeText(bufferSize_));
-    if (bufferSize_.isValid())
-        return messages_.text(MadeAtNote, ProofRescale::sizeText(bufferSize_));
+    if (rescaledFrom_)
+        return rescaleNote(messages_, buffer_.Name, *rescaledFrom_, rescaledTo_) + QLatin1Char('\n') +
+               messages_.text(OkStoresRescaled, ProofRescale::sizeText(bufferMade_.size));
+    if (bufferMade_.size.isValid())
+        return messages_.text(MadeAtNote, ProofRescale::sizeText(bufferMade_.size));
     return messages_.text(MadeAtUnknown);
+}
+
+bool CalibrationController::resolutionGuessed() const
+{
+    return resolutions_.sizes && rescaledFrom_ &&
+           !ProofRescale::rescale(*rescaledFrom_, rescaledTo_).trusted();
+}
+
+PictureGeometry CalibrationController::bufferGeometry(bool yFollowsX) const
+{
+    const bool x = xTrusted_ || buffer_.XFactor == 0;
+    const bool y = yFollowsX ? x : yTrusted_ || buffer_.YFactor == 0;
+    return x && y ? bufferMade_ : PictureGeometry(bufferMade_.size);
+}
+
+PictureGeometry CalibrationController::currentPicture() const
+{
+    return resolutions_.picture ? resolutions_.picture() : PictureGeometry();
 }
 
 CalibrationController::Selection CalibrationController::selectEntry(int index)
@@ -118,16 +150,20 @@ bool CalibrationController::startProcedure()
         !prompter_.askYesNo(messages_.text(CalibrateQuestion), messages_.text(CalibrateTitle)))
         return false;
     buffer_ = currentEntry();
-    bufferSize_ = QSize();
-    rescaledFrom_ = QSize();
+    bufferMade_ = PictureGeometry();
+    rescaledFrom_.reset();
+    xTrusted_ = yTrusted_ = false;
     if (resolutions_.sizes) {
         // The dialog shows the factors in use; OK keeps them for this picture's resolution.
-        bufferSize_ = resolutions_.sizes->at(settings_.CURRENTPROOFNO);
-        const QSize picture = resolutions_.picture ? resolutions_.picture() : QSize();
-        if (ProofRescale::applies(bufferSize_, picture)) {
-            buffer_ = ProofRescale::toPicture(buffer_, bufferSize_, picture);
-            rescaledFrom_ = bufferSize_;
-            bufferSize_ = picture;
+        bufferMade_ = resolutions_.sizes->geometry(settings_.CURRENTPROOFNO);
+        const PictureGeometry picture = currentPicture();
+        const ProofRescale::Rescale carry = ProofRescale::rescale(bufferMade_, picture);
+        xTrusted_ = yTrusted_ = bufferMade_.mode && carry.trusted();
+        if (carry.kind != ProofRescale::Kind::AsStored) {
+            buffer_ = ProofRescale::toPicture(buffer_, bufferMade_, picture);
+            rescaledFrom_ = bufferMade_;
+            rescaledTo_ = picture;
+            bufferMade_ = picture;
         }
     }
     pointMode_ = -1;
@@ -168,8 +204,7 @@ CalibrationController::MarkingResult CalibrationController::finishMarking(double
     if (!value)
         return {};
     try {
-        applyLength(tool->axis, *value, pixelDistance, magnification,
-                    resolutions_.picture ? resolutions_.picture() : QSize());
+        applyLength(tool->axis, *value, pixelDistance, magnification, currentPicture().size);
     } catch (const RunError& error) {
         return {Marking::Stored, error.number()};
     }
@@ -185,11 +220,17 @@ void CalibrationController::applyLength(CalibrationAxis axis, double value, doub
                                         double magnification, QSize picture)
 {
     if (resolutions_.sizes && !picture.isEmpty()) {
-        buffer_ = ProofRescale::toPicture(buffer_, bufferSize_, picture);
-        bufferSize_ = picture;
-        rescaledFrom_ = QSize();
+        PictureGeometry at = currentPicture();
+        if (at.size != picture)
+            at = PictureGeometry(picture);  // not the picture measured at now: its geometry is not known
+        if (!ProofRescale::rescale(bufferMade_, at).trusted())
+            xTrusted_ = yTrusted_ = false;
+        buffer_ = ProofRescale::toPicture(buffer_, bufferMade_, at);
+        bufferMade_ = at;
+        rescaledFrom_.reset();
     }
     applyTrueLength(buffer_, axis, value, pixelDistance, magnification);
+    (axis == CalibrationAxis::X ? xTrusted_ : yTrusted_) = true;
 }
 
 CalibrationPointMode CalibrationController::dialogPointMode() const
@@ -230,7 +271,7 @@ CalibrationController::SaveResult CalibrationController::save(const QString& nam
         return SaveResult::WriteFailed;
     }
     if (resolutions_.sizes) {
-        resolutions_.sizes->set(settings_.CURRENTPROOFNO, bufferSize_);
+        resolutions_.sizes->set(settings_.CURRENTPROOFNO, bufferGeometry(axisOption));
         // The calibration itself is saved; without this file it is used as stored.
         if (const int error = resolutions_.sizes->write(resolutions_.path); error != 0 && resolutions_.log)
             resolutions_.log->write(QStringLiteral("Proof Resolution File Write Error.(%1)").arg(error));

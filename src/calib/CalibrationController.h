@@ -2,6 +2,7 @@
 
 #include "calib/CalibrationMath.h"
 #include "calib/ProofEntry.h"
+#include "calib/ProofRescale.h"
 
 #include <QSize>
 #include <QString>
@@ -42,6 +43,11 @@ public:
     static constexpr int MadeAtNote = 24031;        // "@" = the resolution
     static constexpr int MadeAtUnknown = 24032;     // made before resolutions were kept
     static constexpr int OkStoresRescaled = 24033;  // "@" = the picture's resolution
+    // As RescaledNote, for the other ways of carrying an entry to a picture
+    // (ProofRescale::Kind): the same pixel size, and the two guesses by width.
+    static constexpr int SamePixelsNote = 24034;
+    static constexpr int ByWidthNote = 24035;
+    static constexpr int ByWidthOtherShapeNote = 24036;
 
     // The result table's clear mode for results that no longer fit the calibration:
     // the current picture's rows go, results kept from earlier pictures stay.
@@ -51,23 +57,25 @@ public:
                           Prompter& prompter, ResultTableState& results, ScaleBarSwitch& scaleBar,
                           QString proofFilePath);
 
-    // Binds the entries to the resolutions they were made at. The dialog then
+    // Binds the entries to the pictures they were made at. The dialog then
     // works on the selected entry's factors for the picture measured at now; a
-    // factor measured takes that picture's resolution; OK keeps the buffer's
-    // resolution in the file beside the calibration file. Unbound, factors are
-    // used and stored as they are.
+    // factor measured takes that picture's resolution and geometry; OK keeps
+    // them in the file beside the calibration file (the geometry only when
+    // no factor in the buffer was carried there by a guess). Unbound, factors
+    // are used and stored as they are.
     struct Resolutions {
         ProofResolutions* sizes = nullptr;
-        QString path;                    // the file beside the calibration file
-        std::function<QSize()> picture;  // the resolution measured at now
-        const ErrorLog* log = nullptr;   // for a failed write of that file
+        QString path;                              // the file beside the calibration file
+        std::function<PictureGeometry()> picture;  // the picture measured at now
+        const ErrorLog* log = nullptr;             // for a failed write of that file
     };
     void bindResolutions(Resolutions resolutions);
 
-    // The status bar's note while an entry made at `madeAt` is used on a
-    // picture of another width; empty when its factors are used as stored.
-    static QString rescaleNote(const MessageTable& messages, const QString& name, QSize madeAt,
-                               QSize picture);
+    // The status bar's note while an entry made at `madeAt` is used on
+    // another picture; empty when its factors are used as stored. A note on a
+    // guess (not ProofRescale::Rescale::trusted) asks to calibrate again.
+    static QString rescaleNote(const MessageTable& messages, const QString& name,
+                               const PictureGeometry& madeAt, const PictureGeometry& picture);
 
     // --- the selection list ---
 
@@ -130,7 +138,8 @@ public:
 
     // A true length over a distance measured on a picture of `picture` size
     // (a marking, or "From scale"): the buffer's other factor is first brought
-    // to that resolution, so both factors belong to one resolution.
+    // to that picture, so both factors belong to one resolution. The picture
+    // is the one measured at now when it has that size.
     void applyLength(CalibrationAxis axis, double value, double pixelDistance, double magnification,
                      QSize picture);
 
@@ -146,9 +155,15 @@ public:
     bool takingValue() const { return CalibrationMath::isPending(request_); }
     bool dialogAccepted() const { return accepted_; }
     // The resolution the buffer's factors belong to; invalid when not known.
-    QSize bufferResolution() const { return bufferSize_; }
+    QSize bufferResolution() const { return bufferMade_.size; }
+    // What OK stores for the buffer: its resolution, with the geometry when
+    // no factor of it was carried there by a guess (with `yFollowsX`, the y
+    // factor is the x factor).
+    PictureGeometry bufferGeometry(bool yFollowsX) const;
     // What the dialog says about it: made at, not known, or rescaled for this picture.
     QString resolutionText() const;
+    // True while that text tells of factors rescaled by a guess.
+    bool resolutionGuessed() const;
 
     // The point mode the dialog selects when it opens.
     CalibrationPointMode dialogPointMode() const;
@@ -181,6 +196,7 @@ public:
 
 private:
     void showError(int messageId, int titleId, const QVariant& value = QVariant()) const;
+    PictureGeometry currentPicture() const;
 
     ProofTable& table_;
     Settings& settings_;
@@ -192,8 +208,13 @@ private:
 
     Resolutions resolutions_;
     ProofEntry buffer_;
-    QSize bufferSize_;
-    QSize rescaledFrom_;  // valid while the buffer holds a stored entry's rescaled factors
+    PictureGeometry bufferMade_;
+    // Per axis: the factor rests on the camera's geometry, not on a guess by width.
+    bool xTrusted_ = false;
+    bool yTrusted_ = false;
+    // While the buffer holds a stored entry's rescaled factors: made at, and rescaled to.
+    std::optional<PictureGeometry> rescaledFrom_;
+    PictureGeometry rescaledTo_;
     qint16 pointMode_ = -1;
     qint16 request_ = CalibrationMath::NoRequest;
     bool accepted_ = false;

@@ -9,25 +9,50 @@ bool known(QSize size)
     return size.isValid() && !size.isEmpty();
 }
 
+bool knownPixels(const PictureGeometry& g)
+{
+    return g.mode && g.mode->pixelSize > 0;
+}
+
 }  // namespace
 
-bool applies(QSize madeAt, QSize picture)
+Rescale rescale(const PictureGeometry& madeAt, const PictureGeometry& picture)
 {
-    return known(madeAt) && known(picture) && madeAt.width() != picture.width();
+    if (!known(madeAt.size) || !known(picture.size))
+        return {};
+    // Another camera's pixels say nothing about this one's.
+    const bool sameCamera = !madeAt.camera.isEmpty() && madeAt.camera == picture.camera;
+    if (sameCamera && knownPixels(madeAt) && knownPixels(picture)) {
+        const double r = picture.mode->pixelSize / madeAt.mode->pixelSize;
+        if (r != 1.0)
+            return {Kind::BySensor, r};
+        return {madeAt.size == picture.size ? Kind::AsStored : Kind::SamePixels, 1.0};
+    }
+    if (madeAt.size == picture.size)
+        return {};
+    const double r = static_cast<double>(madeAt.size.width()) / picture.size.width();
+    const bool sameShape = static_cast<qint64>(madeAt.size.width()) * picture.size.height() ==
+                           static_cast<qint64>(picture.size.width()) * madeAt.size.height();
+    return {sameShape ? Kind::ByWidth : Kind::ByWidthOtherShape, r};
 }
 
-double ratio(QSize madeAt, QSize picture)
+double ratio(const PictureGeometry& madeAt, const PictureGeometry& picture)
 {
-    return applies(madeAt, picture) ? static_cast<double>(madeAt.width()) / picture.width() : 1.0;
+    return rescale(madeAt, picture).ratio;
 }
 
-ProofEntry toPicture(ProofEntry entry, QSize madeAt, QSize picture)
+bool applies(const PictureGeometry& madeAt, const PictureGeometry& picture)
 {
-    if (!applies(madeAt, picture))
-        return entry;
+    return rescale(madeAt, picture).kind != Kind::AsStored;
+}
+
+ProofEntry toPicture(ProofEntry entry, const PictureGeometry& madeAt, const PictureGeometry& picture)
+{
     const double r = ratio(madeAt, picture);
-    entry.XFactor *= r;
-    entry.YFactor *= r;
+    if (r != 1.0) {
+        entry.XFactor *= r;
+        entry.YFactor *= r;
+    }
     return entry;
 }
 

@@ -1,21 +1,30 @@
 #pragma once
 
+#include "calib/ProofRescale.h"
+
 #include <QByteArray>
 #include <QSize>
 #include <QString>
 #include <array>
+#include <optional>
 
 namespace tavix {
 
 class ErrorLog;
 
-// The resolution (picture width x height) each calibration entry was made at,
-// kept in a file of its own beside the calibration file so that the
-// calibration file keeps its six fields.
+// The picture each calibration entry was made at: its resolution (width x
+// height) and, when the camera told, how its pixels lay on the sensor. Kept in
+// a file of its own beside the calibration file so that the calibration file
+// keeps its six fields.
 //
-// File: one line per entry in index order, "1280x1024", or an empty line when
-// the entry's resolution is not known; UTF-8, CR LF (LF read as well). Lines
-// past the last entry are ignored; entries past the end of the file are not known.
+// File: one line per entry in index order, UTF-8, CR LF (LF read as well):
+//   "1280x1024"  the resolution alone (all that older files hold)
+//   "1280x1024 px=2 field=0,0,2560,2048 cam=genicam/Maker-Model-0042"
+//                with the pixel size and field on the sensor, in the sensor's
+//                full-resolution pixels, and the camera ("driver/camera id",
+//                always last: it runs to the end of the line)
+// or an empty line when the entry's resolution is not known. Lines past the
+// last entry are ignored; entries past the end of the file are not known.
 class ProofResolutions {
 public:
     static constexpr int Size = 20;
@@ -25,7 +34,11 @@ public:
 
     // An invalid size when the entry's resolution is not known (or outside 0..19).
     QSize at(int index) const;
-    void set(int index, QSize size);
+    // The resolution with the sensor geometry and camera, where known.
+    const PictureGeometry& geometry(int index) const;
+    // An empty size stores "not known", geometry and all.
+    void set(int index, const PictureGeometry& made);
+    void set(int index, QSize size) { set(index, PictureGeometry(size)); }
 
     // Fills the table from the file. A missing file leaves every entry unknown
     // without a word (the calibrations predate it); a broken or unreadable one
@@ -35,7 +48,8 @@ public:
 
     // The file's text into the table. False, with every entry unknown and
     // badLine() telling the first bad line (1-based), when a line is neither
-    // empty nor a width and height above 0.
+    // empty nor a width and height above 0, or holds a pixel size or field
+    // that is not a number above 0.
     bool parse(const QString& text);
     int badLine() const { return badLine_; }
 
@@ -46,7 +60,7 @@ public:
     int write(const QString& path) const;
 
 private:
-    std::array<QSize, Size> sizes_{};
+    std::array<PictureGeometry, Size> entries_{};
     int badLine_ = 0;
 };
 

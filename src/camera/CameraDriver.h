@@ -1,10 +1,12 @@
 #pragma once
 
 #include "media/FrameView.h"
+#include "media/ModeGeometry.h"
 
 #include <QImage>
 #include <QString>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace tavix {
@@ -64,6 +66,12 @@ public:
     virtual int GetModeList(int cam, std::vector<std::int32_t>& modes) = 0;
     virtual int GetMode(int cam, std::int32_t& mode) = 0;
     virtual int SetMode(int cam, std::int32_t mode) = 0;
+    // How a mode of the open camera lies on its sensor; none when the driver
+    // cannot tell (the camera may scale its whole field into the mode or crop it).
+    virtual std::optional<ModeGeometry> modeGeometry(std::int32_t mode) const { return std::nullopt; }
+    // The open camera as saved calibrations tell cameras apart (a model and
+    // serial number, say); empty when not known.
+    virtual QString cameraId() const { return {}; }
 
     virtual int SetDisplayMode(int cam, int mode, int a, int b, int c, int d) = 0;
     // Starts streaming: into the native window when the driver draws itself,

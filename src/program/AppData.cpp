@@ -35,7 +35,7 @@ QString AppData::proofPath() const
 const ProofEntry& AppData::measuringEntry() const
 {
     const int index = settings.CURRENTPROOFNO;
-    measuring_ = ProofRescale::toPicture(proofs.at(index), proofSizes.at(index), pictureSize);
+    measuring_ = ProofRescale::toPicture(proofs.at(index), proofSizes.geometry(index), picture);
     return measuring_;
 }
 

@@ -22,9 +22,9 @@ struct AppData {
     MessageTable messages;
     GuidanceTable guidance;
     ProofTable proofs;
-    ProofResolutions proofSizes;  // the resolution each entry was made at
-    // The resolution measured at now: the still's, or the camera mode's while live.
-    QSize pictureSize;
+    ProofResolutions proofSizes;  // the picture each entry was made at
+    // The picture measured at now: the still's, or the camera mode's while live.
+    PictureGeometry picture;
     QString valueFormat = QStringLiteral("0");  // of measured values, from NUMBEROFDECIMALS
 
     QString iniPath() const;
@@ -32,7 +32,7 @@ struct AppData {
     QString graphPath() const;
     QString proofPath() const;
 
-    // The selected entry with its factors for pictureSize; valid until the next call.
+    // The selected entry with its factors for the picture; valid until the next call.
     const ProofEntry& measuringEntry() const;
 
 private:

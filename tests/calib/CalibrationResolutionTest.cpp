@@ -35,13 +35,21 @@ protected:
     }
 
     // Marks `pixels` for the x axis and types `length`.
-    void markX(double pixels, const char* length)
+    void markX(double pixels, const char* length) { mark(CalibrationAxis::X, pixels, length); }
+    void mark(CalibrationAxis axis, double pixels, const char* length)
     {
-        controller.requestMeasurement(CalibrationAxis::X, CalibrationPointMode::TwoPoint,
-                                      controller.buffer().Name, controller.buffer().Unit, false);
+        controller.requestMeasurement(axis, CalibrationPointMode::TwoPoint, controller.buffer().Name,
+                                      controller.buffer().Unit, false);
         controller.dialogClosed();
         prompter.inputs.push_back(QString::fromLatin1(length));
         controller.finishMarking(pixels, 1.0);
+    }
+    // The dialog opened on the entry made at `made`, at the picture `now`.
+    void openAt(const PictureGeometry& made, const PictureGeometry& now)
+    {
+        sizes.set(3, made);
+        picture = now;
+        controller.startProcedure();
     }
     void save()
     {
@@ -59,7 +67,7 @@ protected:
     QString proofPath = dir.file(QStringLiteral("Proof.dat"));
     QString sidePath = ProofResolutions::pathBeside(proofPath);
     ErrorLog log{dir.file(QStringLiteral("Error.Log"))};
-    QSize picture = k1280;
+    PictureGeometry picture = k1280;
     ProofTable table;
     ProofResolutions sizes;
     Settings settings;
@@ -85,9 +93,12 @@ TEST_F(CalibrationResolution, AtAnotherResolution_TheDialogShowsTheRescaledFacto
     EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 0.5);
     EXPECT_DOUBLE_EQ(controller.buffer().YFactor, 0.5);
     EXPECT_EQ(controller.bufferResolution(), k2592);
-    EXPECT_TRUE(controller.resolutionText().startsWith(
-        QStringLiteral("Calibration 'x10' rescaled from 1280x1024 to 2592x1944\n")))
+    // Made at 1280x1024 without a word on the sensor: rescaled by the widths, and said to be a guess.
+    EXPECT_TRUE(controller.resolutionText().startsWith(QStringLiteral(
+        "Calibration 'x10' made at 1280x1024: rescaled by width to 2592x1944, unverified (another "
+        "aspect ratio) - calibrate again at this resolution\n")))
         << controller.resolutionText().toStdString();
+    EXPECT_TRUE(controller.resolutionGuessed());
     EXPECT_DOUBLE_EQ(table.at(3).XFactor, 1.0125);  // nothing stored yet
 }
 
@@ -201,6 +212,95 @@ TEST_F(CalibrationResolution, Unbound_FactorsAreStoredAsTheyAre_AndNoSideFileIsW
     EXPECT_TRUE(plain.resolutionText().isEmpty());
     ASSERT_EQ(plain.save(QStringLiteral("x10"), QStringLiteral("MIC"), false), SaveResult::Saved);
     EXPECT_FALSE(QFileInfo::exists(sidePath));
+}
+
+// --- pictures whose geometry on the sensor is known ---
+
+// A mode of the GenICam fake's 2048x2048 sensor: a centred crop at `binning`.
+PictureGeometry fake(QSize size, int binning, const char* camera = "genicam/Aravis-Fake-GV01")
+{
+    const QSizeF field = QSizeF(size) * binning;
+    return {size,
+            ModeGeometry{double(binning),
+                         QRectF(QPointF((2048 - field.width()) / 2, (2048 - field.height()) / 2), field)},
+            QString::fromLatin1(camera)};
+}
+
+const QSize k1024(1024, 768);
+const QSize k2048(2048, 1536);
+
+TEST_F(CalibrationResolution, MarkedAtAKnownGeometry_OkStoresIt)
+{
+    openAt(QSize(), fake(k1024, 2));
+    markX(400, "1000");
+    EXPECT_EQ(controller.bufferGeometry(false), PictureGeometry(k1024));  // y still from before
+    mark(CalibrationAxis::Y, 400, "1000");
+    EXPECT_EQ(controller.bufferGeometry(false), picture);
+    save();
+    EXPECT_EQ(sizes.geometry(3), picture);
+    EXPECT_EQ(readSide().geometry(3), picture);
+}
+
+TEST_F(CalibrationResolution, OneFactorForBothAxes_MarkedAtAKnownGeometry_IsWhole)
+{
+    openAt(QSize(), fake(k1024, 2));
+    markX(400, "1000");
+    ASSERT_EQ(controller.save(QStringLiteral("x10"), QStringLiteral("MIC"), true), SaveResult::Saved);
+    EXPECT_EQ(readSide().geometry(3), picture);
+}
+
+TEST_F(CalibrationResolution, KnownGeometry_RescaledByTheSensor_OkStoresThePicturesGeometry)
+{
+    openAt(fake(k2048, 1), fake(k1024, 2));
+    EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 2.025);
+    EXPECT_FALSE(controller.resolutionGuessed());
+    EXPECT_TRUE(controller.resolutionText().startsWith(
+        QStringLiteral("Calibration 'x10' rescaled from 2048x1536 to 1024x768\n")));
+    save();
+    EXPECT_EQ(readSide().geometry(3), picture);
+}
+
+TEST_F(CalibrationResolution, KnownGeometry_ACrop_KeepsTheFactors_AndSaysWhy)
+{
+    openAt(fake(k2048, 1), fake(k1280, 1));
+    EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 1.0125);
+    EXPECT_TRUE(controller.resolutionText().startsWith(messages.text(24034).arg(
+        QStringLiteral("x10"), QStringLiteral("2048x1536"), QStringLiteral("1280x1024"))));
+}
+
+// An entry from before the geometry was kept, used on a camera that knows it.
+TEST_F(CalibrationResolution, Guess_TheDialogWarns_AndOkKeepsTheGuessAGuess)
+{
+    picture = fake(k1024, 2);  // made at 1280x1024 on some camera
+    controller.startProcedure();
+    EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 1.0125 * 1280 / 1024);
+    EXPECT_TRUE(controller.resolutionGuessed());
+    EXPECT_TRUE(controller.resolutionText().startsWith(messages.text(24036).arg(
+        QStringLiteral("x10"), QStringLiteral("1280x1024"), QStringLiteral("1024x768"))))
+        << controller.resolutionText().toStdString();
+    save();
+    EXPECT_EQ(readSide().geometry(3), PictureGeometry(k1024));  // the size, no geometry
+}
+
+// A factor measured again at the picture is the picture's; one carried there by a guess is not.
+TEST_F(CalibrationResolution, Guess_MarkedAgain_OneAxisLeavesAGuess_BothMakeACalibrationOfThePicture)
+{
+    picture = fake(k1024, 2);
+    controller.startProcedure();
+    markX(400, "1000");
+    EXPECT_FALSE(controller.resolutionGuessed());  // the dialog now tells of the marking
+    EXPECT_EQ(controller.bufferGeometry(false), PictureGeometry(k1024));
+    mark(CalibrationAxis::Y, 400, "1000");
+    save();
+    EXPECT_EQ(readSide().geometry(3), picture);
+}
+
+// A camera other than the one the entry was made with: its geometry does not count.
+TEST_F(CalibrationResolution, AnotherCamera_IsAGuess)
+{
+    openAt(fake(k2048, 1, "genicam/Other-Camera-7"), fake(k1280, 1));
+    EXPECT_DOUBLE_EQ(controller.buffer().XFactor, 1.0125 * 2048 / 1280);
+    EXPECT_TRUE(controller.resolutionGuessed());
 }
 
 }  // namespace

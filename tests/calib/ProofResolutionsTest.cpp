@@ -137,6 +137,86 @@ TEST_F(ProofResolutionsTest, WriteIntoAMissingFolder_Fails_AndWritesNothing)
     EXPECT_FALSE(QFileInfo::exists(missing));
 }
 
+// --- the sensor geometry and camera after the resolution ---
+
+const PictureGeometry kBinned{QSize(1024, 768), ModeGeometry{2, QRectF(0, 256, 2048, 1536)},
+                              QStringLiteral("genicam/Aravis-Fake-GV01")};
+
+TEST_F(ProofResolutionsTest, Geometry_IsWrittenAfterTheResolution_AndReadsBackTheSame)
+{
+    sizes.set(0, kBinned);
+    const PictureGeometry sim{QSize(2592, 1944), ModeGeometry{3840.0 / 2592, QRectF(0, 96, 3840, 2880)},
+                              QStringLiteral("sim/SimCam 1296")};
+    sizes.set(1, sim);
+    sizes.set(2, QSize(640, 480));
+    ASSERT_EQ(sizes.write(path()), 0);
+    const QByteArray text = dir.read(QStringLiteral("Proof.dat.res"));
+    EXPECT_TRUE(
+        text.startsWith("1024x768 px=2 field=0,256,2048,1536 cam=genicam/Aravis-Fake-GV01\r\n"
+                        "2592x1944 px=1.4814814814814814 field=0,96,3840,2880 cam=sim/SimCam 1296\r\n"
+                        "640x480\r\n"))
+        << text.toStdString();
+    ProofResolutions back;
+    back.read(path(), errorLog);
+    EXPECT_EQ(back.geometry(0), kBinned);
+    EXPECT_EQ(back.geometry(1), sim);  // exactly: 17 digits
+    EXPECT_EQ(back.geometry(2), PictureGeometry(QSize(640, 480)));
+    EXPECT_EQ(back.at(0), QSize(1024, 768));
+    EXPECT_FALSE(dir.exists(QStringLiteral("Error.Log")));
+}
+
+// Files written before the geometry was kept hold the resolution alone.
+TEST_F(ProofResolutionsTest, OldLines_ReadAsResolutionsWithoutGeometry)
+{
+    dir.write(QStringLiteral("Proof.dat.res"), "1280x1024\r\n\r\n1024x768 px=2 cam=genicam/a b\r\n");
+    read();
+    EXPECT_EQ(sizes.geometry(0), PictureGeometry(QSize(1280, 1024)));
+    EXPECT_FALSE(sizes.geometry(0).mode.has_value());
+    EXPECT_EQ(sizes.geometry(2).mode, (ModeGeometry{2, QRectF()}));
+    EXPECT_EQ(sizes.geometry(2).camera, QStringLiteral("genicam/a b"));
+}
+
+TEST_F(ProofResolutionsTest, UnknownKeys_ArePassedOver)
+{
+    ASSERT_TRUE(sizes.parse(QStringLiteral("1280x1024 tilt=3 px=1 field=0,0,1280,1024\n")));
+    EXPECT_EQ(sizes.geometry(0).mode, (ModeGeometry{1, QRectF(0, 0, 1280, 1024)}));
+    EXPECT_TRUE(sizes.geometry(0).camera.isEmpty());
+}
+
+TEST_F(ProofResolutionsTest, BadGeometry_IsABrokenLine)
+{
+    for (const char* line :
+         {"1280x1024 px=0", "1280x1024 px=two", "1280x1024 px=1 field=0,0,1280",
+          "1280x1024 px=1 field=0,0,0,1024", "1280x1024 px=1 junk", "1280x1024px=1", "1280x1024 px=nan"}) {
+        EXPECT_FALSE(sizes.parse(QStringLiteral("640x480\n") + QLatin1String(line))) << line;
+        EXPECT_EQ(sizes.badLine(), 2) << line;
+        expectAllUnknown();
+    }
+}
+
+TEST_F(ProofResolutionsTest, BrokenGeometry_LeavesEveryEntryUnknown_AndIsLogged)
+{
+    dir.write(QStringLiteral("Proof.dat.res"), "1024x768 px=2 cam=genicam/x\r\n1280x1024 px=-1\r\n");
+    read();
+    expectAllUnknown();
+    EXPECT_TRUE(log().contains(QStringLiteral("Proof Resolution File Read Error.(2)")))
+        << log().toStdString();
+}
+
+TEST_F(ProofResolutionsTest, CameraWithALineBreak_IsWrittenOnOneLine)
+{
+    sizes.set(0, PictureGeometry(QSize(640, 480), ModeGeometry{1, QRectF()}, QStringLiteral("graph/a\nb")));
+    EXPECT_TRUE(sizes.toFileText().startsWith("640x480 px=1 cam=graph/a b\r\n"))
+        << sizes.toFileText().toStdString();
+}
+
+TEST_F(ProofResolutionsTest, EmptySize_ForgetsTheGeometryToo)
+{
+    sizes.set(4, kBinned);
+    sizes.set(4, PictureGeometry(QSize(), kBinned.mode, kBinned.camera));
+    EXPECT_EQ(sizes.geometry(4), PictureGeometry());
+}
+
 TEST_F(ProofResolutionsTest, IndexOutsideTheTable_IsUnknown_AndNotStored)
 {
     sizes.set(20, {640, 480});

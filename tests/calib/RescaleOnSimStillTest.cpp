@@ -3,6 +3,7 @@
 #include "SimStill.h"
 #include "calib/ProofRescale.h"
 #include "calib/ScalePeriod.h"
+#include "camera/sim/SimModes.h"
 #include "camera/sim/SimScene.h"
 #include "measure/EdgeSnap.h"
 
@@ -69,7 +70,14 @@ TEST_P(RescaleOnSimStill, LargeDisc_IsMeasuredWithinHalfAPercent)
     const ProofEntry stored{QStringLiteral("x10"), factor, factor, QStringLiteral("MIC"), 0, 0, 0};
 
     const QImage still = simStill(GetParam().mode);
-    const ProofEntry used = ProofRescale::toPicture(stored, made.size(), still.size());
+    // The simulated camera tells its modes' geometry: the same field at every mode.
+    const QString camera = QStringLiteral("sim/SimCam 1296");
+    const PictureGeometry madeAt{made.size(), SimModes::geometry(kMode1280), camera};
+    const PictureGeometry measuredAt{still.size(), SimModes::geometry(GetParam().mode), camera};
+    ASSERT_TRUE(ProofRescale::rescale(madeAt, measuredAt).trusted());
+    const ProofEntry used = ProofRescale::toPicture(stored, madeAt, measuredAt);
+    // The same numbers as the widths' ratio.
+    EXPECT_NEAR(used.XFactor, ProofRescale::toPicture(stored, made.size(), still.size()).XFactor, 1e-15);
     const double measured = largeDiscPixels(still) * used.XFactor;
     const double truth = g.largeCircle.diameter;
     EXPECT_NEAR(measured / truth - 1, 0.0, 0.005) << measured;

@@ -194,7 +194,7 @@ void frmProofConfig::Form_Load()
     if (unit >= 0)
         cboUnit_->setCurrentIndex(unit);
 
-    lblResolution_->setText(controller_.resolutionText());
+    showResolution();
 
     controller_.dialogOpened();
     chkAxisOption_->setChecked(buffer.AxisOption != 0);
@@ -242,6 +242,14 @@ void frmProofConfig::cmdCancel_Click()
     QDialog::reject();
 }
 
+void frmProofConfig::showResolution()
+{
+    lblResolution_->setText(controller_.resolutionText());
+    // Factors rescaled by a guess stand out until calibrated again.
+    lblResolution_->setStyleSheet(controller_.resolutionGuessed() ? QStringLiteral("color: #b00000;")
+                                                                  : QString());
+}
+
 void frmProofConfig::setStill(const QImage& still)
 {
     still_ = still;
@@ -273,7 +281,7 @@ void frmProofConfig::scaleLineDrawn(PointD from, PointD to)
     const CalibrationAxis axis = x ? CalibrationAxis::X : CalibrationAxis::Y;
     controller_.applyLength(axis, division * found->divisions, found->periodPixels * found->divisions, 1.0,
                             still_.size());
-    lblResolution_->setText(controller_.resolutionText());
+    showResolution();
     const ProofEntry& buffer = controller_.buffer();
     lblValue_[x ? 0 : 1]->setText(valueText(x ? buffer.XValue : buffer.YValue));
     const double factor = x ? buffer.XFactor : buffer.YFactor;

@@ -53,6 +53,7 @@ private:
     void cmdCancel_Click();
     void cmdFromScale_Click();
     void scaleLineDrawn(PointD from, PointD to);
+    void showResolution();
 
     CalibrationController& controller_;
     const MessageTable& messages_;

@@ -22,6 +22,12 @@ constexpr int kAviWriting = 24;
 constexpr const char* kPixelFormats[] = {"BayerRG8", "BayerGR8",   "BayerGB8", "BayerBG8",
                                          "RGB8",     "RGB8Packed", "Mono8"};
 
+// A region in binned pixels as a field of the full-resolution sensor.
+ModeGeometry geometryOf(int binning, QRect region)
+{
+    return {double(binning), QRectF(QRect(region.topLeft() * binning, region.size() * binning))};
+}
+
 }  // namespace
 
 GenICamDriver::GenICamDriver(Log log) : log_(std::move(log)), features_(log_)
@@ -134,8 +140,10 @@ int GenICamDriver::Open(int cam)
     mode_ = -1;
     for (std::int32_t m : modes_) {
         const SensorModes::Fit fit = SensorModes::fit(sensor_, m, maxBinning_);
-        if (QSize(w, h) == fit.region.size() && bx == fit.binning && by == fit.binning)
+        if (QSize(w, h) == fit.region.size() && bx == fit.binning && by == fit.binning) {
             mode_ = m;
+            geometry_ = geometryOf(bx, QRect(x, y, w, h));
+        }
     }
     if (mode_ < 0 && applyMode(modes_.back()) != 0) {
         Close(cam);
@@ -218,13 +226,34 @@ int GenICamDriver::SetMode(int cam, std::int32_t mode)
     return applyMode(mode);
 }
 
+int GenICamDriver::offsetStep() const
+{
+    return std::max(arv_camera_get_x_offset_increment(camera_, nullptr),
+                    arv_camera_get_y_offset_increment(camera_, nullptr));
+}
+
+std::optional<ModeGeometry> GenICamDriver::modeGeometry(std::int32_t mode) const
+{
+    if (!camera_ || std::find(modes_.begin(), modes_.end(), mode) == modes_.end())
+        return std::nullopt;
+    if (mode == mode_)
+        return geometry_;
+    const SensorModes::Fit fit = SensorModes::fit(sensor_, mode, maxBinning_, offsetStep());
+    return geometryOf(fit.binning, fit.region);
+}
+
+QString GenICamDriver::cameraId() const
+{
+    const int index = openIndex_;
+    return camera_ && index >= 0 ? found_[static_cast<size_t>(index)].id : QString();
+}
+
 int GenICamDriver::applyMode(std::int32_t mode)
 {
-    const int offsetStep = std::max(arv_camera_get_x_offset_increment(camera_, nullptr),
-                                    arv_camera_get_y_offset_increment(camera_, nullptr));
+    const int step = offsetStep();
     // A camera may refuse some binnings (many take only powers of two): the next smaller one is tried.
     for (int binning = maxBinning_; binning >= 1; --binning) {
-        const SensorModes::Fit fit = SensorModes::fit(sensor_, mode, binning, offsetStep);
+        const SensorModes::Fit fit = SensorModes::fit(sensor_, mode, binning, step);
         if (fit.binning != binning)
             continue;
         GError* error = nullptr;
@@ -244,6 +273,8 @@ int GenICamDriver::applyMode(std::int32_t mode)
         if (QSize(w, h) != r.size())
             continue;
         mode_ = mode;
+        // What the camera took, which may round the offsets.
+        geometry_ = geometryOf(binning, QRect(x, y, w, h));
         return 0;
     }
     return kFailed;

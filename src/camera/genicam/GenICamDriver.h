@@ -25,8 +25,9 @@ namespace tavix {
 // can write it.
 //
 // Modes are the program's resolutions that fit the sensor, cut by binning and
-// a centred region. Parameters map onto the standard GenICam features where
-// the camera has them (the others report a range that is not enabled):
+// a centred region; modeGeometry tells the binning and region of each (as set
+// for the current mode, as they will be set for the others). Parameters map onto the standard GenICam
+// features where the camera has them (the others report a range that is not enabled):
 //   7 exposure in microseconds (ExposureTime), automatic with ExposureAuto
 //   8 exposure target (AutoTargetBrightness, TargetBrightness)
 //   13 gain (Gain in tenths of a dB, or GainRaw as it stands)
@@ -80,6 +81,9 @@ public:
     int GetMode(int cam, std::int32_t& mode) override;
     // Only while stopped (kBusy while streaming).
     int SetMode(int cam, std::int32_t mode) override;
+    std::optional<ModeGeometry> modeGeometry(std::int32_t mode) const override;
+    // Aravis's device id (vendor, model and serial number).
+    QString cameraId() const override;
     int SetDisplayMode(int cam, int mode, int a, int b, int c, int d) override;
     int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
     int IsStarted(int cam) override;
@@ -126,6 +130,7 @@ private:
     int checkOpen(int cam) const;
     bool choosePixelFormat();
     int applyMode(std::int32_t mode);
+    int offsetStep() const;
     void stopStream();
     void dropHeld();
 
@@ -138,6 +143,7 @@ private:
     int maxBinning_ = 1;
     std::vector<std::int32_t> modes_;
     std::int32_t mode_ = -1;
+    ModeGeometry geometry_;  // of mode_, as the camera reported it back
     GenICamFeatures features_;
 
     _ArvStream* stream_ = nullptr;

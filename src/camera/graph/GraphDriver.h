@@ -26,7 +26,8 @@ namespace tavix {
 //
 // Modes are the program's resolutions that the camera's output pin offers as
 // raw video; SetMode (while stopped) changes the size the next Start
-// negotiates. Parameters map onto the device's controls when the camera
+// negotiates. How a mode lies on the sensor is not known: a USB camera may
+// scale its whole field into a mode or crop it. Parameters map onto the device's controls when the camera
 // element opens a video device file (its "device" property); a source
 // without them (a test source) reports every range as not enabled:
 //   1 brightness, 2 contrast, 19 saturation, 109 hue, 13 gain, 12 black level

@@ -11,7 +11,8 @@ namespace tavix {
 // The vendor camera library ICubeSDK, loaded at run time so that the program
 // builds and runs without it. Every operation forwards to the library function
 // of the same name; the library draws the live stream into the native window
-// itself.
+// itself. The library does not tell how a mode lies on the sensor, so the
+// modes' geometry is not known.
 //
 // A driver whose library could not be loaded (or lacks a function) says why in
 // errorText() and answers every call without touching the library: Init finds

@@ -109,6 +109,12 @@ int SimCamera::GetName(int cam, QString& name)
     return 0;
 }
 
+QString SimCamera::cameraId() const
+{
+    std::lock_guard lock(mutex_);
+    return faults_.name;
+}
+
 int SimCamera::Open(int cam)
 {
     std::lock_guard lock(mutex_);

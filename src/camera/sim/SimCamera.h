@@ -128,6 +128,13 @@ public:
     int GetModeList(int cam, std::vector<std::int32_t>& modes) override;
     int GetMode(int cam, std::int32_t& mode) override;
     int SetMode(int cam, std::int32_t mode) override;
+    // The same field at every mode (SimModes::geometry).
+    std::optional<ModeGeometry> modeGeometry(std::int32_t mode) const override
+    {
+        return SimModes::geometry(mode);
+    }
+    // The camera's name.
+    QString cameraId() const override;
     int SetDisplayMode(int cam, int mode, int a, int b, int c, int d) override;
     int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
     int IsStarted(int cam) override;

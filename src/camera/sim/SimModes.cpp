@@ -1,5 +1,6 @@
 #include "camera/sim/SimModes.h"
 
+#include <QSizeF>
 #include <algorithm>
 #include <iterator>
 
@@ -20,6 +21,18 @@ constexpr ModeSpec kModes[] = {
     {2592, 1944, 30}, {3840, 2748, 15}, {1920, 1200, 38},
 };
 
+// The sensor: as wide as the widest mode, as tall as the tallest field (the 5:4 modes').
+QSizeF sensorSize()
+{
+    double width = 0;
+    for (const ModeSpec& m : kModes)
+        width = std::max(width, double(m.width));
+    double height = 0;
+    for (const ModeSpec& m : kModes)
+        height = std::max(height, width * m.height / m.width);
+    return {width, height};
+}
+
 }  // namespace
 
 bool SimModes::known(std::int32_t mode)
@@ -35,6 +48,16 @@ QSize SimModes::size(std::int32_t mode)
 double SimModes::frameRate(std::int32_t mode)
 {
     return known(mode) ? kModes[mode].fps : 0.0;
+}
+
+std::optional<ModeGeometry> SimModes::geometry(std::int32_t mode)
+{
+    if (!known(mode))
+        return std::nullopt;
+    static const QSizeF sensor = sensorSize();
+    const double pixel = sensor.width() / kModes[mode].width;
+    const double height = kModes[mode].height * pixel;
+    return ModeGeometry{pixel, QRectF(0, (sensor.height() - height) / 2, sensor.width(), height)};
 }
 
 SimModes::SimModes(std::vector<std::int32_t> offered, std::int32_t defaultMode)

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "media/ModeGeometry.h"
+
 #include <QSize>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace tavix {
@@ -14,6 +17,9 @@ public:
     static bool known(std::int32_t mode);
     static QSize size(std::int32_t mode);        // 0 x 0 for an unknown mode
     static double frameRate(std::int32_t mode);  // 0 for an unknown mode
+    // Every mode sees the same width of the slide, centred: the widest mode's
+    // pixels are the sensor's, the others scale the same field into fewer.
+    static std::optional<ModeGeometry> geometry(std::int32_t mode);
 
     // Unknown indices are left out; none left offers 5. A default that is not
     // offered becomes the first offered.

@@ -124,6 +124,18 @@ void CameraPanel::placeCameraView(QSize modeSize)
     emit modeSizeChanged(modeSize);
 }
 
+PictureGeometry CameraPanel::liveGeometry() const
+{
+    const QString id = driver_->cameraId();
+    return {modeSize_, driver_->modeGeometry(session_->currentMode()),
+            id.isEmpty() ? QString() : driver_->driverName() + QLatin1Char('/') + id};
+}
+
+PictureGeometry CameraPanel::pictureGeometry() const
+{
+    return stillShown_ ? stillGeometry_ : liveGeometry();
+}
+
 void CameraPanel::refit()
 {
     const QRect area = w_.viewArea->contentsRect();
@@ -188,8 +200,13 @@ void CameraPanel::toggleLiveStill()
         return;
     }
     // A still that cannot be taken leaves the previous one in place.
-    if (capture_.capture(session_->camera(), data_.tempBitmapPath(), data_.settings.STILLWAITTIME, still_))
+    if (capture_.capture(session_->camera(), data_.tempBitmapPath(), data_.settings.STILLWAITTIME, still_)) {
         stillView_->setPicture(still_);
+        stillGeometry_ = liveGeometry();
+        // A picture of another size than the mode's is not the mode's picture.
+        if (still_.size() != stillGeometry_.size)
+            stillGeometry_ = PictureGeometry(still_.size());
+    }
     showStill();
 }
 
@@ -215,6 +232,8 @@ void CameraPanel::redrawStill()
 void CameraPanel::showPicture(const QImage& picture)
 {
     still_ = picture;
+    // Where a file's pixels lay on which sensor is not known.
+    stillGeometry_ = PictureGeometry(still_.size());
     stillView_->setPicture(still_);
 }
 

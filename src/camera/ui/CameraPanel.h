@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calib/ProofRescale.h"
 #include "camera/CameraSession.h"
 #include "camera/FrameStatistics.h"
 #include "camera/LiveView.h"
@@ -78,6 +79,10 @@ public:
     StillViewWidget* stillView() const { return stillView_; }
     // The size of the camera's current mode (the live picture).
     QSize modeSize() const { return modeSize_; }
+    // The picture measured at, as calibrations see it: the still's (a file's
+    // at its size alone) or the live mode's, with its geometry on the camera's
+    // sensor where the driver knows it.
+    PictureGeometry pictureGeometry() const;
     CameraViewWidget* cameraView() const { return cameraView_; }
     LiveView& liveView() { return liveView_; }
     CameraSession& session() { return *session_; }
@@ -111,6 +116,7 @@ private:
     void showLive();
     void showStill();
     void placeCameraView(QSize modeSize);
+    PictureGeometry liveGeometry() const;
 
     AppData& data_;
     Prompter& prompter_;
@@ -127,6 +133,7 @@ private:
     QTimer tmriCube_;
     QTimer tmrLiveIcon_;
     QImage still_;
+    PictureGeometry stillGeometry_;
     QSize modeSize_;
     bool stillShown_ = false;
     bool lossReported_ = false;

@@ -285,7 +285,7 @@ void MeasurePanel::applySettings()
     calibration_ = std::make_unique<CalibrationController>(data_.proofs, data_.settings, data_.messages,
                                                            prompter_, results_, scaleBar_, data_.proofPath());
     calibration_->bindResolutions({&data_.proofSizes, ProofResolutions::pathBeside(data_.proofPath()),
-                                   [this] { return data_.pictureSize; }, &data_.log});
+                                   [this] { return data_.picture; }, &data_.log});
     fillProofList();
 }
 

@@ -1,3 +1,4 @@
+#include "MarkedLengthDialogs.h"
 #include "MeasuringFixture.h"
 #include "app/frmMain.h"
 #include "camera/sim/SimCamera.h"
@@ -323,21 +324,7 @@ TEST_F(Measuring, CalibratedOnTheMicrometer_MeasuresTheLargeDiscWithinHalfAPixel
 
     zoom("x 4.0");  // aim at a quarter pixel
     int dialogs = 0;
-    w->measure().setDialogRunner([&](QDialog& d) {
-        d.show();
-        if (dialogs++ == 0) {
-            auto* name = d.findChild<QLineEdit*>(QStringLiteral("txtName"));
-            name->setText(QStringLiteral("Micrometer"));
-            QTest::mouseClick(d.findChild<QRadioButton*>(QStringLiteral("optPointMode(0)")), Qt::LeftButton);
-            auto* axis = d.findChild<QCheckBox*>(QStringLiteral("chkAxisOption"));
-            if (!axis->isChecked())
-                QTest::mouseClick(axis, Qt::LeftButton, {}, QPoint(8, axis->height() / 2));
-            QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdValue(0)")), Qt::LeftButton);
-        } else {
-            QTest::mouseClick(d.findChild<QPushButton*>(QStringLiteral("cmdOK")), Qt::LeftButton);
-        }
-        return d.result();
-    });
+    w->measure().setDialogRunner(test::markedLengthDialogs(QStringLiteral("Micrometer"), dialogs));
     QTest::mouseClick(find<QPushButton>("cmdProofConfig"), Qt::LeftButton);
     ASSERT_EQ(w->measuring().toolNumber(), 21);
     prompter.inputs.push_back(QStringLiteral("100"));

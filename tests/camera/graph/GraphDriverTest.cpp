@@ -157,6 +157,17 @@ TEST_F(GraphDriverTest, SetMode_WhileStopped_RenegotiatesTheNextStart)
     EXPECT_EQ(driver->frameSize(), QSize(1024, 768));
 }
 
+// A USB camera may crop or scale its field into a mode: the driver cannot tell which.
+TEST_F(GraphDriverTest, ModeGeometry_IsNotKnown)
+{
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(driver->GetModeList(0, modes), 0);
+    ASSERT_FALSE(modes.empty());
+    for (const std::int32_t mode : modes)
+        EXPECT_EQ(driver->modeGeometry(mode), std::nullopt) << mode;
+    EXPECT_TRUE(driver->cameraId().isEmpty());
+}
+
 TEST_F(GraphDriverTest, SaveToFile_WritesTheNewestFrame_AsBitmapOrJpeg_AndGrabFrameCopiesIt)
 {
     EXPECT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("none.bmp"))), GraphDriver::kNoFrame);
