@@ -385,6 +385,12 @@ protected:
         w = std::make_unique<frmMain>(dir.path(), prompter, clock, factory);
         ASSERT_TRUE(w->Form_Load());
         w->show();
+        // The series' first picture is saved at once: the camera must have a frame by then.
+        QElapsedTimer timer;
+        timer.start();
+        while (w->camera().liveView().counters().shown == 0 && timer.elapsed() < 10000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        ASSERT_GT(w->camera().liveView().counters().shown, 0u);
     }
 
     TempDir dir;
