@@ -702,8 +702,8 @@ class PictureFilesIdentify : public PictureFilesTest, public ::testing::WithPara
 TEST_P(PictureFilesIdentify, SavedFile_IsReadByImageMagick)
 {
     const QString identify = QStandardPaths::findExecutable(QStringLiteral("identify"));
-    if (identify.isEmpty())
-        GTEST_SKIP() << "ImageMagick's identify is not on the PATH (scripts/deps.sh installs it)";
+    ASSERT_FALSE(identify.isEmpty())
+        << "ImageMagick's identify is not on the PATH (scripts/deps.sh installs it)";
     const QString name = QLatin1String(GetParam());
     PictureFiles::SaveRequest r = request(name, withOverlay(still(321, 203)));
     ASSERT_EQ(PictureFiles::savePicture(r).outcome, Outcome::Written);
