@@ -242,6 +242,7 @@ TEST_F(Desktop, Title_BuiltOnAppName)
 
 TEST_F(Desktop, OpenPicture_ThatCannotBeRead_KeepsTheTitleAndTellsTheUser)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     start();
     w->openPicture(dir.write(QStringLiteral("broken.jpg"), "no picture"));
     EXPECT_EQ(w->windowTitle(), QStringLiteral("Tavix"));
@@ -251,6 +252,7 @@ TEST_F(Desktop, OpenPicture_ThatCannotBeRead_KeepsTheTitleAndTellsTheUser)
 
 TEST_F(Desktop, CtrlShiftS_SavesTheResults)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     start();
     key(Qt::Key_Space);
     find("cmdMeasure(0)")->click();

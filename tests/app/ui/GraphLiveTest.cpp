@@ -99,6 +99,7 @@ TEST_F(GraphLive, SettingsDialog_DisablesTheParametersTheSourceLacks)
 
 TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndTheProgramGoesOnWithItsLastFrame)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitForLiveFrames(2));
     w->camera().tmriCube_Timer();
@@ -131,6 +132,7 @@ TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndTheProgramGoesOnWit
 
 TEST_F(GraphLive, AGraphFileThatCannotBeParsed_EndsTheStartUp_AndIsDeleted)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Camera ! !");
     EXPECT_FALSE(start());
     EXPECT_TRUE(log().contains(QStringLiteral(" LoadGrfFile Error.(5)\r\n"))) << log().toStdString();
@@ -142,6 +144,7 @@ TEST_F(GraphLive, AGraphFileThatCannotBeParsed_EndsTheStartUp_AndIsDeleted)
 
 TEST_F(GraphLive, ACameraNameThatMatchesNothing_EndsTheStartUp_WithTheFilerLine)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Webcam");
     EXPECT_FALSE(start());
     EXPECT_TRUE(log().contains(QStringLiteral(" LoadGrfFile:Camera Filer Not Found.\r\n")))
