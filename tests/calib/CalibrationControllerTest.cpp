@@ -516,6 +516,7 @@ class FinishMarkingBadAnswer : public CalibrationControllerTest,
 
 TEST_P(FinishMarkingBadAnswer, FinishMarking_ShowsNotPositiveMessageAndAsksAgain)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     controller.startProcedure();
     controller.requestMeasurement(CalibrationAxis::X, CalibrationPointMode::TwoPoint, QStringLiteral("a"),
                                   QStringLiteral("MIC"), false);
@@ -605,8 +606,8 @@ TEST_F(CalibrationControllerTest, FinishMarking_ReportsOverflow_AndKeepsTheTyped
 TEST_F(CalibrationControllerTest, FinishMarking_AsksNothing_WhenNoMeasurementIsPending)
 {
     controller.startProcedure();
-    prompter.inputs = {QStringLiteral("10")};
 
+    // An input box would fail the test: the prompter has no answer scripted.
     const CalibrationController::MarkingResult result = controller.finishMarking(100, 1.0);
 
     EXPECT_EQ(result.marking, Marking::Abandoned);
@@ -631,6 +632,7 @@ TEST_F(CalibrationControllerTest, AbandonMarking_EndsTheValueTakingWithoutAsking
 
 TEST_F(CalibrationControllerTest, Save_RefusesBlankName_WithMessage24000)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     controller.startProcedure();
 
     const SaveResult result = controller.save(QStringLiteral("   "), QStringLiteral("mm"), false);
@@ -645,6 +647,7 @@ TEST_F(CalibrationControllerTest, Save_RefusesBlankName_WithMessage24000)
 
 TEST_F(CalibrationControllerTest, Save_RefusesEmptyUnit_WithMessage24003)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     controller.startProcedure();
 
     const SaveResult result = controller.save(QStringLiteral("Lens"), QString(), false);
@@ -701,6 +704,7 @@ TEST_F(CalibrationControllerTest, Save_WithAxisOption_WritesYFromX_EvenAfterAYMe
 
 TEST_F(CalibrationControllerTest, Save_WriteFailure_ShowsMessageAndKeepsTableAndBuffer)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     const QString folder = dir.file(QStringLiteral("later"));
     CalibrationController c{
         table, settings, messages, prompter, results, scaleBar, folder + QStringLiteral("/Proof.dat")};

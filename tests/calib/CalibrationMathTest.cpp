@@ -119,6 +119,7 @@ class AskTrueLengthRejected : public ::testing::TestWithParam<const char*> {};
 TEST_P(AskTrueLengthRejected, AskTrueLength_ShowsErrorAndAsksAgain_WhenValueIsNotAboveZero)
 {
     ScriptedPrompter prompter;
+    prompter.answers = {Prompter::Answer::Ok};
     prompter.inputs = {QString::fromLatin1(GetParam()), QStringLiteral("5")};
 
     const std::optional<double> value = askTrueLength(prompter, texts());
@@ -138,6 +139,7 @@ INSTANTIATE_TEST_SUITE_P(Table, AskTrueLengthRejected, ::testing::Values("abc", 
 TEST(CalibrationMath, AskTrueLength_KeepsAsking_UntilTheValueIsAboveZero)
 {
     ScriptedPrompter prompter;
+    prompter.answers = {Prompter::Answer::Ok, Prompter::Answer::Ok};
     prompter.inputs = {QStringLiteral("abc"), QStringLiteral("-3"), QStringLiteral("0.001")};
 
     const std::optional<double> value = askTrueLength(prompter, texts());
@@ -150,7 +152,7 @@ TEST(CalibrationMath, AskTrueLength_KeepsAsking_UntilTheValueIsAboveZero)
 TEST(CalibrationMath, AskTrueLength_Abandons_WhenAnswerIsEmpty)
 {
     ScriptedPrompter prompter;
-    prompter.inputs = {QString(), QStringLiteral("5")};
+    prompter.inputs = {QString()};  // a second question would fail the test
 
     const std::optional<double> value = askTrueLength(prompter, texts());
 
@@ -162,7 +164,8 @@ TEST(CalibrationMath, AskTrueLength_Abandons_WhenAnswerIsEmpty)
 TEST(CalibrationMath, AskTrueLength_Abandons_WhenUserCancelsAfterAnError)
 {
     ScriptedPrompter prompter;
-    prompter.inputs = {QStringLiteral("-3"), std::nullopt, QStringLiteral("5")};
+    prompter.inputs = {QStringLiteral("-3"), std::nullopt};  // a third question would fail the test
+    prompter.answers = {Prompter::Answer::Ok};               // to "above 0"
 
     const std::optional<double> value = askTrueLength(prompter, texts());
 

@@ -84,6 +84,7 @@ class ScaleBarToggleUncalibrated : public ScaleBarToggleTest,
 
 TEST_P(ScaleBarToggleUncalibrated, SwitchOn_ShowsNoFactorsMessageAndUnchecks_WhenEntryLacksAFactor)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     entry.XFactor = GetParam().xFactor;
     entry.YFactor = GetParam().yFactor;
 

@@ -318,6 +318,7 @@ TEST_F(CameraPropertiesOnStandIn, AutoExposureOff_KeepsRoughDisabled_WhenTheMaxi
 
 TEST_F(CameraPropertiesOnStandIn, AutoExposure_FailingSwitch_LogsAndShowsError)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     auto p = load();
     standIn.setResult("ICubeSDK_SetParamAuto", -12);
     p->checkClicked(QStringLiteral("chkExposureTime"), 1);
@@ -331,6 +332,7 @@ TEST_F(CameraPropertiesOnStandIn, AutoExposure_FailingSwitch_LogsAndShowsError)
 
 TEST_F(CameraPropertiesOnStandIn, AutoBlackLevel_SwitchesAndReloads_OrReportsTheFailure)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     auto p = load();
     p->checkClicked(QStringLiteral("chkBlackLevel"), 1);
     EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetParamAuto"), QStringLiteral("0,12,1"));
@@ -460,6 +462,7 @@ TEST_F(CameraPropertiesOnStandIn, EveryPlainCheckBox_WritesItsTypeAsZeroOrOne)
 
 TEST_F(CameraPropertiesOnStandIn, FailingWrite_LogsShowsErrorAndStillRestartsTheFrameRate)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     auto p = load();
     standIn.setResult("ICubeSDK_SetCamParameter", -11);
     p->sliderChanged(QStringLiteral("sldContrast"), 50);
@@ -619,6 +622,7 @@ TEST_F(CameraPropertiesOnStandIn, Resolution_StopsSetsTheModeKeepsItAndStartsAga
 
 TEST_F(CameraPropertiesOnStandIn, Resolution_FailingSetMode_ReportsClosesTheCamera_AndGoesOn)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     auto p = load();
     standIn.setResult("ICubeSDK_SetMode", -3);
     p->resolutionClicked(0);

@@ -89,6 +89,7 @@ TEST_F(CameraSessionOnStandIn, Open_LogsVersionAndName_AndStartsIntoTheWindow)
 
 TEST_F(CameraSessionOnStandIn, NoCamera_LogsAndReportsAndEnds)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     standIn.setCameraCount(0);
     EXPECT_FALSE(open());
     EXPECT_TRUE(logHas(QStringLiteral("Error: ICubeSDK_Init(NumOfCam=0)")));
@@ -169,6 +170,7 @@ class CameraSessionFatal : public CameraSessionOnStandIn, public ::testing::With
 
 TEST_P(CameraSessionFatal, LogsReportsAndShutsDown)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     const FatalCase& c = GetParam();
     settings.DEFAULTRESOLUTION = 8;
     standIn.setResult(c.function, c.status);
@@ -205,6 +207,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(CameraSessionOnStandIn, GetModeFailure_IsLoggedWithoutErrorPrefix)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     standIn.setResult("ICubeSDK_GetMode", -4);
     EXPECT_FALSE(open());
     EXPECT_FALSE(log().contains(QStringLiteral("Error: ICubeSDK_GetMode")));
@@ -249,6 +252,7 @@ TEST_F(CameraSessionOnStandIn, Parameter43Failing_DoesNotEndTheProgram)
 
 TEST_F(CameraSessionOnStandIn, ChangeModeFailure_ClosesTheCamera_AndTheStartThatFollowsDecides)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ASSERT_TRUE(open());
     standIn.setResult("ICubeSDK_SetMode", -8);
     EXPECT_FALSE(session.changeMode(1));
@@ -265,6 +269,7 @@ TEST_F(CameraSessionOnStandIn, ChangeModeFailure_ClosesTheCamera_AndTheStartThat
 
 TEST_F(CameraSessionOnStandIn, StartFailingAfterAModeChange_EndsTheProgram)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ASSERT_TRUE(open());
     standIn.setResult("ICubeSDK_Start", -10);
     session.changeMode(1);

@@ -101,6 +101,7 @@ TEST_F(StillCaptureOnStandIn, EveryFailedDisplay_CountsInTheLogLine)
 
 TEST_F(StillCaptureOnStandIn, SaveToFileFailing_IsLoggedAndReported)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     standIn.setResult("ICubeSDK_SaveToFile", -14);
     ManualClock clock;
     StillCapture capture(driver, errorLog, messages, prompter, clock, &BmpFile::read);

@@ -126,6 +126,7 @@ TEST_F(IntervalSeriesTest, StatusText_CountsDownToTheNextPicture)
 
 TEST_F(IntervalSeriesTest, CameraFailure_EndsTheSeries)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ASSERT_EQ(series.start(plan(3, 5)), IntervalSeries::Step::Saved);
     cam.status = -14;
     clock.advance(3000);

@@ -184,6 +184,7 @@ TEST_F(IntervalShotTest, FileCamera_CompleteOnReturn_IsReadAtOnce)
 
 TEST_F(IntervalShotTest, GrabFailure_IsLoggedAndReported)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     cam.failCall(QStringLiteral("GrabFrame"), -8);
     EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::CameraFailed);
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
@@ -218,6 +219,7 @@ TEST_F(IntervalShotTest, BackgroundCamera_IsReadAfterTheWait_UpToThreeTimes)
 
 TEST_F(IntervalShotTest, TemporaryBitmapNeverComplete_IsLoggedAndReported_AfterThreeReads)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     FileCamera files(quietCamera());
     ASSERT_EQ(files.Init(), 1);
     ASSERT_EQ(files.Open(0), 0);
@@ -235,6 +237,7 @@ TEST_F(IntervalShotTest, TemporaryBitmapNeverComplete_IsLoggedAndReported_AfterT
 
 TEST_F(IntervalShotTest, CameraWriteFailure_IsLoggedAndReported)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     cam.failCall(QStringLiteral("SaveToFile"), -8);
     EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), false)), IntervalShot::Outcome::CameraFailed);
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
@@ -245,6 +248,7 @@ TEST_F(IntervalShotTest, CameraWriteFailure_IsLoggedAndReported)
 
 TEST_F(IntervalShotTest, FinalFileThatCannotBeWritten_IsLoggedByTheDrawingRoutineWithoutABox)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     IntervalShot::Job j = job(QStringLiteral("gone/cell_001.jpg"), true);
     EXPECT_EQ(shot.save(j), IntervalShot::Outcome::WriteFailed);
     EXPECT_TRUE(log().endsWith(QStringLiteral(" frmMain:IS_DrawCrossLine Error.(76)\r\n")));

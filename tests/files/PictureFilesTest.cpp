@@ -528,6 +528,7 @@ class PictureFilesFullDisk : public PictureFilesTest, public ::testing::WithPara
 
 TEST_P(PictureFilesFullDisk, SavePicture_FailsCleanly_AndKeepsTheEarlierFileByteIdentical)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     const QString name = QLatin1String(GetParam());
     QByteArray earlier;
     BmpFile::encode(still(30, 20, 11), earlier);  // 1.8 KB, a different picture
@@ -575,6 +576,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, PictureFilesFullDisk, ::testing::Values("still
 
 TEST_F(PictureFilesTest, SavePicture_WritesTheCommentButReportsTheLostPicture_WhenTheJpegCannotBeWritten)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     QDir(dir.path()).mkdir(QStringLiteral("still.jpg"));  // a folder in the picture's place
     PictureFiles::SaveRequest r = request(QStringLiteral("still.jpg"));
     r.comments = {QStringLiteral("comment"), QStringLiteral("second")};
@@ -610,6 +612,7 @@ TEST_F(PictureFilesTest, SavePicture_WritesNoComment_WhenTheBitmapCannotBeWritte
 
 TEST_F(PictureFilesTest, SavePicture_NamesTheCommentFile_WhenOnlyItCannotBeWritten)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     // A folder in the comment file's place: the picture can be written, the comment cannot.
     QDir(dir.path()).mkdir(QStringLiteral("still.txt"));
     PictureFiles::SaveRequest r = request(QStringLiteral("still.bmp"));
@@ -702,8 +705,8 @@ class PictureFilesIdentify : public PictureFilesTest, public ::testing::WithPara
 TEST_P(PictureFilesIdentify, SavedFile_IsReadByImageMagick)
 {
     const QString identify = QStandardPaths::findExecutable(QStringLiteral("identify"));
-    if (identify.isEmpty())
-        GTEST_SKIP() << "ImageMagick's identify is not on the PATH (scripts/deps.sh installs it)";
+    ASSERT_FALSE(identify.isEmpty())
+        << "ImageMagick's identify is not on the PATH (scripts/deps.sh installs it)";
     const QString name = QLatin1String(GetParam());
     PictureFiles::SaveRequest r = request(name, withOverlay(still(321, 203)));
     ASSERT_EQ(PictureFiles::savePicture(r).outcome, Outcome::Written);
@@ -847,6 +850,7 @@ TEST_F(PictureFilesTest, LoadPicture_ReadsABitmapWrittenByQt)
 
 TEST_F(PictureFilesTest, ReportLoadFailure_LogsAndNamesTheFile)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     const QString path = dir.file(QStringLiteral("gone.jpg"));
     const PictureFiles::LoadResult loaded = PictureFiles::loadPicture(path);
 
@@ -884,13 +888,15 @@ TEST_P(PictureFilesLoadQuestion, ConfirmLoad_AsksOnlyForUnsavedResultsThatWouldB
     table.results = GetParam().results;
     table.notSaved = GetParam().unsaved;
     ScriptedPrompter prompter;
+    if (GetParam().asks)
+        prompter.answers = {Prompter::Answer::No};
     const MessageTable messages = test::shippedMessages();
 
     const bool goOn = PictureFiles::confirmLoad(prompter, messages, table, GetParam().keepResult);
 
     EXPECT_EQ(PictureFiles::loadNeedsQuestion(table, GetParam().keepResult), GetParam().asks);
     EXPECT_EQ(prompter.messages.size(), GetParam().asks ? 1u : 0u);
-    EXPECT_EQ(goOn, !GetParam().asks);  // asked: the default answer No stops the load
+    EXPECT_EQ(goOn, !GetParam().asks);  // asked: No stops the load
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -121,6 +121,7 @@ TEST_F(ResultTableTest, AddResult_Refuses1000thResultAndChangesNothing)
 
 TEST_F(ResultTableTest, TellTableFull_ShowsFullTableMessageWithExclamation)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ResultTable::tellTableFull(prompter, messages);
 
     ASSERT_EQ(prompter.messages.size(), 1u);
@@ -702,6 +703,7 @@ TEST_F(ResultTableTest, SaveCsv_ReturnsFalseAndKeepsUnsavedFlag_WhenFolderIsMiss
 
 TEST_F(ResultTableTest, CmdResultSave_AsksForFileWithCsvFilterAndTellsTheUser_WhenSaved)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     TempDir dir;
     addResults(2);
     const QString path = dir.file(QStringLiteral("r.csv"));
@@ -723,6 +725,7 @@ TEST_F(ResultTableTest, CmdResultSave_AsksForFileWithCsvFilterAndTellsTheUser_Wh
 
 TEST_F(ResultTableTest, CmdResultSave_WritesAverageLine_WhenGiven)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     TempDir dir;
     table.addResult(QStringLiteral("Distance"), 4.0, QStringLiteral("mm"));
     prompter.fileNames.push_back(dir.file(QStringLiteral("r.csv")));
@@ -739,7 +742,8 @@ TEST_F(ResultTableTest, CmdResultSave_WritesNothing_WhenUserCancelsFileDialog)
     addResults(2);
     QSignalSpy state(&table, &ResultTable::stateChanged);
 
-    const auto outcome = table.cmdResultSave(prompter, messages);  // no file name scripted
+    prompter.fileNames = {QString()};  // cancelled
+    const auto outcome = table.cmdResultSave(prompter, messages);
 
     EXPECT_EQ(outcome, ResultTable::SaveOutcome::Cancelled);
     EXPECT_EQ(prompter.fileRequests.size(), 1u);
@@ -759,6 +763,7 @@ TEST_F(ResultTableTest, CmdResultSave_ShowsNoDialog_WhenTableIsEmpty)
 
 TEST_F(ResultTableTest, CmdResultSave_TellsUserAndLogsAndKeepsOldFileWhole_WhenWriteFails)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     TempDir dir;
     const QByteArray old("old results\r\n");
     const QString path = dir.write(QStringLiteral("r.csv"), old);
@@ -791,6 +796,7 @@ TEST_F(ResultTableTest, CmdResultSave_TellsUserAndLogsAndKeepsOldFileWhole_WhenW
 
 TEST_F(ResultTableTest, CmdResultSave_FailsAndKeepsUnsavedFlag_WhenFolderIsMissing)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     TempDir dir;
     addResults(3);
     prompter.fileNames.push_back(dir.file(QStringLiteral("missing/r.csv")));

@@ -133,7 +133,11 @@ bool writeSeries(const QString& path, int version)
     job.crosses.draw = true;
     job.crosses.points = {QPoint(300 + version * 100, 200), QPoint(0, 0)};
     job.crosses.color = Qt::red;
-    return shot.saveStill(picture(version), job) == IntervalShot::Outcome::Saved;
+    prompter.answers = {Prompter::Answer::Ok};  // the report of a failed save
+    const bool saved = shot.saveStill(picture(version), job) == IntervalShot::Outcome::Saved;
+    if (saved)
+        prompter.answers.clear();
+    return saved;
 }
 
 }  // namespace

@@ -99,6 +99,7 @@ TEST_F(GraphLive, SettingsDialog_DisablesTheParametersTheSourceLacks)
 
 TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndFreezingSaysNoPictureCanBeTaken)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitForLiveFrames(2));
     w->camera().tmriCube_Timer();
@@ -138,6 +139,7 @@ TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndFreezingSaysNoPictu
 
 TEST_F(GraphLive, AGraphFileThatCannotBeParsed_EndsTheStartUp_AndIsDeleted)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Camera ! !");
     EXPECT_FALSE(start());
     EXPECT_TRUE(log().contains(QStringLiteral(" LoadGrfFile Error.(5)\r\n"))) << log().toStdString();
@@ -149,6 +151,7 @@ TEST_F(GraphLive, AGraphFileThatCannotBeParsed_EndsTheStartUp_AndIsDeleted)
 
 TEST_F(GraphLive, ACameraNameThatMatchesNothing_EndsTheStartUp_WithTheFilerLine)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Webcam");
     EXPECT_FALSE(start());
     EXPECT_TRUE(log().contains(QStringLiteral(" LoadGrfFile:Camera Filer Not Found.\r\n")))

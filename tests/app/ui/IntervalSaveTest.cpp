@@ -145,6 +145,7 @@ protected:
 
 TEST_F(IntervalSaveWindow, ThreePictureSeries_SavesEveryIntervalShowsProgressAndEnds)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     w->data().settings.IS_MODE = 0;
     find<QLineEdit>("txtComment(0)")->setText(QStringLiteral("my comment"));
     prompter.fileNames.push_back(seriesFile("cell.jpg"));
@@ -193,6 +194,7 @@ TEST_F(IntervalSaveWindow, ThreePictureSeries_SavesEveryIntervalShowsProgressAnd
 
 TEST_F(IntervalSaveWindow, PlayStop_StopsTheSeries)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     prompter.fileNames.push_back(seriesFile("cell.bmp"));
     answerSeriesDialog(QStringLiteral("1"), QStringLiteral("0"), QStringLiteral("10"));
     click("cmdIS_Save");
@@ -248,6 +250,7 @@ TEST_F(IntervalSaveWindow, UnsavedResults_AreAskedFor_AndNoKeepsThem)
 
 TEST_F(IntervalSaveWindow, SeriesWithTwoCrosses_DrawsTheLinesAtTheirPicturePositions)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     w->data().settings.CROSSLINENUM = 2;
     w->data().settings.CROSSLINECOLOR = 0x0000ff;  // red, red in the low byte
     w->overlays().crossLines().applySettings();
@@ -281,6 +284,7 @@ TEST_F(IntervalSaveWindow, SeriesWithTwoCrosses_DrawsTheLinesAtTheirPicturePosit
 
 TEST_F(IntervalSaveWindow, CameraFailure_IsReported_ClosesTheCamera_AndEndsTheSeries)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     prompter.fileNames.push_back(seriesFile("cell.bmp"));
     answerSeriesDialog(QStringLiteral("0"), QStringLiteral("3"), QStringLiteral("5"));
     click("cmdIS_Save");
@@ -293,7 +297,7 @@ TEST_F(IntervalSaveWindow, CameraFailure_IsReported_ClosesTheCamera_AndEndsTheSe
     EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));
     EXPECT_EQ(prompter.messages[0].title, w->data().messages.text(30012));
     EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
-    EXPECT_NE(sim->IsOpen(0), 0) << "the camera is closed";
+    EXPECT_EQ(sim->IsOpen(0), 1) << "the camera is closed";
     expectSeriesEnded();
 }
 
@@ -484,6 +488,7 @@ TEST_F(IntervalSaveWindow, QuickSave_IntoAnEmptyFolder_Writes0001)
 
 TEST_F(IntervalSaveWindow, QuickSave_With9999_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     w->data().settings.IS_MODE = 1;
     w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("quick"));
     dir.write(QStringLiteral("quick/9999.jpg"), "old");
@@ -495,6 +500,7 @@ TEST_F(IntervalSaveWindow, QuickSave_With9999_IsRefused)
 
 TEST_F(IntervalSaveWindow, QuickSave_WithoutItsFolder_AsksForOne)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     w->data().settings.IS_MODE = 1;
     w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("missing"));
     const QString chosen = dir.file(QStringLiteral("quick"));
@@ -519,6 +525,7 @@ TEST_F(IntervalSaveWindow, QuickSave_WithoutItsFolder_AsksForOne)
 
 TEST_F(IntervalSaveWindow, QuickSave_WithoutItsFolder_CancelSavesNothing)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     w->data().settings.IS_MODE = 1;
     w->data().settings.IS_SAVEPATH = dir.file(QStringLiteral("missing"));
     w->intervalSave().setDialogRunner([](QDialog& d) {

@@ -202,6 +202,7 @@ TEST_F(Measuring, Zoom_ConvertsTheViewToPicturePixels)
 
 TEST_F(Measuring, SavedFile_HoldsOneLinePerResult)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     start();
     tool(0);
     for (int i = 1; i <= 3; ++i) {

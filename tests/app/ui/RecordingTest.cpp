@@ -158,6 +158,7 @@ protected:
 
 TEST_F(Recording, TooLittleDiskSpace_SaysSo_AndRecordsNothing)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     start();
     freeBytes = 2 * kGigabyte;  // 1.4 GB usable
     saveAs(QStringLiteral("clip.avi"));
@@ -223,6 +224,7 @@ TEST_F(Recording, UnsavedResults_AnsweredNo_DoesNotArm)
 
 TEST_F(Recording, TwoSeconds_RecordsAValidAvi_CountsDown_AndEndsWithTheClosingClick)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     start();
     typed = QStringLiteral("2");
     saveAs(QStringLiteral("clip.avi"));
@@ -266,6 +268,7 @@ TEST_F(Recording, TwoSeconds_RecordsAValidAvi_CountsDown_AndEndsWithTheClosingCl
 
 TEST_F(Recording, CameraStillWriting_AfterTheCountdown_LeavesTheLineBlankAndTheButtonDisabled)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     // Frames come only when the test makes them, so the file stays open.
     ManualClock simClock;
     SimCamera::Options options;
@@ -293,6 +296,7 @@ TEST_F(Recording, CameraStillWriting_AfterTheCountdown_LeavesTheLineBlankAndTheB
 
 TEST_F(Recording, DroppedFrames_AreCountedOnTheMessageLine_AndInTheLog)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ManualClock simClock;
     SimCamera::Options options;
     options.threaded = false;
@@ -320,6 +324,7 @@ TEST_F(Recording, DroppedFrames_AreCountedOnTheMessageLine_AndInTheLog)
 
 TEST_F(Recording, AFileThatFailedMidway_SaysWhyOnTheMessageLineAndInTheLog)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     ManualClock simClock;
     SimCamera::Options options;
     options.threaded = false;
@@ -364,6 +369,7 @@ TEST_F(Recording, ACameraThatNeverReportsTheEnd_KeepsTheButtonDisabled_AndTheWin
 
 TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds)
 {
+    prompter.answers = {Prompter::Answer::Ok, Prompter::Answer::Ok};
     start();
     test::EventLoopWatch watch;
     sim->failCall(QStringLiteral("SaveAvi"), -8);
@@ -375,7 +381,7 @@ TEST_F(Recording, SaveAviFails_LogsReportsAndClosesTheCamera_ThenTheNextTickEnds
     EXPECT_EQ(prompter.messages[0].text, message(VideoRecording::kMsgCameraError, -8));
     EXPECT_EQ(prompter.messages[0].title, message(VideoRecording::kMsgCameraErrorTitle));
     EXPECT_EQ(prompter.messages[0].icon, Prompter::Icon::Critical);
-    EXPECT_NE(sim->IsOpen(0), 0);  // closed
+    EXPECT_EQ(sim->IsOpen(0), 1);  // closed
     EXPECT_TRUE(watch.keepsTurning()) << "longest gap " << watch.longestGapMs() << " ms";
 
     w->recording().tmrRec().stop();

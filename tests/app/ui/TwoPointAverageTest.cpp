@@ -16,11 +16,12 @@ protected:
         w->data().settings._2POINTAVERAGE = 1;
     }
 
-    // Saves the table through cmdResultSave and gives the file's lines.
+    // Saves the table through cmdResultSave, Ok to "saved", and gives the file's lines.
     QStringList save()
     {
         const QString name = QStringLiteral("results%1.csv").arg(++saves_);
         prompter.fileNames.push_back(dir.file(name));
+        prompter.answers.push_back(Prompter::Answer::Ok);
         QTest::mouseClick(find<QPushButton>("cmdResultSave"), Qt::LeftButton);
         QStringList lines = QString::fromUtf8(dir.read(name)).split(QStringLiteral("\r\n"));
         EXPECT_EQ(lines.takeLast(), QString()) << "every line ends with CR LF";

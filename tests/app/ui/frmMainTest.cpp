@@ -179,6 +179,7 @@ TEST_P(frmMainStartupFailure, EndsWithExactLogLinesAndMessage)
     else
         QFile::remove(dir.file(QLatin1String(c.file)));
     const QByteArray iniBefore = ini();
+    prompter.answers = {Prompter::Answer::Ok};
     {
         frmMain w(dir.path(), prompter, clock, simCamera());
         EXPECT_FALSE(w.Form_Load());
@@ -235,6 +236,7 @@ TEST_F(frmMainStart, RunTimeErrorInLoad_LogsReportsAndDeletesTheGraphFile)
 {
     dir.write(QStringLiteral("Camera.grf"), "videotestsrc name=Camera ! fakesink\r\n");
     const QByteArray before = ini();
+    prompter.answers = {Prompter::Answer::Ok};
     frmMain w(dir.path(), prompter, clock,
               [](AppData&) -> std::unique_ptr<CameraDriver> { throw RunError(err::TypeMismatch); });
     EXPECT_FALSE(w.Form_Load());
@@ -251,6 +253,7 @@ TEST_F(frmMainStart, RunTimeErrorInLoad_LogsReportsAndDeletesTheGraphFile)
 TEST_F(frmMainStart, StillWaitTime1001_StopsStartup)
 {
     setIniValue(QStringLiteral("STILLWAITTIME"), QStringLiteral("1001"));
+    prompter.answers = {Prompter::Answer::Ok};
     frmMain w(dir.path(), prompter, clock, simCamera());
     EXPECT_FALSE(w.Form_Load());
     EXPECT_TRUE(log().contains(QStringLiteral(
@@ -274,6 +277,7 @@ TEST_F(frmMainStart, JpegQuality9And101_StopStartup)
     for (const char* value : {"9", "101"}) {
         setIniValue(QStringLiteral("JPEGQTY"), QLatin1String(value));
         ScriptedPrompter p;
+        p.answers = {Prompter::Answer::Ok};
         frmMain w(dir.path(), p, clock, simCamera());
         EXPECT_FALSE(w.Form_Load()) << value;
         EXPECT_EQ(p.messages.size(), 1u);

@@ -127,6 +127,7 @@ TEST_F(ScaleBarToggleUiTest, Check_LeavesBoxUncheckedAndBarHidden_WhenDialogIsCa
 
 TEST_F(ScaleBarToggleUiTest, Check_ShowsNoFactorsMessageWithoutDialog_WhenEntryIsUncalibrated)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     entry.YFactor = 0;
 
     QTest::mouseClick(&chkScale, Qt::LeftButton, {}, QPoint(6, 15));

@@ -160,8 +160,9 @@ TEST_F(frmCamViewConfigTest, ColorClick_OpensColourDialogWithSwatchColourAndTake
 TEST_F(frmCamViewConfigTest, ColorClick_KeepsSwatch_WhenColourDialogIsCancelled)
 {
     open();
+    prompter.colors = {QColor(0, 255, 0)};  // cancelled: the dialog gives its start colour back
 
-    QTest::mouseClick(lblColor(), Qt::LeftButton);  // nothing scripted: the dialog is cancelled
+    QTest::mouseClick(lblColor(), Qt::LeftButton);
 
     EXPECT_EQ(prompter.colorStarts.size(), 1u);
     EXPECT_EQ(swatch(), QColor(0, 255, 0));

@@ -446,6 +446,7 @@ class frmProofConfigBadLength : public frmProofConfigTest,
 
 TEST_P(frmProofConfigBadLength, TypedLengthNotAboveZero_ShowsMessage24002AndAsksAgain)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     controller.startProcedure();
     open();
     prompter.inputs = {QString::fromLatin1(GetParam())};
@@ -464,6 +465,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, frmProofConfigBadLength, ::testing::Values("ab
 
 TEST_F(frmProofConfigTest, Ok_BlankName_ShowsMessage24000AndStaysOpen)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     controller.startProcedure();
     open();
     typeInto(txtName(), QStringLiteral("  "));
@@ -483,6 +485,7 @@ TEST_F(frmProofConfigTest, Ok_BlankName_ShowsMessage24000AndStaysOpen)
 
 TEST_F(frmProofConfigTest, Ok_EmptyUnit_ShowsMessage24003AndStaysOpen)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     controller.startProcedure();
     open();
     typeUnit(QString());
@@ -502,6 +505,7 @@ TEST_F(frmProofConfigTest, Ok_EmptyUnit_ShowsMessage24003AndStaysOpen)
 
 TEST_F(frmProofConfigTest, Ok_WriteFailure_ShowsMessageAndKeepsEverythingTyped)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     const QString folder = dir.file(QStringLiteral("missing"));
     CalibrationController c{
         table, settings, messages, prompter, results, scaleBar, folder + QStringLiteral("/Proof.dat")};

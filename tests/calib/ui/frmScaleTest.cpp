@@ -253,6 +253,7 @@ class frmScaleBadLength : public frmScaleTest, public ::testing::WithParamInterf
 
 TEST_P(frmScaleBadLength, Ok_ShowsLengthMessageWithAxisNameAndStaysOpen_WhenLengthIsNotAboveZero)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     settings.SCALETYPE = 1;
     open();
     const int axis = GetParam().axis;
@@ -278,6 +279,7 @@ INSTANTIATE_TEST_SUITE_P(Lengths, frmScaleBadLength,
 
 TEST_F(frmScaleTest, Ok_ChecksYLength_EvenWhenHorizontalOnlyIsChosen)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     settings.SCALEY = 0;
     settings.SCALETYPE = 0;
     open();
@@ -291,6 +293,7 @@ TEST_F(frmScaleTest, Ok_ChecksYLength_EvenWhenHorizontalOnlyIsChosen)
 
 TEST_F(frmScaleTest, Ok_NamesXAxisOnly_WhenBothLengthsAreBad)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     settings.SCALETYPE = 1;
     open();
     typeInto(txtScaleLen(0), QStringLiteral("0"));
@@ -304,6 +307,7 @@ TEST_F(frmScaleTest, Ok_NamesXAxisOnly_WhenBothLengthsAreBad)
 
 TEST_F(frmScaleTest, Ok_Succeeds_AfterBadLengthIsCorrected)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     typeInto(txtScaleLen(0), QStringLiteral("0"));
     clickOk();

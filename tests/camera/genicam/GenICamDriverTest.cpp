@@ -328,23 +328,41 @@ TEST_F(GenICamDriverTest, FeaturesTheCameraLacks_ReportNotEnabled)
     EXPECT_EQ(writing, 0);
 }
 
-TEST_F(GenICamDriverTest, FrameRateParameter_SetsTheRateFramesArriveAt)
+TEST_F(GenICamDriverTest, FrameRateParameter_SetsTheCamerasAcquisitionRate)
+{
+    for (int fps : {5, 40, 1, 25}) {
+        ASSERT_EQ(driver.SetCamParameter(0, 147, fps), 0);
+        EXPECT_DOUBLE_EQ(arv_device_get_float_feature_value(device(), "AcquisitionFrameRate", nullptr), fps);
+        std::int32_t value = 0;
+        ASSERT_EQ(driver.GetCamParameter(0, 147, value), 0);
+        EXPECT_EQ(value, fps);
+    }
+}
+
+// Frames arriving at the rate set: real time, run alone. A busy machine only
+// ever delays frames, so the upper bound is the rate itself over the time
+// measured (plus the frame on the edge of the window); the lower bound is half
+// the rate, what this 2-core machine keeps under the sanitizers even with a
+// build running beside the test run.
+class GenICamRealTime : public GenICamDriverTest {};
+
+TEST_F(GenICamRealTime, FrameRateParameter_PacesTheFrames)
 {
     ASSERT_EQ(driver.SetMode(0, 0), 0);
-    const auto measured = [this](int fps) {
-        EXPECT_EQ(driver.SetCamParameter(0, 147, fps), 0);
-        EXPECT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
-        waitFrames(1);
+    for (int fps : {5, 40}) {
+        ASSERT_EQ(driver.SetCamParameter(0, 147, fps), 0);
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+        ASSERT_TRUE(waitFrames(1));
         const int before = sink.frames();
-        QThread::msleep(1000);
+        QElapsedTimer t;
+        t.start();
+        QThread::msleep(2000);
         const int frames = sink.frames() - before;
+        const double seconds = t.elapsed() / 1000.0;
         driver.Stop(0);
-        return frames;
-    };
-    const int slow = measured(5);
-    const int fast = measured(40);
-    EXPECT_NEAR(slow, 5, 2);
-    EXPECT_NEAR(fast, 40, 8);
+        EXPECT_LE(frames, fps * seconds + 1) << fps << " fps over " << seconds << " s";
+        EXPECT_GE(frames, fps * seconds / 2) << fps << " fps over " << seconds << " s";
+    }
 }
 
 TEST_F(GenICamDriverTest, ControlLost_IsLogged_EndsTheStream_AndTheOldFrameIsNoNewPicture)

@@ -127,6 +127,7 @@ TEST_F(frmIS_ConfigTest, Ok_StoresIntervalAndCount)
 
 TEST_F(frmIS_ConfigTest, NinetyNineMinutesOneSecond_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     enter(QStringLiteral("99"), QStringLiteral("1"), QStringLiteral("5"));
     expectRefused(30006, minutes());
@@ -134,6 +135,7 @@ TEST_F(frmIS_ConfigTest, NinetyNineMinutesOneSecond_IsRefused)
 
 TEST_F(frmIS_ConfigTest, ZeroMinutesTwoSeconds_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     enter(QStringLiteral("0"), QStringLiteral("2"), QStringLiteral("5"));
     expectRefused(30006, minutes());
@@ -141,6 +143,7 @@ TEST_F(frmIS_ConfigTest, ZeroMinutesTwoSeconds_IsRefused)
 
 TEST_F(frmIS_ConfigTest, SecondsOutOfRange_PutTheFocusOnTheSeconds)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     enter(QStringLiteral("1"), QStringLiteral("60"), QStringLiteral("5"));
     expectRefused(30006, seconds());
@@ -148,6 +151,7 @@ TEST_F(frmIS_ConfigTest, SecondsOutOfRange_PutTheFocusOnTheSeconds)
 
 TEST_F(frmIS_ConfigTest, EmptyMinutes_AreRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     enter(QString(), QStringLiteral("5"), QStringLiteral("5"));
     expectRefused(30006, minutes());
@@ -155,6 +159,7 @@ TEST_F(frmIS_ConfigTest, EmptyMinutes_AreRefused)
 
 TEST_F(frmIS_ConfigTest, CountWithAPoint_IsRefusedWithTheCountPair)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     enter(QStringLiteral("1"), QStringLiteral("5"), QStringLiteral("5."));
     expectRefused(30008, count());
@@ -162,6 +167,7 @@ TEST_F(frmIS_ConfigTest, CountWithAPoint_IsRefusedWithTheCountPair)
 
 TEST_F(frmIS_ConfigTest, CountOfOne_IsRefusedWithTheCountPair)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     enter(QStringLiteral("1"), QStringLiteral("5"), QStringLiteral("1"));
     expectRefused(30008, count());

@@ -171,8 +171,9 @@ TEST_F(frmSaveSettingTest, SavePath_KeepsTheFolder_WhenTheBrowserIsCancelled)
 {
     settings.IS_MODE = 1;
     open();
+    prompter.folders = {settings.IS_SAVEPATH};  // cancelled: the browser gives its start folder back
 
-    click("cmdSavePath");  // no scripted folder: the browser gives its start folder back
+    click("cmdSavePath");
 
     ASSERT_EQ(prompter.folderRequests.size(), 1u);
     EXPECT_EQ(txtSavePath()->text(), settings.IS_SAVEPATH);
@@ -182,6 +183,7 @@ TEST_F(frmSaveSettingTest, SavePath_KeepsTheFolder_WhenTheBrowserIsCancelled)
 
 TEST_F(frmSaveSettingTest, Ok_RefusesAMissingFolderInFolderMode_AndStaysOpen)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     clickOption(optIS_Mode(1));
     typeInto(txtSavePath(), dir.file(QStringLiteral("no such folder")));
@@ -201,6 +203,7 @@ TEST_F(frmSaveSettingTest, Ok_RefusesAMissingFolderInFolderMode_AndStaysOpen)
 
 TEST_F(frmSaveSettingTest, Ok_RefusesAnEmptyFolderInFolderMode)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     clickOption(optIS_Mode(1));
     typeInto(txtSavePath(), QStringLiteral("   "));
@@ -213,6 +216,7 @@ TEST_F(frmSaveSettingTest, Ok_RefusesAnEmptyFolderInFolderMode)
 
 TEST_F(frmSaveSettingTest, Ok_RefusesAFileInsteadOfAFolder)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     const QString file = dir.write(QStringLiteral("a file"), "x");
     open();
     clickOption(optIS_Mode(1));
@@ -269,6 +273,7 @@ TEST_F(frmSaveSettingTest, Ok_InSeriesMode_DoesNotCheckTheFolder)
 
 TEST_F(frmSaveSettingTest, Ok_AcceptsTheFolderAfterARefusal)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open();
     clickOption(optIS_Mode(1));
     typeInto(txtSavePath(), dir.file(QStringLiteral("missing")));

@@ -100,31 +100,37 @@ TEST_F(frmiCubeSaveAviTest, BlanksAroundTheNumber_AreTrimmed)
 
 TEST_F(frmiCubeSaveAviTest, OneMoreThanTheLongest_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     expectRefused(QStringLiteral("901"));
 }
 
 TEST_F(frmiCubeSaveAviTest, Zero_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     expectRefused(QStringLiteral("0"));
 }
 
 TEST_F(frmiCubeSaveAviTest, ANumberWithADecimalPoint_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     expectRefused(QStringLiteral("1.5"));
 }
 
 TEST_F(frmiCubeSaveAviTest, ANonNumber_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     expectRefused(QStringLiteral("abc"));
 }
 
 TEST_F(frmiCubeSaveAviTest, AnEmptyBox_IsRefused)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     expectRefused(QString());
 }
 
 TEST_F(frmiCubeSaveAviTest, TheMessage_NamesTheLimitOfTheDisk_NotTheLabels999)
 {
+    prompter.answers = {Prompter::Answer::Ok};
     open(120);
     type(QStringLiteral("999"));
     click("cmdOK");

