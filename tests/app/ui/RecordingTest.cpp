@@ -401,8 +401,11 @@ TEST_F(Recording, CameraLostMidRecording_EndsIt_GivesTheButtonBack_AndFinishesTh
     SimCamera::Faults faults = sim->faults();
     faults.disconnectAfter = made + 60;  // frames count from the start of the stream
     sim->setFaults(faults);
+    // Two boxes: the camera's loss and the end of the recording.
+    prompter.answers = {Prompter::Answer::Ok, Prompter::Answer::Ok};
     clickPlayStop();
     ASSERT_TRUE(waitFor([this] { return shown(VideoRecording::kMsgEnded); }, 20000));
+    ASSERT_TRUE(waitFor([this] { return prompter.messages.size() >= 2u; }, 20000));
     EXPECT_TRUE(playStop()->isEnabled());
     EXPECT_FALSE(w->recording().tmrRec().isActive());
     std::int32_t writing = 1;
