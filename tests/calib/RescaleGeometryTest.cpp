@@ -37,6 +37,17 @@ ProofEntry calibratedAt(const Mode& mode)
 
 const Mode kFull{1, QSize(kSensorWidth, kSensorHeight)};
 
+// A mode as a camera that knows its geometry states it: the pixel's side on the
+// sensor and the centred field it reads out.
+PictureGeometry stated(const Mode& mode)
+{
+    const QSizeF onSensor = QSizeF(mode.size) * mode.binning;
+    const QRectF field(
+        QPointF((kSensorWidth - onSensor.width()) / 2, (kSensorHeight - onSensor.height()) / 2), onSensor);
+    return PictureGeometry(mode.size, ModeGeometry{double(mode.binning), field},
+                           QStringLiteral("genicam/stated"));
+}
+
 }  // namespace
 
 TEST(RescaleGeometry, TheStatedSensor_HasTheMicrometresPerPixelOfItsOptics)
@@ -60,15 +71,34 @@ TEST(RescaleGeometry, BinnedModes_GetTheFactorTheirBinningGives)
 }
 
 // A region cut from the middle of the sensor, unbinned: the pixels are the
-// sensor's, so the factor stays what it was on the full sensor. The rescale
-// scales by the widths alone and cannot tell a cut region from a binned field:
-// it gives 0.22 x 2592 / 640 = 0.891 um here instead of 0.22. Cameras whose
-// driver cuts the sensor (GenICam modes narrower than the binned sensor) meet
-// this; kept disabled until the calibration learns the mode's field.
-TEST(RescaleGeometry, DISABLED_ARegionCutFromTheSensor_KeepsTheSensorsFactor)
+// sensor's, so the factor stays what it was on the full sensor. By the widths
+// alone it would be 0.22 x 2592 / 640 = 0.891 um; told the modes' geometry,
+// the rescale keeps 0.22.
+TEST(RescaleGeometry, ARegionCutFromTheSensor_KeepsTheSensorsFactor_WhenTheCameraTellsItsGeometry)
 {
     const Mode cut{1, QSize(640, 480)};
-    const ProofEntry used = ProofRescale::toPicture(calibratedAt(kFull), kFull.size, cut.size);
+    const ProofEntry used = ProofRescale::toPicture(calibratedAt(kFull), stated(kFull), stated(cut));
     EXPECT_NEAR(used.XFactor, umPerPixel(cut), 1e-12);
     EXPECT_NEAR(used.YFactor, umPerPixel(cut), 1e-12);
+    EXPECT_TRUE(ProofRescale::rescale(stated(kFull), stated(cut)).trusted());
+}
+
+// Without the geometry the rescale cannot tell the cut region from a binned
+// field: it guesses by the widths, and says it is a guess.
+TEST(RescaleGeometry, ARegionCutFromTheSensor_WithoutItsGeometry_IsAnUntrustedGuess)
+{
+    const Mode cut{1, QSize(640, 480)};
+    const ProofRescale::Rescale r = ProofRescale::rescale(kFull.size, cut.size);
+    EXPECT_EQ(r.kind, ProofRescale::Kind::ByWidth);
+    EXPECT_FALSE(r.trusted());
+}
+
+// Binned modes with their geometry told give the same factors as by the widths.
+TEST(RescaleGeometry, BinnedModes_WithTheirGeometry_GetTheFactorTheirBinningGives)
+{
+    for (const Mode& binned : {Mode{2, QSize(1296, 972)}, Mode{4, QSize(648, 486)}}) {
+        const ProofEntry used = ProofRescale::toPicture(calibratedAt(kFull), stated(kFull), stated(binned));
+        EXPECT_NEAR(used.XFactor, umPerPixel(binned), 1e-12) << binned.size.width();
+        EXPECT_NEAR(used.YFactor, umPerPixel(binned), 1e-12) << binned.size.width();
+    }
 }

@@ -248,7 +248,6 @@ TEST_F(IntervalShotTest, CameraWriteFailure_IsLoggedAndReported)
 
 TEST_F(IntervalShotTest, FinalFileThatCannotBeWritten_IsLoggedByTheDrawingRoutineWithoutABox)
 {
-    prompter.answers = {Prompter::Answer::Ok};
     IntervalShot::Job j = job(QStringLiteral("gone/cell_001.jpg"), true);
     EXPECT_EQ(shot.save(j), IntervalShot::Outcome::WriteFailed);
     EXPECT_TRUE(log().endsWith(QStringLiteral(" frmMain:IS_DrawCrossLine Error.(76)\r\n")));

@@ -133,11 +133,8 @@ bool writeSeries(const QString& path, int version)
     job.crosses.draw = true;
     job.crosses.points = {QPoint(300 + version * 100, 200), QPoint(0, 0)};
     job.crosses.color = Qt::red;
-    prompter.answers = {Prompter::Answer::Ok};  // the report of a failed save
-    const bool saved = shot.saveStill(picture(version), job) == IntervalShot::Outcome::Saved;
-    if (saved)
-        prompter.answers.clear();
-    return saved;
+    // A series picture with crosses that cannot be written is logged, not reported.
+    return shot.saveStill(picture(version), job) == IntervalShot::Outcome::Saved;
 }
 
 }  // namespace

@@ -131,7 +131,7 @@ TEST_F(GenICamLive, ResolutionChange_StreamsAndFreezesTheNewSize)
 
 TEST_F(GenICamLive, CameraLostMidStream_IsLogged_AndFreezingSaysNoPictureCanBeTaken)
 {
-    prompter.answers = {Prompter::Answer::Ok};
+    prompter.answers = {Prompter::Answer::Ok, Prompter::Answer::Ok};  // the loss, then the freeze
     ASSERT_TRUE(waitForLiveFrames(2));
     w->camera().tmriCube_Timer();
     const QString frames = status(1);

@@ -99,7 +99,7 @@ TEST_F(GraphLive, SettingsDialog_DisablesTheParametersTheSourceLacks)
 
 TEST_F(GraphLive, AnErrorOnTheBusMidStream_IsReportedOnce_AndFreezingSaysNoPictureCanBeTaken)
 {
-    prompter.answers = {Prompter::Answer::Ok};
+    prompter.answers = {Prompter::Answer::Ok, Prompter::Answer::Ok};  // the loss, then the freeze
     ASSERT_TRUE(start());
     ASSERT_TRUE(waitForLiveFrames(2));
     w->camera().tmriCube_Timer();

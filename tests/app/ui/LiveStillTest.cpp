@@ -239,6 +239,7 @@ TEST_F(LiveStill, PlayStopGuard_LogsAndGoesOn)
 {
     auto w = start();
     ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));  // the freeze below needs a frame
     auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
     FaultPoint::arm(QStringLiteral("cmdPlayStop_Click"), 91);
     QTest::mouseClick(playStop, Qt::LeftButton);
@@ -268,6 +269,7 @@ TEST_F(LiveStill, LiveIconTimerGuard_LogsAndGoesOn)
 {
     auto w = start();
     ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));  // the freezes below need a frame
     auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
     w->camera().tmrLiveIcon_Timer();
     const QImage lit = playStop->icon().pixmap(20).toImage();
@@ -351,6 +353,7 @@ TEST_F(LiveStill, LiveIcon_BlinksWhileLive)
 {
     auto w = start();
     ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));  // the freezes below need a frame
     auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
     w->camera().tmrLiveIcon_Timer();
     const QImage lit = playStop->icon().pixmap(20).toImage();
@@ -372,6 +375,7 @@ TEST_F(LiveStill, LiveIcon_BlinkingReusesItsTwoIcons)
     // every half second of live view.
     auto w = start();
     ASSERT_TRUE(loaded);
+    ASSERT_TRUE(waitForLiveFrame(*w));  // the freezes below need a frame
     auto* playStop = find<QPushButton>(*w, "cmdPlayStop");
     w->camera().tmrLiveIcon_Timer();
     const qint64 lit = playStop->icon().cacheKey();
@@ -417,7 +421,7 @@ TEST_F(LiveStill, PlayStop_InAnotherRunState_BelongsToItsOwner)
 
 TEST_F(LiveStill, CameraLostMidStream_IsReportedOnce_AndFreezingSaysNoPictureCanBeTaken)
 {
-    prompter.answers = {Prompter::Answer::Ok};
+    prompter.answers = {Prompter::Answer::Ok, Prompter::Answer::Ok};  // the loss, then the freeze
     SimCamera::Faults faults;
     faults.disconnectAfter = 5;
     auto w = start(faults);
