@@ -80,6 +80,9 @@ void VideoRecording::begin(const QString& fileName)
 
     fileName_ = fileName;
     recordLength_ = length;
+    // What is recorded is the live stream: the user watches it from the moment he arms.
+    if (window_.showLive)
+        window_.showLive();
     window_.setCommandAreasEnabled(false);
     window_.showButton(ButtonLook::Record);
     window_.setRunState(kArmed);

@@ -58,6 +58,7 @@ public:
         std::function<void(ButtonLook)> showButton;  // caption and picture of cmdPlayStop
         std::function<void(bool)> setButtonEnabled;
         std::function<void(bool)> setTimerRunning;  // tmrRec
+        std::function<void()> showLive;             // back to the live picture from a still
     };
 
     VideoRecording(const Settings& settings, const MessageTable& messages, const ErrorLog& log,

@@ -11,7 +11,8 @@ namespace tavix {
 // its end: an idx1 index, and sizes and frame counts in its headers. A super
 // index the writer left empty is blanked, so that readers take the idx1.
 // When the disk has no room for the index, frames are taken off the end until
-// it fits.
+// it fits. A file of several RIFF parts (over 1 GB) cut in a later part gets
+// that part's standard index, its sizes, and the super index over every part.
 class AviClosing {
 public:
     struct Result {

@@ -48,6 +48,10 @@ RecordingPanel::RecordingPanel(AppData& data, Prompter& prompter, CameraPanel& c
         else
             tmrRec_.stop();
     };
+    window.showLive = [&camera] {
+        if (camera.stillShown())
+            camera.toggleLiveStill();
+    };
     recording_ = std::make_unique<VideoRecording>(data_.settings, data_.messages, data_.log, prompter_,
                                                   camera.session(), line, results, std::move(window));
     connect(&camera, &CameraPanel::playStopClicked, this, [this](qint16 state) {

@@ -1,6 +1,7 @@
 #include "EventLoopWatch.h"
 #include "NestedLoopPrompter.h"
 #include "ScriptedPrompter.h"
+#include "SmallDisk.h"
 #include "TempDir.h"
 #include "app/frmMain.h"
 #include "calib/CrossLines.h"
@@ -132,6 +133,50 @@ protected:
     QString seriesFile(const char* name) const
     {
         return dir.file(QStringLiteral("series/") + QLatin1String(name));
+    }
+
+    // A day-long series into `folder`: 960 pictures 90 s apart, the clock moved
+    // on in uneven steps of 1 to 40 s, a new frame waited for before each
+    // picture is due. `fail` runs once picture `failAfter` is written; the day
+    // is then lived to its end all the same. Returns the pictures written and
+    // checks that picture k came at the first tick at or after (k-1) x 90 s.
+    int runADay(const QString& folder, int failAfter, const std::function<void()>& fail)
+    {
+        constexpr qint64 kInterval = 90'000, kDay = 24LL * 3600 * 1000;
+        prompter.fileNames.push_back(folder + QStringLiteral("/cell.jpg"));
+        answerSeriesDialog(QStringLiteral("1"), QStringLiteral("30"), QStringLiteral("960"));
+        click("cmdIS_Save");
+        auto name = [&](int k) {
+            return folder + QStringLiteral("/cell_%1.jpg").arg(k, 3, 10, QLatin1Char('0'));
+        };
+        int written = QFileInfo::exists(name(1)) ? 1 : 0;
+        EXPECT_EQ(written, 1);
+        std::uint32_t step = 1;
+        bool failed = false;
+        for (qint64 now = 0; now < kDay;) {
+            if (written == failAfter && !failed) {
+                fail();
+                failed = true;
+            }
+            const qint64 due = written * kInterval;
+            step = step * 1103515245u + 12345u;
+            const qint64 next = now + 1000 + (step >> 16) % 40 * 1000;
+            if (next >= due && !failed) {
+                const auto shown = w->camera().liveView().counters().shown;
+                QElapsedTimer timer;
+                timer.start();
+                while (w->camera().liveView().counters().shown == shown && timer.elapsed() < 10000)
+                    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+            }
+            tickAfter(next - now);
+            if (QFileInfo::exists(name(written + 1))) {
+                ++written;
+                const qint64 picDue = (written - 1) * kInterval;
+                EXPECT_TRUE(now < picDue && picDue <= next) << "picture " << written << " at " << next;
+            }
+            now = next;
+        }
+        return written;
     }
 
     TempDir dir;
@@ -447,6 +492,68 @@ TEST_F(SeriesBehindABox, FailureBoxOpenAcrossFiveIntervals_AsksTheCameraOnce_And
         << sim->calls().join(' ').toStdString();
     EXPECT_FALSE(w->intervalSave().seriesRunning());
     EXPECT_FALSE(w->intervalSave().timer().isActive());
+}
+
+// --- a day unattended (long: run by scripts/long_checks.sh) ---
+
+namespace {
+
+// Pictures 1..n of a series: each one whole, none the same as the one before.
+void expectWholeAndMoving(const QString& folder, int n)
+{
+    QByteArray before;
+    for (int k = 1; k <= n; ++k) {
+        const QString name = folder + QStringLiteral("/cell_%1.jpg").arg(k, 3, 10, QLatin1Char('0'));
+        QImageReader reader(name);
+        EXPECT_EQ(reader.read().size(), QSize(1280, 1024)) << name.toStdString();
+        QFile file(name);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        EXPECT_NE(bytes, before) << name.toStdString() << " repeats the picture before";
+        before = bytes;
+    }
+}
+
+}  // namespace
+
+TEST_F(IntervalSaveWindow, DISABLED_ADay_DiskFullAtNoon_EndsWith30011_AndKeepsEveryPictureBefore)
+{
+    test::SmallDisk disk(256 << 20);
+    ASSERT_TRUE(disk.mounted()) << "no right to mount a small filesystem here";
+    prompter.answers.push_back(Prompter::Answer::Ok);  // message 30011
+    const int written = runADay(disk.path(), 480, [&] { disk.fill(); });
+    EXPECT_EQ(written, 480);
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile("))) << log().toStdString();
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));
+    expectSeriesEnded();
+    disk.makeRoom();
+    expectWholeAndMoving(disk.path(), 480);
+    // Nothing half-written beside the pictures.
+    EXPECT_EQ(QDir(disk.path()).entryList({QStringLiteral("cell_*")}, QDir::Files).size(), 480);
+}
+
+TEST_F(IntervalSaveWindow, DISABLED_ADay_CameraLostAtNoon_EndsWith30011_AndNoPictureRepeats)
+{
+    const QString folder = dir.file(QStringLiteral("series"));
+    prompter.answers.push_back(Prompter::Answer::Ok);  // message 30011
+    const int written = runADay(folder, 480, [this] {
+        SimCamera::Faults faults = sim->faults();
+        faults.disconnectAfter = 1;
+        sim->setFaults(faults);
+        QElapsedTimer timer;
+        timer.start();
+        while (!sim->connectionLost(0) && timer.elapsed() < 10000)
+            QThread::msleep(5);
+        ASSERT_TRUE(sim->connectionLost(0));
+    });
+    EXPECT_EQ(written, 480);
+    EXPECT_TRUE(log().contains(QStringLiteral(" Error: ICubeSDK_SaveToFile(-10)\r\n")))
+        << log().toStdString();
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, w->data().messages.text(30011));
+    expectSeriesEnded();
+    expectWholeAndMoving(folder, 480);
 }
 
 // --- quick save ---

@@ -220,6 +220,28 @@ TEST_F(Recording, UnsavedResults_AnsweredNo_DoesNotArm)
     EXPECT_EQ(prompter.messages[0].buttons, Prompter::Buttons::YesNo);
     EXPECT_EQ(prompter.messages[0].defaultAnswer, Prompter::Answer::No);
     EXPECT_EQ(w->camera().runState(), CameraPanel::kNormal);
+    EXPECT_TRUE(w->camera().stillShown());  // the measured still stays
+}
+
+TEST_F(Recording, ArmedWhileAStillIsShown_GoesBackToTheLivePicture)
+{
+    start();
+    clickPlayStop();  // the user froze a still before he chose to record
+    ASSERT_TRUE(w->camera().stillShown());
+    typed = QStringLiteral("5");
+    saveAs(QStringLiteral("clip.avi"));
+    EXPECT_EQ(w->camera().runState(), CameraPanel::kRecordingArmed);
+    EXPECT_FALSE(w->camera().stillShown());
+}
+
+TEST_F(Recording, StillShown_LengthCancelled_KeepsTheStill)
+{
+    start();
+    clickPlayStop();
+    ASSERT_TRUE(w->camera().stillShown());
+    saveAs(QStringLiteral("clip.avi"));  // no length typed: Cancel
+    EXPECT_EQ(w->camera().runState(), CameraPanel::kNormal);
+    EXPECT_TRUE(w->camera().stillShown());
 }
 
 TEST_F(Recording, TwoSeconds_RecordsAValidAvi_CountsDown_AndEndsWithTheClosingClick)
