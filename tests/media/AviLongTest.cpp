@@ -20,7 +20,9 @@ namespace {
 // file is kept in TAVIX_LONG_DIR for the players the script asks afterwards.
 
 // Noise, which hardly compresses (about a megabyte a frame), until the
-// recorder takes no more or 2000 frames went in.
+// recorder takes no more or 2000 frames went in. Each frame waits for the
+// encoder to be done with the one before, so that a busy machine makes the
+// file no smaller.
 void feedNoise(AviRecorder& recorder)
 {
     std::vector<quint32> pixels(size_t(1280) * 1024 * 3 / 4 + 1);
@@ -34,7 +36,12 @@ void feedNoise(AviRecorder& recorder)
         v.format = QImage::Format_RGB888;
         v.captureNs = std::int64_t(n) * 40'000'000;
         recorder.addFrame(v);
-        QThread::msleep(30);
+        for (int waited = 0; waited < 5000 && recorder.busy(); waited += 5) {
+            const RecordingStats stats = recorder.stats();
+            if (stats.framesWritten + stats.framesDropped > n)
+                break;
+            QThread::msleep(5);
+        }
     }
 }
 
