@@ -38,7 +38,7 @@ void feedNoise(AviRecorder& recorder)
         recorder.addFrame(v);
         for (int waited = 0; waited < 5000 && recorder.busy(); waited += 5) {
             const RecordingStats stats = recorder.stats();
-            if (stats.framesWritten + stats.framesDropped > n)
+            if (stats.framesWritten + stats.framesDropped >= n)  // the frame rate element holds back one
                 break;
             QThread::msleep(5);
         }
