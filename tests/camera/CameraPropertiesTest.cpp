@@ -184,7 +184,8 @@ TEST_F(CameraPropertiesOnStandIn, Exposure_MaximumExactly4096_EnablesRoughUpToOn
     EXPECT_EQ(slider(*p, "sldExposureTime(0)").value, 1);
     EXPECT_EQ(slider(*p, "sldExposureTime(1)").min, 3);
     EXPECT_EQ(slider(*p, "sldExposureTime(1)").max, 4095);
-    EXPECT_EQ(slider(*p, "sldExposureTime(1)").value, 0);
+    // 4096 leaves 0 for Fine, which its track bar holds at its minimum.
+    EXPECT_EQ(slider(*p, "sldExposureTime(1)").value, 3);
 }
 
 TEST_F(CameraPropertiesOnStandIn, Exposure_SplitsAt4096_AndWritesRoughTimes4096PlusFine)
@@ -205,16 +206,18 @@ TEST_F(CameraPropertiesOnStandIn, Exposure_SplitsAt4096_AndWritesRoughTimes4096P
     EXPECT_EQ(slider(*p, "sldExposureTime(1)").text, QStringLiteral("0.063"));
 }
 
-TEST_F(CameraPropertiesOnStandIn, Exposure_ValueBeyond32Bits_IsAnErrorOfTheHandler)
+TEST_F(CameraPropertiesOnStandIn, Exposure_RoughBeyondItsMaximum_IsHeldThere_AsTheTrackBarHoldsIt)
 {
-    auto p = load();
+    auto p = load();  // 5000 of 1..50000: Rough 1 of 12, Fine 904
     p->sliderChanged(kRough, 600000);
-    EXPECT_TRUE(logHas(QStringLiteral("frmiCubeProp:sldExposureTime_Change Error.(6)")));
-    EXPECT_EQ(standIn.callCount("ICubeSDK_SetCamParameter"), 0);
+    EXPECT_EQ(slider(*p, "sldExposureTime(0)").value, 12);
+    EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetCamParameter"), QStringLiteral("0,7,%1").arg(12 * 4096 + 904));
+    EXPECT_TRUE(log().isEmpty()) << log().toStdString();
 }
 
 TEST_F(CameraPropertiesOnStandIn, Gamma_ShowsValueOver64)
 {
+    standIn.setParamRange(3, 1, 0, 1, 64, 0, 255);
     auto p = load();  // 96
     EXPECT_EQ(caption(*p, "lblGamma"), QStringLiteral("1.5"));
     p->sliderChanged(QStringLiteral("sldGamma"), 64);
@@ -439,10 +442,12 @@ TEST_F(CameraPropertiesOnStandIn, EveryPlainSlider_WritesItsType_AndShowsTheValu
     auto p = load();
     for (const auto& s : CameraProperties::plainSliders()) {
         statistics.reset(100.0f);
-        p->sliderChanged(QLatin1String(s.slider), 17);
-        EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetCamParameter"), QStringLiteral("0,%1,17").arg(s.type))
+        const int value = slider(*p, s.slider).min + 1;
+        p->sliderChanged(QLatin1String(s.slider), value);
+        EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetCamParameter"),
+                  QStringLiteral("0,%1,%2").arg(s.type).arg(value))
             << s.slider;
-        EXPECT_EQ(caption(*p, s.label), QStringLiteral("17")) << s.slider;
+        EXPECT_EQ(caption(*p, s.label), QString::number(value)) << s.slider;
         EXPECT_EQ(statistics.startTime(), FrameStatistics::kRestart) << s.slider;
     }
 }
