@@ -281,7 +281,7 @@ QWidget* frmiCubeProp::buildLightTab()
     auto* focusAuto = new QLabel(QStringLiteral("Auto"), focus);
     focusAuto->setAlignment(Qt::AlignCenter);
     f->addWidget(focusAuto, 0, 3);
-    addSlider(f, 1, "Focus:", "sldFocus", "lblFocus");
+    addSlider(f, 1, "Position:", "sldFocus", "lblFocus");
     f->addWidget(addCheck("chkFocus", ""), 1, 3, Qt::AlignCenter);
     outer->addWidget(focus);
     outer->addStretch(1);
