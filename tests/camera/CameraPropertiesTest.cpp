@@ -1,4 +1,5 @@
 #include "../calib/PrintQt.h"
+#include "DialogParts.h"
 #include "ICubeStandIn.h"
 #include "ScriptedPrompter.h"
 #include "ShippedMessages.h"
@@ -23,7 +24,7 @@ using tavix::test::TempDir;
 namespace {
 
 // The properties logic over the vendor driver and the scriptable stand-in library.
-class CameraPropertiesOnStandIn : public ::testing::Test {
+class CameraPropertiesOnStandIn : public ::testing::Test, protected test::DialogParts {
 protected:
     void SetUp() override
     {
@@ -49,16 +50,6 @@ protected:
         return p;
     }
 
-    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
-    // The log's messages, without their time stamps.
-    QStringList logLines() const
-    {
-        QStringList lines;
-        for (const QString& line : log().split(QStringLiteral("\r\n"), Qt::SkipEmptyParts))
-            lines.append(
-                line.mid(ErrorLog::timestamp(QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5))).size() + 1));
-        return lines;
-    }
     bool logHas(const QString& line) const { return logLines().contains(line); }
     // The types of one function's calls, in order.
     QList<int> typesOf(const char* function)
@@ -84,15 +75,6 @@ protected:
         return p.controls().captions.at(QLatin1String(name));
     }
 
-    TempDir dir;
-    // A fixed time, so that the log's messages can be read without their stamps.
-    ErrorLog errorLog{dir.file(QStringLiteral("Error.Log")),
-                      [] { return QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5)); }};
-    Settings settings;
-    MessageTable messages = test::shippedMessages();
-    ScriptedPrompter prompter;
-    ManualClock clock;
-    FrameStatistics statistics;
     int paints = 0;
     ICubeDriver driver{QStringList{ICubeStandIn::path()}};
     ICubeStandIn standIn;

@@ -1,4 +1,5 @@
 #include "../calib/PrintQt.h"
+#include "DialogParts.h"
 #include "FakeUvcCamera.h"
 #include "ICubeStandIn.h"
 #include "ScriptedPrompter.h"
@@ -224,7 +225,7 @@ std::unique_ptr<Rig> rigFor(const std::string& driver)
 }
 
 // The settings dialog's logic over a driver's rig, on a clock that moves only when waited on.
-class SettingsFixture : public ::testing::Test {
+class SettingsFixture : public ::testing::Test, protected test::DialogParts {
 protected:
     void TearDown() override
     {
@@ -249,15 +250,6 @@ protected:
     // Forgets the lines of the dialog's load (the parameters the camera lacks).
     void forgetLog() { QFile::remove(errorLog.path()); }
     QStringList errorLines() const { return logLines().filter(QRegularExpression(QStringLiteral("^Error"))); }
-    QStringList logLines() const
-    {
-        QStringList lines;
-        const QString log = QString::fromUtf8(dir.read(QStringLiteral("Error.Log")));
-        for (const QString& line : log.split(QStringLiteral("\r\n"), Qt::SkipEmptyParts))
-            lines.append(
-                line.mid(ErrorLog::timestamp(QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5))).size() + 1));
-        return lines;
-    }
     const CameraProperties::Slider& slider(const char* name) const
     {
         return props->controls().sliders.at(QLatin1String(name));
@@ -269,15 +261,6 @@ protected:
         return rig->writes().filter(QRegularExpression(QStringLiteral("^%1=").arg(type)));
     }
 
-    TempDir dir;
-    // A fixed time, so that the log's messages can be read without their stamps.
-    ErrorLog errorLog{dir.file(QStringLiteral("Error.Log")),
-                      [] { return QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5)); }};
-    Settings settings;
-    MessageTable messages = test::shippedMessages();
-    ScriptedPrompter prompter;
-    ManualClock clock;
-    FrameStatistics statistics;
     std::unique_ptr<Rig> rig;
     std::unique_ptr<CameraSession> session;
     std::unique_ptr<CameraProperties> props;
