@@ -41,7 +41,6 @@ public:
     // white balance running.
     void open(std::unique_ptr<V4l2ControlAccess> controls);
     void close();
-    bool hasControls() const { return controls_ != nullptr; }
 
     int range(int type, CamParamRange& range);
     // Reading the white balance ends a run whose time is up.
