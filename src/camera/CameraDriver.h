@@ -21,6 +21,16 @@ struct CamParamRange {
     std::int32_t maximum = 0;
 };
 
+// Parameter types of the program's own, beyond the vendor's: controls that
+// USB and GenICam cameras offer and the vendor's cameras lack. A driver whose
+// camera lacks one reports its range as not enabled.
+namespace ExtraParam {
+constexpr int kWhiteBalanceTemperature = 160;  // kelvin; automatic white balance is its auto mode
+constexpr int kFocus = 161;                    // the camera's focus units; autofocus is its auto mode
+constexpr int kPowerLineFrequency = 162;       // 0 off, 1 50 Hz, 2 60 Hz, 3 automatic
+constexpr int kDynamicFrameRate = 163;         // 1: automatic exposure may lower the frame rate
+}  // namespace ExtraParam
+
 // Receives frames from a driver's own thread.
 class FrameSink {
 public:

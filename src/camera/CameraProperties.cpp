@@ -10,6 +10,7 @@
 #include "common/Prompter.h"
 #include "common/RunError.h"
 
+#include <algorithm>
 #include <string>
 
 namespace tavix {
@@ -40,6 +41,15 @@ const QString kFine = QStringLiteral("sldExposureTime(1)");
 QString n(const char* name)
 {
     return QLatin1String(name);
+}
+
+// The names of the power-line frequency menu's values.
+const char* const kPowerLineNames[] = {"Off", "50 Hz", "60 Hz", "Auto"};
+
+// A track bar holds no value outside its range.
+int clampToRange(int value, const CameraProperties::Slider& s)
+{
+    return std::clamp(value, s.min, std::max(s.min, s.max));
 }
 
 // "0.0##": one decimal at least, three at most.
@@ -83,17 +93,35 @@ const std::vector<CameraProperties::PlainCheck>& CameraProperties::plainChecks()
     return checks;
 }
 
+const std::vector<CameraProperties::AutoSlider>& CameraProperties::autoSliders()
+{
+    static const std::vector<AutoSlider> sliders{
+        {kBlackLevel, "sldBlackLevel", "lblBlackLevel", "chkBlackLevel"},
+        {ExtraParam::kWhiteBalanceTemperature, "sldWhiteBalanceTemperature", "lblWhiteBalanceTemperature",
+         "chkWhiteBalanceTemperature"},
+        {ExtraParam::kFocus, "sldFocus", "lblFocus", "chkFocus"},
+    };
+    return sliders;
+}
+
 CameraProperties::CameraProperties(const Parts& parts) : p_(parts)
 {
     for (const PlainSlider& s : plainSliders()) {
         c_.sliders[n(s.slider)] = {};
         c_.captions[n(s.label)] = {};
     }
+    for (const AutoSlider& a : autoSliders()) {
+        c_.sliders[n(a.slider)] = {};
+        c_.captions[n(a.label)] = {};
+        c_.checks[n(a.box)] = {};
+    }
+    c_.checks[n("chkDynamicFrameRate")] = {};
+    c_.choices[n("cboPowerLineFrequency")] = {};
     for (const char* slider : {"sldExposureTime(0)", "sldExposureTime(1)", "sldClock", "sldGamma"})
         c_.sliders[n(slider)] = {};
     for (const PlainCheck& box : plainChecks())
         c_.checks[n(box.box)] = {};
-    for (const char* box : {"chkExposureTime", "chkBlackLevel", "chkEnableGamma"})
+    for (const char* box : {"chkExposureTime", "chkEnableGamma"})
         c_.checks[n(box)] = {};
     for (const char* label :
          {"lblExposureTime", "lblClock", "lblClockMin", "lblClockMax", "lblGamma", "lblCurrentResolution"})
@@ -195,7 +223,7 @@ void CameraProperties::LoadSliderParam(int type, const QString& slider, const QS
     std::int32_t value = 0;
     if (!readValue(type, value))
         return unavailable(type, slider, label, autoBox);
-    s.value = value;
+    s.value = clampToRange(value, s);
     c_.captions.at(label) = QString::number(value);
     switch (readAuto(type, range, autoBox)) {
         case Auto::None:
@@ -242,10 +270,10 @@ void CameraProperties::LoadExposureParam(int type, const QString& rough, const Q
     if (!readValue(type, value))
         return off();
     if (!split) {
-        f.value = value;
+        f.value = clampToRange(value, f);
     } else {
-        f.value = value % kExposureSplit;  // truncating, as the sign is kept
-        r.value = value / kExposureSplit;
+        f.value = clampToRange(value % kExposureSplit, f);  // truncating, as the sign is kept
+        r.value = clampToRange(value / kExposureSplit, r);
     }
     c_.captions.at(label) = QString::number(value);
     switch (readAuto(type, range, autoBox)) {
@@ -341,7 +369,50 @@ void CameraProperties::LoadAllParams()
     LoadSliderParam(106, n("sldOffsetRed"), n("lblOffsetRed"));
     LoadSliderParam(107, n("sldOffsetGreen"), n("lblOffsetGreen"));
     LoadSliderParam(108, n("sldOffsetBlue"), n("lblOffsetBlue"));
+
+    loadExtraParams();
     loading_ = false;
+}
+
+void CameraProperties::loadExtraParams()
+{
+    // Most cameras lack some of these: one they lack is greyed without a log line.
+    const auto offered = [this](int type, CamParamRange& range) {
+        return driver().GetCamParameterRange(cam(), type, range) == 0 && range.enabled;
+    };
+    CamParamRange range;
+    for (const AutoSlider& a : autoSliders()) {
+        if (a.type == kBlackLevel)
+            continue;
+        if (offered(a.type, range)) {
+            c_.checks.at(n(a.box)).enabled = true;
+            LoadSliderParam(a.type, n(a.slider), n(a.label), n(a.box));
+        } else {
+            c_.sliders.at(n(a.slider)).enabled = false;
+            c_.captions.at(n(a.label)).clear();
+            c_.checks.at(n(a.box)) = Check{0, false};
+        }
+    }
+
+    Choice& powerLine = c_.choices.at(n("cboPowerLineFrequency"));
+    powerLine = Choice{};
+    std::int32_t value = 0;
+    if (offered(ExtraParam::kPowerLineFrequency, range) &&
+        readValue(ExtraParam::kPowerLineFrequency, value)) {
+        powerLine.first = std::clamp(range.minimum, 0, 3);
+        for (int v = powerLine.first; v <= std::clamp(range.maximum, 0, 3); ++v)
+            powerLine.items.append(QLatin1String(kPowerLineNames[v]));
+        powerLine.index = value - powerLine.first;
+    } else {
+        powerLine.enabled = false;
+    }
+
+    Check& dynamic = c_.checks.at(n("chkDynamicFrameRate"));
+    dynamic.enabled = true;
+    if (offered(ExtraParam::kDynamicFrameRate, range))
+        loadCheck(ExtraParam::kDynamicFrameRate, n("chkDynamicFrameRate"));
+    else
+        dynamic = Check{0, false};
 }
 
 // ---- writing ----
@@ -408,10 +479,17 @@ void CameraProperties::SetParamDefault(int type)
 
 void CameraProperties::sliderChanged(const QString& slider, int value)
 {
-    c_.sliders.at(slider).value = value;
+    Slider& moved = c_.sliders.at(slider);
+    moved.value = clampToRange(value, moved);
     for (const PlainSlider& s : plainSliders())
         if (slider == QLatin1String(s.slider))
             return guarded((s.slider + std::string("_Change")).c_str(), [&] { sldPlain_Change(s); });
+    for (const AutoSlider& a : autoSliders())
+        if (slider == QLatin1String(a.slider))
+            return guarded((a.slider + std::string("_Change")).c_str(), [&] {
+                if (!loading_)
+                    SetParam(a.type, moved.value, n(a.label));
+            });
     if (slider == QLatin1String("sldGamma"))
         return guarded("sldGamma_Change", [this] { sldGamma_Change(); });
     if (slider == kRough || slider == kFine)
@@ -430,8 +508,29 @@ void CameraProperties::checkClicked(const QString& box, int value)
         return guarded("chkEnableGamma_Click", [this] { chkEnableGamma_Click(); });
     if (box == QLatin1String("chkExposureTime"))
         return guarded("chkExposureTime_Click", [this] { chkExposureTime_Click(); });
-    if (box == QLatin1String("chkBlackLevel"))
-        return guarded("chkBlackLevel_Click", [this] { chkBlackLevel_Click(); });
+    for (const AutoSlider& a : autoSliders())
+        if (box == QLatin1String(a.box))
+            return guarded((a.box + std::string("_Click")).c_str(), [&] { chkAuto_Click(a); });
+    if (box == QLatin1String("chkDynamicFrameRate"))
+        return guarded("chkDynamicFrameRate_Click", [this] {
+            if (!loading_)
+                SetParam(ExtraParam::kDynamicFrameRate, c_.checks.at(n("chkDynamicFrameRate")).value);
+        });
+}
+
+void CameraProperties::choiceClicked(const QString& list, int index)
+{
+    c_.choices.at(list).index = index;
+    if (list == QLatin1String("cboPowerLineFrequency"))
+        guarded("cboPowerLineFrequency_Click", [this] { cboPowerLineFrequency_Click(); });
+}
+
+void CameraProperties::cboPowerLineFrequency_Click()
+{
+    if (loading_)
+        return;
+    const Choice& c = c_.choices.at(n("cboPowerLineFrequency"));
+    SetParam(ExtraParam::kPowerLineFrequency, c.first + c.index);
 }
 
 void CameraProperties::resolutionClicked(int index)
@@ -519,15 +618,15 @@ void CameraProperties::chkExposureTime_Click()
     c_.sliders.at(n("sldGain")).enabled = c_.checks.at(n("chkExposureTime")).value == 0;
 }
 
-void CameraProperties::chkBlackLevel_Click()
+void CameraProperties::chkAuto_Click(const AutoSlider& a)
 {
     if (loading_)
         return;
-    const std::int32_t flag = c_.checks.at(n("chkBlackLevel")).value;
-    if (const int r = driver().SetParamAuto(cam(), kBlackLevel, flag); r == 0) {
-        LoadSliderParam(kBlackLevel, n("sldBlackLevel"), n("lblBlackLevel"), n("chkBlackLevel"));
+    const std::int32_t flag = c_.checks.at(n(a.box)).value;
+    if (const int r = driver().SetParamAuto(cam(), a.type, flag); r == 0) {
+        LoadSliderParam(a.type, n(a.slider), n(a.label), n(a.box));
     } else {
-        setParamAutoFailed(r, kBlackLevel, flag, n("lblBlackLevel"));
+        setParamAutoFailed(r, a.type, flag, n(a.label));
     }
 }
 
@@ -558,6 +657,10 @@ void CameraProperties::cmdAWB_Click()
         LoadSliderParam(kGainRed, n("sldGainRed"), n("lblGainRed"));
         LoadSliderParam(kGainGreen, n("sldGainGreen"), n("lblGainGreen"));
         LoadSliderParam(kGainBlue, n("sldGainBlue"), n("lblGainBlue"));
+        // A webcam balances with its colour temperature rather than the gains.
+        if (c_.checks.at(n("chkWhiteBalanceTemperature")).enabled)
+            LoadSliderParam(ExtraParam::kWhiteBalanceTemperature, n("sldWhiteBalanceTemperature"),
+                            n("lblWhiteBalanceTemperature"), n("chkWhiteBalanceTemperature"));
     });
 }
 
@@ -566,8 +669,34 @@ void CameraProperties::cmdDefault_Click()
     guarded("cmdDefault_Click", [this] {
         if (loading_)
             return;
-        for (const int type : {7,  8,   12,  13, 4,   5,   14, 15, 147, 117, 1,   2,
-                               19, 109, 111, 3,  110, 115, 9,  10, 11,  106, 107, 108})
+        for (const int type : {7,
+                               8,
+                               12,
+                               13,
+                               4,
+                               5,
+                               14,
+                               15,
+                               147,
+                               117,
+                               1,
+                               2,
+                               19,
+                               109,
+                               111,
+                               3,
+                               110,
+                               115,
+                               9,
+                               10,
+                               11,
+                               106,
+                               107,
+                               108,
+                               ExtraParam::kWhiteBalanceTemperature,
+                               ExtraParam::kFocus,
+                               ExtraParam::kPowerLineFrequency,
+                               ExtraParam::kDynamicFrameRate})
             SetParamDefault(type);
         LoadAllParams();
     });

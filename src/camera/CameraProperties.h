@@ -36,9 +36,17 @@ public:
         int value = 0;  // 0 unchecked, 1 checked
         bool enabled = true;
     };
+    // A drop-down list of a menu parameter: item i is the value first + i.
+    struct Choice {
+        QStringList items;
+        int index = -1;
+        int first = 0;
+        bool enabled = true;
+    };
     struct Controls {
         std::map<QString, Slider> sliders;
         std::map<QString, Check> checks;
+        std::map<QString, Choice> choices;
         std::map<QString, QString> captions;  // labels, and the Frame3 group
         QStringList resolutions;              // cboResolution
         int resolutionIndex = -1;
@@ -57,6 +65,14 @@ public:
         const char* box;
     };
     static const std::vector<PlainCheck>& plainChecks();
+    // A slider whose automatic mode has a box beside it.
+    struct AutoSlider {
+        int type;
+        const char* slider;
+        const char* label;
+        const char* box;
+    };
+    static const std::vector<AutoSlider>& autoSliders();
 
     static constexpr int kExposureSplit = 4096;  // Rough carries value \ 4096, Fine the rest
     static constexpr int kWhiteBalancePolls = 1000;
@@ -83,6 +99,7 @@ public:
     // The user's changes: the control takes the new value, then its handler runs.
     void sliderChanged(const QString& slider, int value);
     void checkClicked(const QString& box, int value);
+    void choiceClicked(const QString& list, int index);
     void resolutionClicked(int index);
     void cmdAWB_Click();
     void cmdDefault_Click();
@@ -105,7 +122,11 @@ private:
     void chkPlain_Click(const PlainCheck& c);
     void chkEnableGamma_Click();
     void chkExposureTime_Click();
-    void chkBlackLevel_Click();
+    void chkAuto_Click(const AutoSlider& a);
+    void cboPowerLineFrequency_Click();
+    // The controls of webcams and GenICam cameras beyond the vendor's: greyed
+    // (auto boxes too) where the camera lacks them.
+    void loadExtraParams();
     void cboResolution_Click();
     // The steps every load shares; each logs its failure.
     bool readRange(int type, CamParamRange& range);  // false when failed or not offered

@@ -1,4 +1,5 @@
 #include "../calib/PrintQt.h"
+#include "DialogParts.h"
 #include "ScriptedPrompter.h"
 #include "ShippedMessages.h"
 #include "TempDir.h"
@@ -44,7 +45,7 @@ public:
 };
 
 // The properties logic over the simulated camera, on a clock that moves only when waited on.
-class CameraPropertiesOnSim : public ::testing::Test {
+class CameraPropertiesOnSim : public ::testing::Test, protected test::DialogParts {
 protected:
     void start(SimCamera::Options options = quiet())
     {
@@ -59,7 +60,6 @@ protected:
         props->Form_Load();
     }
 
-    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
     const CameraProperties::Slider& slider(const char* name) const
     {
         return props->controls().sliders.at(QLatin1String(name));
@@ -83,15 +83,6 @@ protected:
         return sum / n;
     }
 
-    TempDir dir;
-    // A fixed time, so that the log's messages can be read without their stamps.
-    ErrorLog errorLog{dir.file(QStringLiteral("Error.Log")),
-                      [] { return QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5)); }};
-    Settings settings;
-    MessageTable messages = test::shippedMessages();
-    ScriptedPrompter prompter;
-    ManualClock clock;
-    FrameStatistics statistics;
     std::unique_ptr<HookedSim> sim;
     std::unique_ptr<CameraSession> session;
     std::unique_ptr<CameraProperties> props;

@@ -1,4 +1,5 @@
 #include "../calib/PrintQt.h"
+#include "DialogParts.h"
 #include "ICubeStandIn.h"
 #include "ScriptedPrompter.h"
 #include "ShippedMessages.h"
@@ -23,32 +24,13 @@ using tavix::test::TempDir;
 namespace {
 
 // The properties logic over the vendor driver and the scriptable stand-in library.
-class CameraPropertiesOnStandIn : public ::testing::Test {
+class CameraPropertiesOnStandIn : public ::testing::Test, protected test::DialogParts {
 protected:
     void SetUp() override
     {
         ASSERT_TRUE(driver.loaded()) << driver.errorText().toStdString();
         standIn.reset();
-        standIn.setModeList({1, 5, 8});
-        standIn.setMode(5);
-        // A camera that offers every parameter of the dialog except the frame rate.
-        struct R {
-            int type, autoMode, def, min, max, value;
-        };
-        for (const R& r : std::initializer_list<R>{
-                 {1, 0, 0, -64, 64, 5},       {2, 0, 32, 0, 64, 40},      {3, 0, 64, 16, 255, 96},
-                 {4, 0, 0, 0, 1, 1},          {5, 0, 0, 0, 1, 0},         {6, 0, 0, 0, 1, 1},
-                 {7, 1, 960, 1, 50000, 5000}, {8, 0, 128, 16, 240, 100},  {9, 0, 64, 0, 255, 70},
-                 {10, 0, 64, 0, 255, 64},     {11, 0, 64, 0, 255, 90},    {12, 1, 4, 0, 64, 6},
-                 {13, 0, 32, 32, 255, 48},    {14, 0, 1, 0, 1, 1},        {15, 0, 48, 12, 96, 48},
-                 {19, 0, 64, 0, 128, 70},     {106, 0, 0, -64, 64, -3},   {107, 0, 0, -64, 64, 0},
-                 {108, 0, 0, -64, 64, 7},     {109, 0, 0, -180, 180, 20}, {110, 0, 0, 0, 1, 0},
-                 {111, 0, 1, 0, 1, 1},        {115, 0, 0, 0, 1, 1},       {117, 0, 1, 0, 1, 1},
-             }) {
-            standIn.setParamRange(r.type, 1, r.autoMode, 1, r.def, r.min, r.max);
-            standIn.setParam(r.type, r.value);
-        }
-        standIn.setExposure(20.0f);
+        standIn.offerEveryDialogParameter();
         view.showResolution = [this](const QString& t) { panel = t; };
         ASSERT_TRUE(session.open(view));
         QFile::remove(errorLog.path());  // the opening's lines
@@ -68,16 +50,6 @@ protected:
         return p;
     }
 
-    QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
-    // The log's messages, without their time stamps.
-    QStringList logLines() const
-    {
-        QStringList lines;
-        for (const QString& line : log().split(QStringLiteral("\r\n"), Qt::SkipEmptyParts))
-            lines.append(
-                line.mid(ErrorLog::timestamp(QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5))).size() + 1));
-        return lines;
-    }
     bool logHas(const QString& line) const { return logLines().contains(line); }
     // The types of one function's calls, in order.
     QList<int> typesOf(const char* function)
@@ -103,15 +75,6 @@ protected:
         return p.controls().captions.at(QLatin1String(name));
     }
 
-    TempDir dir;
-    // A fixed time, so that the log's messages can be read without their stamps.
-    ErrorLog errorLog{dir.file(QStringLiteral("Error.Log")),
-                      [] { return QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5)); }};
-    Settings settings;
-    MessageTable messages = test::shippedMessages();
-    ScriptedPrompter prompter;
-    ManualClock clock;
-    FrameStatistics statistics;
     int paints = 0;
     ICubeDriver driver{QStringList{ICubeStandIn::path()}};
     ICubeStandIn standIn;
@@ -184,7 +147,8 @@ TEST_F(CameraPropertiesOnStandIn, Exposure_MaximumExactly4096_EnablesRoughUpToOn
     EXPECT_EQ(slider(*p, "sldExposureTime(0)").value, 1);
     EXPECT_EQ(slider(*p, "sldExposureTime(1)").min, 3);
     EXPECT_EQ(slider(*p, "sldExposureTime(1)").max, 4095);
-    EXPECT_EQ(slider(*p, "sldExposureTime(1)").value, 0);
+    // 4096 leaves 0 for Fine, which its track bar holds at its minimum.
+    EXPECT_EQ(slider(*p, "sldExposureTime(1)").value, 3);
 }
 
 TEST_F(CameraPropertiesOnStandIn, Exposure_SplitsAt4096_AndWritesRoughTimes4096PlusFine)
@@ -205,16 +169,18 @@ TEST_F(CameraPropertiesOnStandIn, Exposure_SplitsAt4096_AndWritesRoughTimes4096P
     EXPECT_EQ(slider(*p, "sldExposureTime(1)").text, QStringLiteral("0.063"));
 }
 
-TEST_F(CameraPropertiesOnStandIn, Exposure_ValueBeyond32Bits_IsAnErrorOfTheHandler)
+TEST_F(CameraPropertiesOnStandIn, Exposure_RoughBeyondItsMaximum_IsHeldThere_AsTheTrackBarHoldsIt)
 {
-    auto p = load();
+    auto p = load();  // 5000 of 1..50000: Rough 1 of 12, Fine 904
     p->sliderChanged(kRough, 600000);
-    EXPECT_TRUE(logHas(QStringLiteral("frmiCubeProp:sldExposureTime_Change Error.(6)")));
-    EXPECT_EQ(standIn.callCount("ICubeSDK_SetCamParameter"), 0);
+    EXPECT_EQ(slider(*p, "sldExposureTime(0)").value, 12);
+    EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetCamParameter"), QStringLiteral("0,7,%1").arg(12 * 4096 + 904));
+    EXPECT_TRUE(log().isEmpty()) << log().toStdString();
 }
 
 TEST_F(CameraPropertiesOnStandIn, Gamma_ShowsValueOver64)
 {
+    standIn.setParamRange(3, 1, 0, 1, 64, 0, 255);
     auto p = load();  // 96
     EXPECT_EQ(caption(*p, "lblGamma"), QStringLiteral("1.5"));
     p->sliderChanged(QStringLiteral("sldGamma"), 64);
@@ -439,10 +405,12 @@ TEST_F(CameraPropertiesOnStandIn, EveryPlainSlider_WritesItsType_AndShowsTheValu
     auto p = load();
     for (const auto& s : CameraProperties::plainSliders()) {
         statistics.reset(100.0f);
-        p->sliderChanged(QLatin1String(s.slider), 17);
-        EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetCamParameter"), QStringLiteral("0,%1,17").arg(s.type))
+        const int value = slider(*p, s.slider).min + 1;
+        p->sliderChanged(QLatin1String(s.slider), value);
+        EXPECT_EQ(standIn.lastArgs("ICubeSDK_SetCamParameter"),
+                  QStringLiteral("0,%1,%2").arg(s.type).arg(value))
             << s.slider;
-        EXPECT_EQ(caption(*p, s.label), QStringLiteral("17")) << s.slider;
+        EXPECT_EQ(caption(*p, s.label), QString::number(value)) << s.slider;
         EXPECT_EQ(statistics.startTime(), FrameStatistics::kRestart) << s.slider;
     }
 }

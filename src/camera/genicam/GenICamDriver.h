@@ -30,15 +30,20 @@ namespace tavix {
 // features where the camera has them (the others report a range that is not enabled):
 //   7 exposure in microseconds (ExposureTime), automatic with ExposureAuto
 //   8 exposure target (AutoTargetBrightness, TargetBrightness)
-//   13 gain (Gain in tenths of a dB, or GainRaw as it stands)
+//   13 gain (Gain in tenths of a dB, or GainRaw as it stands); its GainAuto
+//     has no box in the settings dialog, so it is reported only while on
 //   12 black level (BlackLevel, BlackLevelRaw), automatic with BlackLevelAuto
 //   3 gamma x 64 (Gamma), 111 its enable (GammaEnable)
 //   5 ReverseX, 4 ReverseY
-//   9-11 red/green/blue BalanceRatio x 64, 6 BalanceWhiteAuto Once: reads 0
+//   9-11 red/green/blue BalanceRatio x 64 (BalanceWhiteAuto reported as
+//     their automatic mode only while on), 6 BalanceWhiteAuto Once: reads 0
 //     while the camera balances, 1 when done
 //   147 AcquisitionFrameRate in fps (enabling AcquisitionFrameRateEnable)
 //   24 AVI being written: always 0
-// The default of a parameter is its value when the camera was opened.
+// The default of a parameter is its value when the camera was opened (GenICam
+// features carry no default of their own), that of an automatic mode with a
+// box in the dialog its state then; the modes without a box default to off.
+// A value written while its automatic mode is on is left to that mode.
 //
 // A camera that drops off the bus (control lost) is logged; the stream ends,
 // IsStarted answers 0 and the newest frame stays for SaveToFile.

@@ -29,20 +29,44 @@ struct Mapping {
     const char* selectorValue;
     const char* autoName;  // the Off/Continuous enumeration of its automatic mode
     const char* enable;    // a boolean switched on before a write
+    // Whether the settings dialog has a box for the automatic mode; one
+    // without is reported only while on, and its default is off.
+    bool autoBox = true;
 };
 
 constexpr Mapping kMappings[] = {
     {kExposure, {"ExposureTime", "ExposureTimeAbs"}, 1, nullptr, nullptr, "ExposureAuto", nullptr},
     {8, {"AutoTargetBrightness", "TargetBrightness"}, 1, nullptr, nullptr, nullptr, nullptr},
-    {13, {"Gain", "GainRaw"}, 10, nullptr, nullptr, nullptr, nullptr},
+    {13, {"Gain", "GainRaw"}, 10, nullptr, nullptr, "GainAuto", nullptr, false},
     {12, {"BlackLevel", "BlackLevelRaw"}, 1, nullptr, nullptr, "BlackLevelAuto", nullptr},
     {3, {"Gamma", nullptr}, 64, nullptr, nullptr, nullptr, nullptr},
     {111, {"GammaEnable", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
     {5, {"ReverseX", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
     {4, {"ReverseY", nullptr}, 1, nullptr, nullptr, nullptr, nullptr},
-    {9, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Red", nullptr, nullptr},
-    {10, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Green", nullptr, nullptr},
-    {11, {"BalanceRatio", "BalanceRatioAbs"}, 64, "BalanceRatioSelector", "Blue", nullptr, nullptr},
+    {9,
+     {"BalanceRatio", "BalanceRatioAbs"},
+     64,
+     "BalanceRatioSelector",
+     "Red",
+     "BalanceWhiteAuto",
+     nullptr,
+     false},
+    {10,
+     {"BalanceRatio", "BalanceRatioAbs"},
+     64,
+     "BalanceRatioSelector",
+     "Green",
+     "BalanceWhiteAuto",
+     nullptr,
+     false},
+    {11,
+     {"BalanceRatio", "BalanceRatioAbs"},
+     64,
+     "BalanceRatioSelector",
+     "Blue",
+     "BalanceWhiteAuto",
+     nullptr,
+     false},
     {147,
      {"AcquisitionFrameRate", "AcquisitionFrameRateAbs"},
      1,
@@ -85,7 +109,7 @@ void GenICamFeatures::attach(_ArvCamera* camera)
         std::int32_t value = 0;
         if (feature(m.type, f) && read(f, value) == 0)
             defaults_.emplace_back(m.type, value);
-        if (m.autoName && arv_device_is_feature_available(device, m.autoName, nullptr))
+        if (m.autoName && m.autoBox && arv_device_is_feature_available(device, m.autoName, nullptr))
             autoDefaults_.emplace_back(m.type, autoOn(m.autoName) ? 1 : 0);
     }
 }
@@ -199,8 +223,9 @@ int GenICamFeatures::range(int type, CamParamRange& range) const
     if (AravisCalls::failed(error, log_))
         return GenICamDriver::kFailed;
     range.enabled = 1;
-    range.autoMode =
-        f.mapping->autoName && arv_device_is_feature_available(device, f.mapping->autoName, nullptr) ? 1 : 0;
+    const char* autoName = f.mapping->autoName;
+    if (autoName && arv_device_is_feature_available(device, autoName, nullptr))
+        range.autoMode = f.mapping->autoBox || autoOn(autoName) ? 1 : 0;
     range.third = 1;
     const auto def =
         std::find_if(defaults_.begin(), defaults_.end(), [type](auto& d) { return d.first == type; });
@@ -233,14 +258,22 @@ int GenICamFeatures::set(int type, std::int32_t value)
     range(type, r);
     if (value < r.minimum || value > r.maximum)
         return GenICamDriver::kOutOfRange;
+    // Its automatic mode governs the value now: a camera refuses the write or undoes it.
+    if (r.autoMode && autoOn(f.mapping->autoName))
+        return 0;
     return write(f, value);
+}
+
+bool GenICamFeatures::hasAuto(int type) const
+{
+    const Mapping* m = mappingOf(type);
+    return m && m->autoName && camera_ &&
+           arv_device_is_feature_available(arv_camera_get_device(camera_), m->autoName, nullptr);
 }
 
 int GenICamFeatures::getAuto(int type, std::int32_t& flag) const
 {
-    CamParamRange r;
-    range(type, r);
-    if (!r.autoMode)
+    if (!hasAuto(type))
         return GenICamDriver::kNotSupported;
     flag = autoOn(mappingOf(type)->autoName) ? 1 : 0;
     return 0;
@@ -248,9 +281,7 @@ int GenICamFeatures::getAuto(int type, std::int32_t& flag) const
 
 int GenICamFeatures::setAuto(int type, std::int32_t flag)
 {
-    CamParamRange r;
-    range(type, r);
-    if (!r.autoMode)
+    if (!hasAuto(type))
         return GenICamDriver::kNotSupported;
     if (flag != 0 && flag != 1)
         return GenICamDriver::kOutOfRange;
@@ -262,6 +293,9 @@ int GenICamFeatures::setAuto(int type, std::int32_t flag)
 
 int GenICamFeatures::setAutoDefault(int type)
 {
+    // A mode the dialog cannot switch goes off, so that the value's default is taken.
+    if (hasAuto(type) && !mappingOf(type)->autoBox)
+        return setAuto(type, 0);
     const auto def =
         std::find_if(autoDefaults_.begin(), autoDefaults_.end(), [type](auto& d) { return d.first == type; });
     if (def == autoDefaults_.end())

@@ -43,6 +43,7 @@ private:
     int read(const Feature& f, std::int32_t& value) const;
     int write(const Feature& f, std::int32_t value);
     bool autoOn(const char* autoFeature) const;
+    bool hasAuto(int type) const;
 
     Log log_;
     _ArvCamera* camera_ = nullptr;

@@ -1,6 +1,7 @@
 #include "camera/graph/GraphDriver.h"
 
 #include "camera/Resolution.h"
+#include "camera/graph/V4l2Controls.h"
 
 #include <algorithm>
 
@@ -24,9 +25,17 @@ GstCaps* rawCaps(QSize size)
 
 }  // namespace
 
-GraphDriver::GraphDriver(const QString& graphPath, const QString& cameraFilterName, Log log)
-    : log_(std::move(log)), file_(graphPath, cameraFilterName, log_)
+GraphDriver::GraphDriver(const QString& graphPath, const QString& cameraFilterName, Log log, Clock* clock,
+                         OpenControls openControls)
+    : log_(std::move(log)),
+      ownClock_(clock ? nullptr : std::make_unique<SystemClock>()),
+      clock_(clock ? clock : ownClock_.get()),
+      openControls_(std::move(openControls)),
+      file_(graphPath, cameraFilterName, log_),
+      parameters_(*clock_)
 {
+    if (!openControls_)
+        openControls_ = [](const GraphFile& file) { return V4l2Controls::ofSource(file.deviceSource()); };
     for (void*& map : maps_)
         map = new GstMapInfo;
 }
@@ -236,7 +245,7 @@ int GraphDriver::Open(int cam)
         gst_element_set_state(file_.graph(), GST_STATE_NULL);
         return kFailed;
     }
-    parameters_.open(file_.devicePath());
+    parameters_.open(openControls_(file_));
     open_ = true;
     return 0;
 }
@@ -487,8 +496,7 @@ int GraphDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
         range.enabled = 1;
         return 0;
     }
-    range = parameters_.range(type);
-    return 0;
+    return parameters_.range(type, range);
 }
 
 int GraphDriver::SetCamParameter(int cam, int type, std::int32_t value)

@@ -4,10 +4,11 @@
 #include "camera/HeldFrame.h"
 #include "camera/graph/GraphFile.h"
 #include "camera/graph/GraphParameters.h"
+#include "common/Clock.h"
 
 #include <QSize>
 #include <atomic>
-#include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -27,16 +28,23 @@ namespace tavix {
 // Modes are the program's resolutions that the camera's output pin offers as
 // raw video; SetMode (while stopped) changes the size the next Start
 // negotiates. How a mode lies on the sensor is not known: a USB camera may
-// scale its whole field into a mode or crop it. Parameters map onto the device's controls when the camera
-// element opens a video device file (its "device" property); a source
-// without them (a test source) reports every range as not enabled:
-//   1 brightness, 2 contrast, 19 saturation, 109 hue, 13 gain, 12 black level
+// scale its whole field into a mode or crop it. Parameters map onto the
+// controls of the video device that a v4l2src feeding the camera element has
+// open (the camera element itself, or one upstream of it); a source without
+// one (a test source) reports every range as not enabled:
+//   1 brightness, 2 contrast, 19 saturation, 109 hue, 12 black level
+//   13 gain (its automatic gain reported only while on)
 //   3 gamma x 64 / 100 (the device counts 100 for a gamma of 1), 111 its
 //     enable (off sets the device's default gamma, on brings back the last)
 //   7 exposure in 100 us units, automatic with the device's exposure mode
-//   4 vertical flip, 5 horizontal flip, 9 red and 11 blue balance
+//   4 vertical flip, 5 horizontal flip
+//   9 red and 11 blue balance (the automatic white balance reported only while on)
 //   6 one-push white balance: the device's own when it has one, else its
-//     automatic white balance (temperature) for a moment, then held
+//     automatic white balance for GraphParameters::kWhiteBalanceMs on the
+//     clock, then held
+//   160 white-balance temperature in kelvin, automatic with the automatic white balance
+//   161 focus, automatic with autofocus; 162 power-line frequency (the menu's
+//     index); 163 dynamic frame rate (the exposure's automatic priority)
 //   24 AVI being written
 // An error on the pipeline while streaming (a pulled cable) is logged with
 // GStreamer's text; the stream ends, IsStarted answers 0, connectionLost
@@ -52,14 +60,17 @@ public:
     static constexpr int kWriteFailed = HeldFrame::kWriteFailed;
     static constexpr int kBadCamera = -9;
     static constexpr int kDisconnected = -10;
+    static constexpr int kRefused = -11;  // the device refused a write (an automatic mode holds the control)
     static constexpr int kAlreadyOpen = -24;
 
-    // How long the one-push white balance lets the device balance on its own.
-    static constexpr std::chrono::milliseconds kWhiteBalanceTime{1500};
-
     using Log = GraphFile::Log;
+    // Opens the controls of the device the graph's v4l2src has open (null:
+    // none); given the graph file, ready. Tests hand in a fake device.
+    using OpenControls = std::function<std::unique_ptr<V4l2ControlAccess>(const GraphFile&)>;
 
-    GraphDriver(const QString& graphPath, const QString& cameraFilterName, Log log = {});
+    // `clock` (not owned) times the one-push white balance; null: the system clock.
+    GraphDriver(const QString& graphPath, const QString& cameraFilterName, Log log = {},
+                Clock* clock = nullptr, OpenControls openControls = {});
     ~GraphDriver() override;
     GraphDriver(const GraphDriver&) = delete;
     GraphDriver& operator=(const GraphDriver&) = delete;
@@ -120,6 +131,9 @@ private:
     void dropHeld();
 
     Log log_;
+    std::unique_ptr<SystemClock> ownClock_;
+    Clock* clock_;
+    OpenControls openControls_;
     GraphFile file_;
     bool loadTried_ = false;
     bool loaded_ = false;

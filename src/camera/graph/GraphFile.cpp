@@ -4,6 +4,8 @@
 
 #include <QFile>
 #include <QStringList>
+#include <algorithm>
+#include <vector>
 
 #undef signals
 #include <gst/gst.h>
@@ -122,15 +124,54 @@ bool GraphFile::LoadGrfFile()
     return true;
 }
 
+namespace {
+
+bool isV4l2Source(GstElement* element)
+{
+    GstElementFactory* factory = gst_element_get_factory(element);
+    return factory && qstrcmp(gst_plugin_feature_get_name(GST_PLUGIN_FEATURE(factory)), "v4l2src") == 0;
+}
+
+}  // namespace
+
+GstElement* GraphFile::deviceSource() const
+{
+    // Breadth first from the camera element up its inputs: the nearest source wins.
+    std::vector<GstElement*> queue;
+    if (camera_)
+        queue.push_back(camera_);
+    for (size_t i = 0; i < queue.size(); ++i) {
+        GstElement* element = queue[i];
+        if (isV4l2Source(element))
+            return element;
+        GstIterator* pads = gst_element_iterate_sink_pads(element);
+        GValue item = G_VALUE_INIT;
+        while (gst_iterator_next(pads, &item) == GST_ITERATOR_OK) {
+            if (GstPad* peer = gst_pad_get_peer(GST_PAD(g_value_get_object(&item)))) {
+                GstElement* upstream = gst_pad_get_parent_element(peer);
+                gst_object_unref(peer);
+                // The graph holds every element; the reference taken here is not needed.
+                if (upstream) {
+                    gst_object_unref(upstream);
+                    if (std::find(queue.begin(), queue.end(), upstream) == queue.end())
+                        queue.push_back(upstream);
+                }
+            }
+            g_value_reset(&item);
+        }
+        g_value_unset(&item);
+        gst_iterator_free(pads);
+    }
+    return nullptr;
+}
+
 QString GraphFile::devicePath() const
 {
-    if (!camera_)
-        return {};
-    GParamSpec* spec = g_object_class_find_property(G_OBJECT_GET_CLASS(camera_), "device");
-    if (!spec || spec->value_type != G_TYPE_STRING)
+    GstElement* source = deviceSource();
+    if (!source)
         return {};
     gchar* device = nullptr;
-    g_object_get(camera_, "device", &device, nullptr);
+    g_object_get(source, "device", &device, nullptr);
     const QString path = QString::fromUtf8(device ? device : "");
     g_free(device);
     return path;

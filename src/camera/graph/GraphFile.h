@@ -39,8 +39,12 @@ public:
     _GstElement* graph() const { return graph_; }
     _GstElement* cameraFilter() const { return camera_; }
     _GstPad* outputPin() const { return pin_; }
-    // The device file the camera element opens (its "device" property), empty
-    // when it opens none.
+    // The element that opens the camera's video device: the camera element
+    // when it is a v4l2src, else the nearest v4l2src upstream of it (through
+    // any elements between them); null when there is none. No new reference.
+    _GstElement* deviceSource() const;
+    // The device file that element opens (its "device" property), empty when
+    // there is none.
     QString devicePath() const;
 
 private:

@@ -1,10 +1,12 @@
 #include "camera/graph/GraphParameters.h"
 
 #include "camera/graph/GraphDriver.h"
-#include "camera/graph/V4l2Controls.h"
+#include "common/Clock.h"
 
 #include <linux/videodev2.h>
-#include <QFileInfo>
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 
 namespace tavix {
 
@@ -12,55 +14,106 @@ namespace {
 
 constexpr int kGamma = 3;
 constexpr int kWhiteBalance = 6;
-constexpr int kExposure = 7;
 constexpr int kEnableGamma = 111;
 
-// The device control behind each plain parameter, and its scale
-// (parameter = control * numerator / denominator).
-struct Mapping {
+// A device's answer as the driver's status.
+int statusOf(int error)
+{
+    switch (error) {
+        case 0:
+            return 0;
+        case ENODEV:
+            return GraphDriver::kDisconnected;
+        case EACCES:
+        case EPERM:
+            return GraphDriver::kRefused;
+        case EINVAL:
+        case ERANGE:
+            return GraphDriver::kOutOfRange;
+        default:
+            return GraphDriver::kFailed;
+    }
+}
+
+}  // namespace
+
+// The device control behind a parameter, and its scale (parameter = control *
+// numerator / denominator, rounded either way so that every value comes back as written).
+struct GraphParameters::Mapping {
     int type;
     std::uint32_t id;
     int numerator;
     int denominator;
+
+    std::int32_t toParameter(std::int32_t control) const
+    {
+        return static_cast<std::int32_t>(std::lround(double(control) * numerator / denominator));
+    }
+    std::int32_t toControl(std::int32_t parameter) const
+    {
+        return static_cast<std::int32_t>(std::lround(double(parameter) * denominator / numerator));
+    }
 };
 
-constexpr Mapping kMappings[] = {
-    {1, V4L2_CID_BRIGHTNESS, 1, 1},    {2, V4L2_CID_CONTRAST, 1, 1},
-    {19, V4L2_CID_SATURATION, 1, 1},   {109, V4L2_CID_HUE, 1, 1},
-    {13, V4L2_CID_GAIN, 1, 1},         {12, V4L2_CID_BLACK_LEVEL, 1, 1},
-    {kGamma, V4L2_CID_GAMMA, 64, 100}, {kExposure, V4L2_CID_EXPOSURE_ABSOLUTE, 1, 1},
-    {4, V4L2_CID_VFLIP, 1, 1},         {5, V4L2_CID_HFLIP, 1, 1},
-    {9, V4L2_CID_RED_BALANCE, 1, 1},   {11, V4L2_CID_BLUE_BALANCE, 1, 1},
+// The control that switches a parameter's automatic mode, and whether the
+// settings dialog has a box for it.
+struct GraphParameters::AutoMode {
+    int type;
+    std::uint32_t id;
+    bool box;
 };
 
-const Mapping* mappingOf(int type)
+const GraphParameters::Mapping* GraphParameters::mappingOf(int type)
 {
+    static constexpr Mapping kMappings[] = {
+        {1, V4L2_CID_BRIGHTNESS, 1, 1},
+        {2, V4L2_CID_CONTRAST, 1, 1},
+        {19, V4L2_CID_SATURATION, 1, 1},
+        {109, V4L2_CID_HUE, 1, 1},
+        {13, V4L2_CID_GAIN, 1, 1},
+        {12, V4L2_CID_BLACK_LEVEL, 1, 1},
+        {kGamma, V4L2_CID_GAMMA, 64, 100},  // the device counts 100 for a gamma of 1
+        {7, V4L2_CID_EXPOSURE_ABSOLUTE, 1, 1},
+        {4, V4L2_CID_VFLIP, 1, 1},
+        {5, V4L2_CID_HFLIP, 1, 1},
+        {9, V4L2_CID_RED_BALANCE, 1, 1},
+        {11, V4L2_CID_BLUE_BALANCE, 1, 1},
+        {ExtraParam::kWhiteBalanceTemperature, V4L2_CID_WHITE_BALANCE_TEMPERATURE, 1, 1},
+        {ExtraParam::kFocus, V4L2_CID_FOCUS_ABSOLUTE, 1, 1},
+        {ExtraParam::kPowerLineFrequency, V4L2_CID_POWER_LINE_FREQUENCY, 1, 1},
+        {ExtraParam::kDynamicFrameRate, V4L2_CID_EXPOSURE_AUTO_PRIORITY, 1, 1},
+    };
     for (const Mapping& m : kMappings)
         if (m.type == type)
             return &m;
     return nullptr;
 }
 
-std::int32_t toParameter(const Mapping& m, std::int32_t control)
+const GraphParameters::AutoMode* GraphParameters::autoModeOf(int type)
 {
-    return static_cast<std::int32_t>(static_cast<std::int64_t>(control) * m.numerator / m.denominator);
+    static constexpr AutoMode kAutoModes[] = {
+        {7, V4L2_CID_EXPOSURE_AUTO, true},
+        {ExtraParam::kWhiteBalanceTemperature, V4L2_CID_AUTO_WHITE_BALANCE, true},
+        {ExtraParam::kFocus, V4L2_CID_FOCUS_AUTO, true},
+        {13, V4L2_CID_AUTOGAIN, false},
+        {9, V4L2_CID_AUTO_WHITE_BALANCE, false},
+        {11, V4L2_CID_AUTO_WHITE_BALANCE, false},
+    };
+    for (const AutoMode& a : kAutoModes)
+        if (a.type == type)
+            return &a;
+    return nullptr;
 }
 
-std::int32_t toControl(const Mapping& m, std::int32_t parameter)
+GraphParameters::GraphParameters(Clock& clock) : clock_(clock)
 {
-    return static_cast<std::int32_t>(static_cast<std::int64_t>(parameter) * m.denominator / m.numerator);
 }
-
-}  // namespace
-
-GraphParameters::GraphParameters() = default;
 
 GraphParameters::~GraphParameters() = default;
 
-void GraphParameters::open(const QString& device)
+void GraphParameters::open(std::unique_ptr<V4l2ControlAccess> controls)
 {
-    if (!device.isEmpty() && QFileInfo::exists(device))
-        controls_ = std::make_unique<V4l2Controls>(device);
+    controls_ = std::move(controls);
     gammaBeforeOff_ = -1;
     whiteBalancing_ = false;
 }
@@ -70,81 +123,81 @@ void GraphParameters::close()
     controls_.reset();
 }
 
-bool GraphParameters::hasControls() const
+// False when the device lacks the control or has it disabled (status 0), or
+// when asking failed (the status says why).
+bool GraphParameters::offered(std::uint32_t id, V4l2ControlAccess::Control& control, int& status)
 {
-    return controls_ && controls_->isOpen();
+    status = 0;
+    if (!controls_)
+        return false;
+    const int e = controls_->query(id, control);
+    if (e == EINVAL)
+        return false;
+    status = statusOf(e);
+    return status == 0 && !(control.flags & V4L2_CTRL_FLAG_DISABLED);
 }
 
-CamParamRange GraphParameters::range(int type) const
+bool GraphParameters::autoOn(const AutoMode& a, int& status)
 {
-    CamParamRange range;
-    V4l2Controls::Range control;
-    if (!hasControls())
-        return range;  // a source without device controls: nothing enabled
-    if (type == kWhiteBalance) {
-        if (controls_->query(V4L2_CID_DO_WHITE_BALANCE, control) ||
-            controls_->query(V4L2_CID_AUTO_WHITE_BALANCE, control)) {
-            range.enabled = 1;
-            range.defaultValue = range.maximum = 1;
-        }
-        return range;
+    std::int32_t value = 0;
+    status = statusOf(controls_->get(a.id, value));
+    return status == 0 && (a.id == V4L2_CID_EXPOSURE_AUTO ? value != V4L2_EXPOSURE_MANUAL : value != 0);
+}
+
+int GraphParameters::whiteBalanceRange(CamParamRange& range)
+{
+    V4l2ControlAccess::Control control;
+    int status = 0;
+    if (offered(V4L2_CID_DO_WHITE_BALANCE, control, status) ||
+        (status == 0 && offered(V4L2_CID_AUTO_WHITE_BALANCE, control, status))) {
+        range.enabled = 1;
+        range.defaultValue = range.maximum = 1;
     }
+    return status;
+}
+
+int GraphParameters::range(int type, CamParamRange& range)
+{
+    range = CamParamRange{};
+    if (type == kWhiteBalance)
+        return whiteBalanceRange(range);
+    V4l2ControlAccess::Control control;
+    int status = 0;
     if (type == kEnableGamma) {
-        if (controls_->query(V4L2_CID_GAMMA, control)) {
+        if (offered(V4L2_CID_GAMMA, control, status)) {
             range.enabled = 1;
             range.defaultValue = range.maximum = 1;
         }
-        return range;
+        return status;
     }
     const Mapping* m = mappingOf(type);
-    if (!m || !controls_->query(m->id, control))
-        return range;
+    if (!m || !offered(m->id, control, status))
+        return status;
     range.enabled = 1;
-    range.third = 1;
-    range.minimum = toParameter(*m, control.minimum);
-    range.maximum = toParameter(*m, control.maximum);
-    range.defaultValue = toParameter(*m, control.defaultValue);
-    range.autoMode = type == kExposure && controls_->query(V4L2_CID_EXPOSURE_AUTO, control) ? 1 : 0;
-    return range;
-}
-
-int GraphParameters::set(int type, std::int32_t value)
-{
-    const CamParamRange r = range(type);
-    if (!r.enabled || type == kWhiteBalance)
-        return GraphDriver::kNotSupported;
-    if (value < r.minimum || value > r.maximum)
-        return GraphDriver::kOutOfRange;
-    if (type == kEnableGamma) {
-        V4l2Controls::Range gamma;
-        controls_->query(V4L2_CID_GAMMA, gamma);
-        std::int32_t now = gamma.defaultValue;
-        controls_->get(V4L2_CID_GAMMA, now);
-        if (value == 0 && gammaBeforeOff_ < 0) {
-            gammaBeforeOff_ = now;
-            return controls_->set(V4L2_CID_GAMMA, gamma.defaultValue) ? 0 : GraphDriver::kFailed;
-        }
-        if (value == 1 && gammaBeforeOff_ >= 0) {
-            const std::int32_t back = gammaBeforeOff_;
-            gammaBeforeOff_ = -1;
-            return controls_->set(V4L2_CID_GAMMA, back) ? 0 : GraphDriver::kFailed;
-        }
-        return 0;
+    range.third = std::max(1, m->toParameter(control.step));  // the step
+    range.minimum = m->toParameter(control.minimum);
+    range.maximum = m->toParameter(control.maximum);
+    range.defaultValue = m->toParameter(control.defaultValue);
+    if (const AutoMode* a = autoModeOf(type); a && offered(a->id, control, status)) {
+        // A mode without a box in the dialog is reported only while it governs the value.
+        range.autoMode = a->box || autoOn(*a, status) ? 1 : 0;
     }
-    const Mapping* m = mappingOf(type);
-    return controls_->set(m->id, toControl(*m, value)) ? 0 : GraphDriver::kFailed;
+    return status;
 }
 
 int GraphParameters::get(int type, std::int32_t& value)
 {
-    if (!range(type).enabled)
+    CamParamRange r;
+    if (const int s = range(type, r))
+        return s;
+    if (!r.enabled)
         return GraphDriver::kNotSupported;
     if (type == kWhiteBalance) {
-        // The balance found while automatic is held once its time is up.
-        if (whiteBalancing_ && std::chrono::steady_clock::now() >= whiteBalanceEnds_) {
+        // The balance found while automatic is held once its time is up; a
+        // device that will not leave its automatic mode is still balancing.
+        if (whiteBalancing_ && clock_.tickMs() >= whiteBalanceEnds_ &&
+            controls_->set(V4L2_CID_AUTO_WHITE_BALANCE, 0) == 0)
             whiteBalancing_ = false;
-            controls_->set(V4L2_CID_AUTO_WHITE_BALANCE, 0);
-        }
         value = whiteBalancing_ ? 0 : 1;
         return 0;
     }
@@ -154,55 +207,121 @@ int GraphParameters::get(int type, std::int32_t& value)
     }
     const Mapping* m = mappingOf(type);
     std::int32_t control = 0;
-    if (!controls_->get(m->id, control))
-        return GraphDriver::kFailed;
-    value = toParameter(*m, control);
+    if (const int e = controls_->get(m->id, control))
+        return statusOf(e);
+    value = m->toParameter(control);
     return 0;
 }
 
-int GraphParameters::getAuto(int type, std::int32_t& flag) const
+int GraphParameters::gammaEnable(std::int32_t value)
 {
-    std::int32_t mode = 0;
-    if (!range(type).autoMode || !controls_->get(V4L2_CID_EXPOSURE_AUTO, mode))
+    V4l2ControlAccess::Control gamma;
+    int status = 0;
+    offered(V4L2_CID_GAMMA, gamma, status);
+    std::int32_t now = gamma.defaultValue;
+    controls_->get(V4L2_CID_GAMMA, now);
+    if (value == 0 && gammaBeforeOff_ < 0) {
+        gammaBeforeOff_ = now;
+        return statusOf(controls_->set(V4L2_CID_GAMMA, gamma.defaultValue));
+    }
+    if (value == 1 && gammaBeforeOff_ >= 0) {
+        const std::int32_t back = gammaBeforeOff_;
+        gammaBeforeOff_ = -1;
+        return statusOf(controls_->set(V4L2_CID_GAMMA, back));
+    }
+    return 0;
+}
+
+int GraphParameters::set(int type, std::int32_t value)
+{
+    CamParamRange r;
+    if (const int s = range(type, r))
+        return s;
+    if (!r.enabled || type == kWhiteBalance)
         return GraphDriver::kNotSupported;
-    flag = mode == V4L2_EXPOSURE_MANUAL ? 0 : 1;
+    if (value < r.minimum || value > r.maximum)
+        return GraphDriver::kOutOfRange;
+    if (type == kEnableGamma)
+        return gammaEnable(value);
+    const Mapping* m = mappingOf(type);
+    V4l2ControlAccess::Control control;
+    int status = 0;
+    if (!offered(m->id, control, status))
+        return status ? status : GraphDriver::kNotSupported;
+    // Its automatic mode governs the value now: the device would refuse it.
+    if (control.flags & V4L2_CTRL_FLAG_INACTIVE)
+        return 0;
+    const std::int32_t wanted = std::clamp(m->toControl(value), control.minimum, control.maximum);
+    if ((control.type == V4L2_CTRL_TYPE_MENU || control.type == V4L2_CTRL_TYPE_INTEGER_MENU) &&
+        controls_->queryMenu(m->id, static_cast<std::uint32_t>(wanted)) != 0)
+        return GraphDriver::kOutOfRange;
+    return statusOf(controls_->set(m->id, wanted));
+}
+
+int GraphParameters::getAuto(int type, std::int32_t& flag)
+{
+    const AutoMode* a = autoModeOf(type);
+    V4l2ControlAccess::Control control;
+    int status = 0;
+    if (!a || !offered(a->id, control, status))
+        return status ? status : GraphDriver::kNotSupported;
+    const bool on = autoOn(*a, status);
+    if (status)
+        return status;
+    flag = on ? 1 : 0;
     return 0;
 }
 
 int GraphParameters::setAuto(int type, std::int32_t flag)
 {
-    if (!range(type).autoMode)
-        return GraphDriver::kNotSupported;
+    const AutoMode* a = autoModeOf(type);
+    V4l2ControlAccess::Control control;
+    int status = 0;
+    if (!a || !offered(a->id, control, status))
+        return status ? status : GraphDriver::kNotSupported;
     if (flag != 0 && flag != 1)
         return GraphDriver::kOutOfRange;
-    // USB cameras mostly offer only the aperture-priority kind of automatic exposure.
-    std::int32_t mode = V4L2_EXPOSURE_MANUAL;
-    if (flag)
-        mode = controls_->hasMenuEntry(V4L2_CID_EXPOSURE_AUTO, V4L2_EXPOSURE_APERTURE_PRIORITY)
+    std::int32_t mode = flag;
+    if (a->id == V4L2_CID_EXPOSURE_AUTO) {
+        // USB cameras mostly offer only the aperture-priority kind of automatic exposure.
+        mode = !flag ? V4L2_EXPOSURE_MANUAL
+               : controls_->queryMenu(a->id, V4L2_EXPOSURE_APERTURE_PRIORITY) == 0
                    ? V4L2_EXPOSURE_APERTURE_PRIORITY
                    : V4L2_EXPOSURE_AUTO;
-    return controls_->set(V4L2_CID_EXPOSURE_AUTO, mode) ? 0 : GraphDriver::kFailed;
+    }
+    return statusOf(controls_->set(a->id, mode));
 }
 
 int GraphParameters::setAutoDefault(int type)
 {
-    V4l2Controls::Range control;
-    if (!range(type).autoMode || !controls_->query(V4L2_CID_EXPOSURE_AUTO, control))
-        return GraphDriver::kNotSupported;
-    return controls_->set(V4L2_CID_EXPOSURE_AUTO, control.defaultValue) ? 0 : GraphDriver::kFailed;
+    const AutoMode* a = autoModeOf(type);
+    V4l2ControlAccess::Control control;
+    int status = 0;
+    if (!a || !offered(a->id, control, status))
+        return status ? status : GraphDriver::kNotSupported;
+    if (a->box)
+        return statusOf(controls_->set(a->id, control.defaultValue));
+    // A mode the dialog cannot switch goes off, so that the value's default is the camera's.
+    return setAuto(type, 0);
 }
 
 int GraphParameters::onePush(int type)
 {
-    if (type != kWhiteBalance || !range(type).enabled)
+    CamParamRange r;
+    if (type != kWhiteBalance)
         return GraphDriver::kNotSupported;
-    V4l2Controls::Range control;
-    if (controls_->query(V4L2_CID_DO_WHITE_BALANCE, control))
-        return controls_->set(V4L2_CID_DO_WHITE_BALANCE, 1) ? 0 : GraphDriver::kFailed;
-    if (!controls_->set(V4L2_CID_AUTO_WHITE_BALANCE, 1))
-        return GraphDriver::kFailed;
+    if (const int s = range(type, r))
+        return s;
+    if (!r.enabled)
+        return GraphDriver::kNotSupported;
+    V4l2ControlAccess::Control control;
+    int status = 0;
+    if (offered(V4L2_CID_DO_WHITE_BALANCE, control, status))
+        return statusOf(controls_->set(V4L2_CID_DO_WHITE_BALANCE, 1));
+    if (const int e = controls_->set(V4L2_CID_AUTO_WHITE_BALANCE, 1))
+        return statusOf(e);
     whiteBalancing_ = true;
-    whiteBalanceEnds_ = std::chrono::steady_clock::now() + GraphDriver::kWhiteBalanceTime;
+    whiteBalanceEnds_ = clock_.tickMs() + kWhiteBalanceMs;
     return 0;
 }
 

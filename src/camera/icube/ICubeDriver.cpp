@@ -254,13 +254,27 @@ int ICubeDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
     return loaded() ? api_.SaveAvi(cam, path.toUtf8().constData(), a, seconds) : kNotLoaded;
 }
 
+namespace {
+
+// The program's own parameter types, which the library does not know.
+bool programsOwn(int type)
+{
+    return type >= ExtraParam::kWhiteBalanceTemperature && type <= ExtraParam::kDynamicFrameRate;
+}
+
+}  // namespace
+
 int ICubeDriver::SetCamParameter(int cam, int type, std::int32_t value)
 {
+    if (programsOwn(type))
+        return kNotOffered;
     return loaded() ? api_.SetCamParameter(cam, type, value) : kNotLoaded;
 }
 
 int ICubeDriver::GetCamParameter(int cam, int type, std::int32_t& value)
 {
+    if (programsOwn(type))
+        return kNotOffered;
     return loaded() ? api_.GetCamParameter(cam, type, &value) : kNotLoaded;
 }
 
@@ -268,6 +282,10 @@ int ICubeDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
 {
     if (!loaded())
         return kNotLoaded;
+    if (programsOwn(type)) {
+        range = CamParamRange{};
+        return 0;
+    }
     ICubeSDK_ParamRange record{range.enabled,      range.autoMode, range.third,
                                range.defaultValue, range.minimum,  range.maximum};
     const int status = api_.GetCamParameterRange(cam, type, &record);
@@ -287,21 +305,29 @@ int ICubeDriver::GetExposure(int cam, float& ms)
 
 int ICubeDriver::GetParamAuto(int cam, int type, std::int32_t& flag)
 {
+    if (programsOwn(type))
+        return kNotOffered;
     return loaded() ? api_.GetParamAuto(cam, type, &flag) : kNotLoaded;
 }
 
 int ICubeDriver::SetParamAuto(int cam, int type, std::int32_t flag)
 {
+    if (programsOwn(type))
+        return kNotOffered;
     return loaded() ? api_.SetParamAuto(cam, type, flag) : kNotLoaded;
 }
 
 int ICubeDriver::SetParamAutoDef(int cam, int type)
 {
+    if (programsOwn(type))
+        return kNotOffered;
     return loaded() ? api_.SetParamAutoDef(cam, type) : kNotLoaded;
 }
 
 int ICubeDriver::SetParamOnePush(int cam, int type)
 {
+    if (programsOwn(type))
+        return kNotOffered;
     return loaded() ? api_.SetParamOnePush(cam, type) : kNotLoaded;
 }
 

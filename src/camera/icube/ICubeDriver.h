@@ -22,6 +22,10 @@ class ICubeDriver : public CameraDriver {
 public:
     static constexpr const char* kLibraryFile = "libICubeSDK.so";
     static constexpr int kNotLoaded = -1001;
+    // The program's own parameter types (ExtraParam) are not the library's:
+    // their ranges read not enabled without asking it, every other call of
+    // them answers this.
+    static constexpr int kNotOffered = -1002;
 
     // Looks for the library in the program folder first, then by name on the
     // system library path.

@@ -34,6 +34,8 @@ SimCamera::SimCamera(Options options, Clock* clock)
         clock_ = ownClock_.get();
     }
     noise_ = options_.noise;
+    for (const auto& [type, range] : options_.ranges)
+        params_.overrideRange(type, range);
 }
 
 SimCamera::~SimCamera()

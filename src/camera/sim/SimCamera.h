@@ -57,6 +57,9 @@ namespace tavix {
 //   115 temporal noise reduction 0..1, 0   117 colour processing 0..1, 1
 //   147 acquisition frame rate 1..(the mode's rate at 48 MHz), that rate
 //       (only with frameRateInsteadOfClock; the clock then stays at 48 MHz)
+//   160 white-balance temperature 2800..6500 K, 4600, auto (off)
+//   161 focus 0..255, 0, auto (off)   162 power-line frequency 0..2, 1
+//   163 dynamic frame rate 0..1, 0 (these four are stored, the picture keeps)
 // Values outside the range are refused (-4), unknown types too (-3).
 // The frame period is the longer of the exposure and 1 / frame rate, the
 // frame rate being the mode's rate at 48 MHz scaled by clock / 48 (or
@@ -85,6 +88,9 @@ public:
         // The gain's range reports an automatic mode, as on cameras whose gain
         // follows their automatic exposure.
         bool gainReportsAuto = false;
+        // Parameters whose range the camera reports as given instead of its
+        // own (enabled 0: the camera lacks it).
+        std::map<int, CamParamRange> ranges;
         bool noise = true;
         // False: Start() starts no thread and frames are made by produceFrame().
         bool threaded = true;

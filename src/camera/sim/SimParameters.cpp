@@ -19,16 +19,20 @@ struct ParamSpec {
     std::int32_t max;
 };
 
+// 160-163 are the program's own (ExtraParam): white-balance temperature, focus,
+// power-line frequency and dynamic frame rate.
 constexpr ParamSpec kParams[] = {
-    {1, false, false, 0, -64, 64},     {2, false, false, 32, 0, 64},    {3, false, false, 64, 16, 255},
-    {4, false, false, 0, 0, 1},        {5, false, false, 0, 0, 1},      {6, false, false, 0, 0, 1},
-    {7, true, false, 960, 1, 50000},   {8, false, false, 128, 16, 240}, {9, false, false, 64, 0, 255},
-    {10, false, false, 64, 0, 255},    {11, false, false, 64, 0, 255},  {12, true, true, 4, 0, 64},
-    {13, false, false, 32, 32, 255},   {14, false, false, 1, 0, 1},     {15, false, false, 48, 12, 96},
-    {19, false, false, 64, 0, 128},    {24, false, false, 0, 0, 1},     {43, false, false, 0, 0, 1},
-    {106, false, false, 0, -64, 64},   {107, false, false, 0, -64, 64}, {108, false, false, 0, -64, 64},
-    {109, false, false, 0, -180, 180}, {110, false, false, 0, 0, 1},    {111, false, false, 1, 0, 1},
-    {115, false, false, 0, 0, 1},      {117, false, false, 1, 0, 1},    {147, false, false, 30, 1, 30},
+    {1, false, false, 0, -64, 64},        {2, false, false, 32, 0, 64},    {3, false, false, 64, 16, 255},
+    {4, false, false, 0, 0, 1},           {5, false, false, 0, 0, 1},      {6, false, false, 0, 0, 1},
+    {7, true, false, 960, 1, 50000},      {8, false, false, 128, 16, 240}, {9, false, false, 64, 0, 255},
+    {10, false, false, 64, 0, 255},       {11, false, false, 64, 0, 255},  {12, true, true, 4, 0, 64},
+    {13, false, false, 32, 32, 255},      {14, false, false, 1, 0, 1},     {15, false, false, 48, 12, 96},
+    {19, false, false, 64, 0, 128},       {24, false, false, 0, 0, 1},     {43, false, false, 0, 0, 1},
+    {106, false, false, 0, -64, 64},      {107, false, false, 0, -64, 64}, {108, false, false, 0, -64, 64},
+    {109, false, false, 0, -180, 180},    {110, false, false, 0, 0, 1},    {111, false, false, 1, 0, 1},
+    {115, false, false, 0, 0, 1},         {117, false, false, 1, 0, 1},    {147, false, false, 30, 1, 30},
+    {160, true, false, 4600, 2800, 6500}, {161, true, false, 0, 0, 255},   {162, false, false, 1, 0, 2},
+    {163, false, false, 0, 0, 1},
 };
 
 const ParamSpec* specOf(int type)
@@ -63,12 +67,19 @@ bool SimParameters::known(int type)
     return specOf(type) != nullptr;
 }
 
+void SimParameters::overrideRange(int type, const CamParamRange& range)
+{
+    ranges_[type] = range;
+}
+
 CamParamRange SimParameters::range(int type) const
 {
     CamParamRange r;
     const ParamSpec* p = specOf(type);
     if (!p)
         return r;
+    if (const auto own = ranges_.find(type); own != ranges_.end())
+        return own->second;
     r.enabled = 1;
     r.autoMode = p->hasAuto ? 1 : 0;
     r.third = 1;  // the step

@@ -32,6 +32,9 @@ public:
     SimParameters(bool frameRateInsteadOfClock, bool gainReportsAuto, double modeFrameRate);
 
     static bool known(int type);
+    // The camera reports `range` for a known type instead of its own (enabled
+    // 0: it lacks the parameter).
+    void overrideRange(int type, const CamParamRange& range);
     CamParamRange range(int type) const;
     // The stored value; for the exposure the one in use, for the white balance
     // 0 while it runs and 1 otherwise.
@@ -75,6 +78,7 @@ private:
     bool gainReportsAuto_;
     double modeFrameRate_;
     std::map<int, Param> params_;
+    std::map<int, CamParamRange> ranges_;
     std::int32_t autoExposureRaw_ = 0;
     bool whiteBalanceRunning_ = false;
     qint64 whiteBalanceStart_ = 0;

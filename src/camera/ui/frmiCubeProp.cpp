@@ -41,6 +41,20 @@ QPoint handleCentre(QSlider* slider)
     return slider->mapToGlobal(handle.center());
 }
 
+// Shows a list's items (refilled only when they changed) and its choice, raising no change events.
+void showItems(QComboBox* list, const QStringList& items, int index)
+{
+    const QSignalBlocker block(list);
+    QStringList shown;
+    for (int i = 0; i < list->count(); ++i)
+        shown.append(list->itemText(i));
+    if (shown != items) {
+        list->clear();
+        list->addItems(items);
+    }
+    list->setCurrentIndex(index);
+}
+
 }  // namespace
 
 frmiCubeProp::frmiCubeProp(const CameraProperties::Parts& parts, QWidget* parent)
@@ -112,6 +126,7 @@ void frmiCubeProp::buildControls()
     SSTab1_ = named(new QTabWidget(this), QStringLiteral("SSTab1"));
     SSTab1_->addTab(buildVideoTab(), QStringLiteral("Video"));
     SSTab1_->addTab(buildRgbTab(), QStringLiteral("Color"));
+    SSTab1_->addTab(buildLightTab(), QStringLiteral("Light && focus"));
     column->addWidget(SSTab1_);
 
     auto* cmdDefault = named(new QPushButton(QStringLiteral("Default"), this), QStringLiteral("cmdDefault"));
@@ -235,6 +250,44 @@ QWidget* frmiCubeProp::buildRgbTab()
     return page;
 }
 
+QWidget* frmiCubeProp::buildLightTab()
+{
+    auto* page = new QWidget;
+    auto* outer = new QVBoxLayout(page);
+
+    auto* light = new QGroupBox(QStringLiteral("Light:"), page);
+    light->setObjectName(QStringLiteral("fraLight"));
+    auto* l = new QGridLayout(light);
+    auto* autoHead = new QLabel(QStringLiteral("Auto"), light);
+    autoHead->setAlignment(Qt::AlignCenter);
+    l->addWidget(autoHead, 0, 3);
+    addSlider(l, 1, "White balance [K]:", "sldWhiteBalanceTemperature", "lblWhiteBalanceTemperature");
+    l->addWidget(addCheck("chkWhiteBalanceTemperature", ""), 1, 3, Qt::AlignCenter);
+    l->addWidget(new QLabel(QStringLiteral("Power line:"), light), 2, 0);
+    auto* powerLine = named(new QComboBox(light), QStringLiteral("cboPowerLineFrequency"));
+    connect(powerLine, &QComboBox::activated, this, [this](int index) {
+        logic_.choiceClicked(QStringLiteral("cboPowerLineFrequency"), index);
+        showControls();
+    });
+    choices_[QStringLiteral("cboPowerLineFrequency")] = powerLine;
+    l->addWidget(powerLine, 2, 1, Qt::AlignLeft);
+    l->addWidget(addCheck("chkDynamicFrameRate", "Dynamic frame rate (longer exposures in dim light)"), 3, 0,
+                 1, 4);
+    outer->addWidget(light);
+
+    auto* focus = new QGroupBox(QStringLiteral("Focus:"), page);
+    focus->setObjectName(QStringLiteral("fraFocus"));
+    auto* f = new QGridLayout(focus);
+    auto* focusAuto = new QLabel(QStringLiteral("Auto"), focus);
+    focusAuto->setAlignment(Qt::AlignCenter);
+    f->addWidget(focusAuto, 0, 3);
+    addSlider(f, 1, "Position:", "sldFocus", "lblFocus");
+    f->addWidget(addCheck("chkFocus", ""), 1, 3, Qt::AlignCenter);
+    outer->addWidget(focus);
+    outer->addStretch(1);
+    return page;
+}
+
 void frmiCubeProp::showControls()
 {
     const CameraProperties::Controls& c = logic_.controls();
@@ -252,21 +305,18 @@ void frmiCubeProp::showControls()
         box->setChecked(s.value != 0);
         box->setEnabled(s.enabled);
     }
+    for (const auto& [name, choice] : c.choices) {
+        QComboBox* list = choices_.at(name);
+        showItems(list, choice.items, choice.index);
+        list->setEnabled(choice.enabled);
+    }
     for (const auto& [name, caption] : c.captions) {
         if (name == QLatin1String("Frame3"))
             Frame3_->setTitle(caption);
         else
             labels_.at(name)->setText(caption);
     }
-    const QSignalBlocker block(cboResolution_);
-    QStringList shown;
-    for (int i = 0; i < cboResolution_->count(); ++i)
-        shown.append(cboResolution_->itemText(i));
-    if (shown != c.resolutions) {
-        cboResolution_->clear();
-        cboResolution_->addItems(c.resolutions);
-    }
-    cboResolution_->setCurrentIndex(c.resolutionIndex);
+    showItems(cboResolution_, c.resolutions, c.resolutionIndex);
 }
 
 }  // namespace tavix

@@ -32,6 +32,7 @@ private:
     void buildControls();
     QWidget* buildVideoTab();
     QWidget* buildRgbTab();
+    QWidget* buildLightTab();
     QSlider* addSlider(QGridLayout* grid, int row, const char* caption, const char* slider,
                        const char* label);
     QCheckBox* addCheck(const char* name, const char* caption);
@@ -46,6 +47,7 @@ private:
     QComboBox* cboResolution_ = nullptr;
     std::map<QString, QSlider*> sliders_;
     std::map<QString, QCheckBox*> checks_;
+    std::map<QString, QComboBox*> choices_;
     std::map<QString, QLabel*> labels_;
     std::map<QSlider*, QLabel*> valueLabels_;  // the label a slider's drag tip falls back to
 };

@@ -90,7 +90,7 @@ TEST_F(CameraSettings, PinProp_OpensTheModalSettingsDialog_WithItsTabsAndButtons
         EXPECT_EQ(d.objectName(), QStringLiteral("frmiCubeProp"));
         EXPECT_EQ(d.windowTitle(), QStringLiteral("Settings"));
         EXPECT_TRUE(d.isModal());
-        EXPECT_EQ(find<QTabWidget>(d, "SSTab1")->count(), 2);
+        EXPECT_EQ(find<QTabWidget>(d, "SSTab1")->count(), 3);
         EXPECT_EQ(find<QPushButton>(d, "cmdAWB")->text(), QStringLiteral("White balance"));
         EXPECT_EQ(find<QPushButton>(d, "cmdDefault")->text(), QStringLiteral("Default"));
         EXPECT_EQ(find<QPushButton>(d, "cmdClose")->text(), QStringLiteral("Close"));

@@ -124,3 +124,16 @@ TEST_F(GraphFileTest, DevicePath_IsTheCameraElementsDeviceProperty)
     ASSERT_TRUE(load("videotestsrc name=Camera"));
     EXPECT_EQ(file->devicePath(), QString());
 }
+
+TEST_F(GraphFileTest, DeviceSource_IsTheV4l2SourceUpstreamOfTheCameraElement_WhereverItStands)
+{
+    ASSERT_TRUE(load("v4l2src device=/dev/video9 ! queue ! videoconvert ! identity name=Camera ! fakesink"));
+    GstElement* source = file->deviceSource();
+    ASSERT_NE(source, nullptr);
+    EXPECT_STREQ(gst_plugin_feature_get_name(GST_PLUGIN_FEATURE(gst_element_get_factory(source))), "v4l2src");
+    EXPECT_EQ(file->devicePath(), QStringLiteral("/dev/video9"));
+    ASSERT_TRUE(load("v4l2src device=/dev/video3 name=Camera"));
+    EXPECT_EQ(file->deviceSource(), file->cameraFilter());
+    ASSERT_TRUE(load("videotestsrc ! identity name=Camera"));
+    EXPECT_EQ(file->deviceSource(), nullptr);
+}

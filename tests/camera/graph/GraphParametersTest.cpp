@@ -1,5 +1,6 @@
 #include "camera/graph/GraphDriver.h"
 #include "camera/graph/GraphParameters.h"
+#include "common/Clock.h"
 
 #include <gtest/gtest.h>
 
@@ -7,10 +8,14 @@ using namespace tavix;
 
 TEST(GraphParameters, WithoutADevice_NothingIsEnabled_AndEveryCallIsRefused)
 {
-    GraphParameters parameters;
-    parameters.open(QStringLiteral("/nonexistent/video0"));
-    for (const int type : {1, 3, 6, 7, 13, 111}) {
-        EXPECT_FALSE(parameters.range(type).enabled) << type;
+    ManualClock clock;
+    GraphParameters parameters(clock);
+    parameters.open(nullptr);
+    for (const int type : {1, 3, 6, 7, 13, 111, ExtraParam::kFocus, ExtraParam::kPowerLineFrequency}) {
+        CamParamRange range;
+        range.enabled = 7;
+        EXPECT_EQ(parameters.range(type, range), 0) << type;
+        EXPECT_FALSE(range.enabled) << type;
         std::int32_t value = 0;
         EXPECT_EQ(parameters.get(type, value), GraphDriver::kNotSupported) << type;
         EXPECT_EQ(parameters.set(type, 0), GraphDriver::kNotSupported) << type;

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <QString>
 #include <QStringList>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -49,6 +50,30 @@ public:
     {
         call<void (*)(int, int, int, int, int, int, int)>("StandIn_SetParamRange")(
             type, enabled, autoMode, third, defaultValue, minimum, maximum);
+    }
+    // Modes 640x480, 1280x1024 (current) and 2592x1944, and every parameter of
+    // the settings dialog except the frame rate, each with a value of its own.
+    void offerEveryDialogParameter()
+    {
+        setModeList({1, 5, 8});
+        setMode(5);
+        struct R {
+            int type, autoMode, def, min, max, value;
+        };
+        for (const R& r : std::initializer_list<R>{
+                 {1, 0, 0, -64, 64, 5},       {2, 0, 32, 0, 64, 40},      {3, 0, 64, 16, 255, 96},
+                 {4, 0, 0, 0, 1, 1},          {5, 0, 0, 0, 1, 0},         {6, 0, 0, 0, 1, 1},
+                 {7, 1, 960, 1, 50000, 5000}, {8, 0, 128, 16, 240, 100},  {9, 0, 64, 0, 255, 70},
+                 {10, 0, 64, 0, 255, 64},     {11, 0, 64, 0, 255, 90},    {12, 1, 4, 0, 64, 6},
+                 {13, 0, 32, 32, 255, 48},    {14, 0, 1, 0, 1, 1},        {15, 0, 48, 12, 96, 48},
+                 {19, 0, 64, 0, 128, 70},     {106, 0, 0, -64, 64, -3},   {107, 0, 0, -64, 64, 0},
+                 {108, 0, 0, -64, 64, 7},     {109, 0, 0, -180, 180, 20}, {110, 0, 0, 0, 1, 0},
+                 {111, 0, 1, 0, 1, 1},        {115, 0, 0, 0, 1, 1},       {117, 0, 1, 0, 1, 1},
+             }) {
+            setParamRange(r.type, 1, r.autoMode, 1, r.def, r.min, r.max);
+            setParam(r.type, r.value);
+        }
+        setExposure(20.0f);
     }
     void setParamAuto(int type, int flag) { call<void (*)(int, int)>("StandIn_SetParamAuto")(type, flag); }
     int paramAuto(int type) { return call<int (*)(int)>("StandIn_ParamAuto")(type); }
