@@ -12,14 +12,15 @@ class EventLoopWatch {
 public:
     EventLoopWatch();
 
-    // Handles events for `ms` and tells whether the loop turned all along:
-    // at least a few turns in that time and no gap over `longestGapMs` since
-    // the watch started (a hang, not a slow machine).
+    // Handles events for `ms`, and on until the loop turned a few times, and
+    // tells whether it turned all along: those turns, and no gap over
+    // `longestGapMs` since the watch started (a hang, not a slow machine).
     bool keepsTurning(int ms = 300, qint64 longestGapMs = 3000);
     qint64 longestGapMs() const { return longestGap_; }
     int turns() const { return turns_; }
 
 private:
+    static constexpr int kTurns = 3;
     QTimer timer_;
     QElapsedTimer clock_;
     qint64 last_ = 0;
