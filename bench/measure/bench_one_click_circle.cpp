@@ -1,8 +1,7 @@
-// The one-click circle on the simulated camera's stills: from the click to the
+// The one-click circle on the simulated camera's slide: from the click to the
 // fitted circle, for both discs at three resolutions, and the caliper's
 // profile and edges across the micrometer; against one memcpy of a
 // 2592x1944 RGB frame (the baseline in the same run).
-#include "camera/sim/SimCamera.h"
 #include "camera/sim/SimScene.h"
 #include "measure/CaliperTool.h"
 #include "measure/OneClickCircle.h"
@@ -11,28 +10,31 @@
 #include <QGuiApplication>
 #include <QImage>
 
+#include <algorithm>
 #include <cstring>
+#include <random>
 #include <vector>
 
 namespace {
 
 using namespace tavix;
 
-// The simulated camera's resolution indices: 640x480, 1280x1024, 2592x1944.
-constexpr int kModes[] = {1, 5, 8};
+constexpr QSize kSizes[] = {{640, 480}, {1280, 1024}, {2592, 1944}};
 
-const QImage& still(int mode)
+// The slide as the sensor sees it, with about the camera's noise (1.6 grey levels).
+const QImage& still(int size)
 {
-    static QImage stills[9];
-    QImage& s = stills[mode];
+    static QImage stills[3];
+    QImage& s = stills[size];
     if (s.isNull()) {
-        SimCamera::Options o;
-        o.defaultMode = mode;
-        o.threaded = false;
-        SimCamera camera(o);
-        camera.Init();
-        camera.Open(0);
-        s = camera.renderFrame();
+        s = SimScene::render(kSizes[size]);
+        std::mt19937 random(7);
+        std::normal_distribution<double> noise(0, 1.6);
+        for (int y = 0; y < s.height(); ++y) {
+            uchar* line = s.scanLine(y);
+            for (int x = 0; x < 3 * s.width(); ++x)
+                line[x] = static_cast<uchar>(std::clamp(line[x] + noise(random), 0.0, 255.0));
+        }
     }
     return s;
 }
@@ -45,7 +47,7 @@ PointD at(const QImage& picture, QPointF um)
 
 void OneClickCircleFind(benchmark::State& state)
 {
-    const QImage& picture = still(kModes[state.range(0)]);
+    const QImage& picture = still(static_cast<int>(state.range(0)));
     const SimScene::Circle& disc =
         state.range(1) == 0 ? SimScene::geometry().largeCircle : SimScene::geometry().smallCircle;
     // Off the centre, as a user clicks.
@@ -71,19 +73,19 @@ BENCHMARK(OneClickCircleFind)
     ->Repetitions(5)
     ->ReportAggregatesOnly(true);
 
-// A caliper line over every tick of the micrometer.
+// A caliper line over every tick of the micrometer: its band profile and edges.
 void CaliperAcrossTheMicrometer(benchmark::State& state)
 {
-    const QImage& picture = still(kModes[state.range(0)]);
+    const QImage& picture = still(static_cast<int>(state.range(0)));
     const SimScene::Scale& s = SimScene::geometry().horizontalScale;
     const double y = s.zero.y() - s.shortTick / 2;
     const PointD from = at(picture, {s.zero.x() - 15, y});
     const PointD to = at(picture, {s.zero.x() + s.length + 15, y});
     std::size_t edges = 0;
     for (auto _ : state) {
-        const CaliperTool::Profile profile = CaliperTool::profileAlong(picture, from, to);
-        edges = profile.edges.size();
-        benchmark::DoNotOptimize(profile.edges.data());
+        const auto found = EdgeSnap::edgesOf(EdgeSnap(picture).profile(from, to, CaliperTool::kBand));
+        edges = found.size();
+        benchmark::DoNotOptimize(found.data());
     }
     state.counters["width"] = picture.width();
     state.counters["edges"] = static_cast<double>(edges);
@@ -111,7 +113,7 @@ BENCHMARK(MemcpyOfAFrame)->Unit(benchmark::kMillisecond)->Repetitions(5)->Report
 
 int main(int argc, char** argv)
 {
-    // The simulated camera paints its slide, which needs a GUI application; no screen is used.
+    // The slide is painted, which needs a GUI application; no screen is used.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);

@@ -404,7 +404,12 @@ void MeasurePanel::showCaliperProfile(const Measurement& caliper, const QImage& 
     const CaliperTool::Profile profile =
         CaliperTool::profileAlong(still, caliper.points[0], caliper.points[1]);
     if (!caliperProfile_) {
-        caliperProfile_ = new frmCaliperProfile(data_.messages, cboProof_->window());
+        QWidget* window = cboProof_->window();
+        caliperProfile_ = new frmCaliperProfile(data_.messages, window);
+        // Over the result table's lower rows rather than the middle of the picture.
+        const QRect frame = window->geometry();
+        caliperProfile_->move(frame.right() - caliperProfile_->width() - 12,
+                              frame.bottom() - caliperProfile_->height() - 100);
         connect(caliperProfile_->plot(), &CaliperPlot::pairPicked, this, [this](int first, int last) {
             runGuarded(data_.log, QStringLiteral("frmMain:picCaliperProfile_MouseUp"), [&] {
                 const auto m = CaliperTool::measurePair(caliperProfile_->plot()->profile(), first, last,
