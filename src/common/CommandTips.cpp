@@ -25,6 +25,8 @@ const QList<Tip>& all()
         {"cmdResultSave", 40113, {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}},
         {"chkKeepResult", 40114, {}},
         {"chkEdgeSnap", 40115, {}},
+        {"cmdMeasure(7)", 27110, {QKeySequence(Qt::CTRL | Qt::Key_L)}},
+        {"cmdMeasure(8)", 27111, {QKeySequence(Qt::CTRL | Qt::Key_D)}},
     };
     return tips;
 }

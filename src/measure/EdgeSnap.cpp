@@ -35,6 +35,20 @@ struct Vec {
     double x = 0, y = 0;
 };
 
+float luminance(const QImage& picture, const uchar* line, int x)
+{
+    switch (picture.format()) {
+        case QImage::Format_Grayscale8:
+            return line[x];
+        case QImage::Format_RGB888:
+            return 0.299f * line[3 * x] + 0.587f * line[3 * x + 1] + 0.114f * line[3 * x + 2];
+        default: {  // 32 bits a pixel (see readable())
+            const QRgb c = reinterpret_cast<const QRgb*>(line)[x];
+            return 0.299f * qRed(c) + 0.587f * qGreen(c) + 0.114f * qBlue(c);
+        }
+    }
+}
+
 // The grey levels of a patch of the picture, with its smoothed gradient.
 class Patch {
 public:
@@ -66,20 +80,6 @@ public:
     int originY() const { return oy_; }
 
 private:
-    static float luminance(const QImage& picture, const uchar* line, int x)
-    {
-        switch (picture.format()) {
-            case QImage::Format_Grayscale8:
-                return line[x];
-            case QImage::Format_RGB888:
-                return 0.299f * line[3 * x] + 0.587f * line[3 * x + 1] + 0.114f * line[3 * x + 2];
-            default: {  // 32 bits a pixel (see readable())
-                const QRgb c = reinterpret_cast<const QRgb*>(line)[x];
-                return 0.299f * qRed(c) + 0.587f * qGreen(c) + 0.114f * qBlue(c);
-            }
-        }
-    }
-
     // Gaussian smoothing (sigma 1 px) and a Sobel gradient in grey levels per pixel.
     void smoothGradient()
     {
@@ -290,7 +290,133 @@ QImage readable(QImage picture)
     }
 }
 
+// A profile's slopes stand out when they are this many times its typical
+// slope, and never below this many grey levels per pixel.
+constexpr double kProfileAboveTypical = 6.0;
+constexpr double kMinProfileSlope = 10.0;
+
+// The lower quartile; for noise about twice that is the median.
+double quartile(std::vector<double> values)
+{
+    if (values.empty())
+        return 0;
+    auto at = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 4);
+    std::nth_element(values.begin(), at, values.end());
+    return *at;
+}
+
+// The centroid of the slope of sign `sign` around `centre`, as the snap takes
+// it, within [low, high]: there the neighbours' slopes begin.
+double slopeCentroid(const std::vector<double>& d, double centre, double sign, double low, double high)
+{
+    const double step = EdgeSnap::kProfileStep;
+    for (int pass = 0; pass < 3; ++pass) {
+        const double from = std::max(low, centre - kEdgeWindow);
+        const double to = std::min(high, centre + kEdgeWindow);
+        double sum = 0, moment = 0;
+        for (auto k = static_cast<std::size_t>(std::max(1.0, std::ceil(from / step)));
+             k + 1 < d.size() && k * step <= to; ++k) {
+            const double w = std::max(0.0, sign * d[k]);
+            sum += w;
+            moment += w * (k * step);
+        }
+        if (sum <= 0)
+            break;
+        centre = moment / sum;
+    }
+    return centre;
+}
+
 }  // namespace
+
+double EdgeSnap::grey(PointD p) const
+{
+    if (picture_.isNull())
+        return 0;
+    const int w = picture_.width();
+    const int h = picture_.height();
+    const double fx = std::clamp(p.x - 0.5, 0.0, w - 1.0);
+    const double fy = std::clamp(p.y - 0.5, 0.0, h - 1.0);
+    const int i = std::min(static_cast<int>(fx), std::max(0, w - 2));
+    const int j = std::min(static_cast<int>(fy), std::max(0, h - 2));
+    const double ax = fx - i;
+    const double ay = fy - j;
+    const int i1 = std::min(i + 1, w - 1);
+    const uchar* top = picture_.constScanLine(j);
+    const uchar* bottom = picture_.constScanLine(std::min(j + 1, h - 1));
+    const double upper = (1 - ax) * luminance(picture_, top, i) + ax * luminance(picture_, top, i1);
+    const double lower = (1 - ax) * luminance(picture_, bottom, i) + ax * luminance(picture_, bottom, i1);
+    return (1 - ay) * upper + ay * lower;
+}
+
+std::vector<double> EdgeSnap::profile(PointD from, PointD to, int band) const
+{
+    const double length = std::hypot(to.x - from.x, to.y - from.y);
+    if (picture_.isNull() || !std::isfinite(length) || length < 1.0)
+        return {};
+    const Vec along{(to.x - from.x) / length, (to.y - from.y) / length};
+    const Vec across{-along.y, along.x};
+    const int lines = std::max(1, band);
+    const auto samples = static_cast<std::size_t>(length / kProfileStep) + 1;
+    std::vector<double> values(samples, 0.0);
+    for (int l = 0; l < lines; ++l) {
+        const double offset = l - (lines - 1) / 2.0;  // a pixel apart, centred on the line
+        const PointD start{from.x + offset * across.x, from.y + offset * across.y};
+        for (std::size_t k = 0; k < samples; ++k) {
+            const double t = k * kProfileStep;
+            values[k] += grey({start.x + t * along.x, start.y + t * along.y});
+        }
+    }
+    for (double& v : values)
+        v /= lines;
+    return values;
+}
+
+std::vector<EdgeSnap::ProfileEdge> EdgeSnap::edgesOf(const std::vector<double>& profile)
+{
+    // Slopes over one pixel find the edges; the fine slope places them.
+    constexpr std::size_t half = 2;  // samples each side: half a pixel
+    if (profile.size() < 4 * half + 1)
+        return {};
+    const std::size_t n = profile.size();
+    std::vector<double> d(n, 0.0), s(n, 0.0);
+    for (std::size_t k = 1; k + 1 < n; ++k)
+        d[k] = (profile[k + 1] - profile[k - 1]) / (2 * kProfileStep);
+    std::vector<double> magnitudes;
+    for (std::size_t k = half; k + half < n; ++k) {
+        s[k] = (profile[k + half] - profile[k - half]) / (2 * half * kProfileStep);
+        magnitudes.push_back(std::abs(s[k]));
+    }
+    // The typical slope of noise, from the quieter half of the profile: on a
+    // scale's ticks nearly half of it is slope.
+    const double threshold = std::max(kMinProfileSlope, kProfileAboveTypical * 2 * quartile(magnitudes));
+
+    // Local peaks of the slope, the stronger one of a pair closer than a pixel.
+    std::vector<std::size_t> peaks;
+    for (std::size_t k = half + 1; k + half + 1 < n; ++k) {
+        const double m = std::abs(s[k]);
+        if (m < threshold || m < std::abs(s[k - 1]) || m <= std::abs(s[k + 1]))
+            continue;
+        if (!peaks.empty() && (k - peaks.back()) * kProfileStep < 1.0 &&
+            (s[k] > 0) == (s[peaks.back()] > 0)) {
+            if (m > std::abs(s[peaks.back()]))
+                peaks.back() = k;
+            continue;
+        }
+        peaks.push_back(k);
+    }
+
+    std::vector<ProfileEdge> edges;
+    for (std::size_t i = 0; i < peaks.size(); ++i) {
+        const double at = peaks[i] * kProfileStep;
+        const double low = i > 0 ? (peaks[i - 1] * kProfileStep + at) / 2 : 0.0;
+        const double high =
+            i + 1 < peaks.size() ? (peaks[i + 1] * kProfileStep + at) / 2 : (n - 1) * kProfileStep;
+        const double sign = s[peaks[i]] > 0 ? 1.0 : -1.0;
+        edges.push_back({slopeCentroid(d, at, sign, low, high), s[peaks[i]]});
+    }
+    return edges;
+}
 
 EdgeSnap::EdgeSnap(QImage picture) : picture_(readable(std::move(picture)))
 {

@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <optional>
+#include <vector>
 
 namespace tavix {
 
@@ -32,6 +33,33 @@ public:
     std::optional<PointD> find(PointD click) const;
     // The edge point, or the click itself.
     PointD snap(PointD click) const { return find(click).value_or(click); }
+
+    // Profiles along a line (the caliper, the rays of the one-click circle)
+    // are sampled this far apart, in picture pixels.
+    static constexpr double kProfileStep = 0.25;
+
+    // An edge met along a profile: where it lies (picture pixels from the
+    // profile's start) and its slope (grey levels per pixel, positive where
+    // the picture gets brighter).
+    struct ProfileEdge {
+        double at = 0;
+        double slope = 0;
+    };
+
+    // Grey level at a picture point, bilinear between pixel centres; points
+    // outside the picture read its border.
+    double grey(PointD p) const;
+
+    // The grey profile from `from` to `to`, a sample every kProfileStep px,
+    // each the mean over a band `band` px wide across the line (1: the line
+    // alone). Empty for a null picture or a line shorter than a pixel.
+    std::vector<double> profile(PointD from, PointD to, int band) const;
+
+    // Every edge of such a profile, in order: each slope that stands out of
+    // the profile's noise, placed at the centroid of its slope as the snap
+    // places a click, and kept apart from its neighbours, so that both sides
+    // of a thin line are found.
+    static std::vector<ProfileEdge> edgesOf(const std::vector<double>& profile);
 
 private:
     QImage picture_;

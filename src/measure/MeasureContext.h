@@ -2,6 +2,8 @@
 
 #include "measure/CalcModule.h"
 
+#include <QImage>
+
 namespace tavix {
 
 // What turns a tool's pixels into a result: the selected calibration and the
@@ -9,6 +11,8 @@ namespace tavix {
 struct MeasureContext {
     CalcModule::UnitContext units;
     int decimals = 0;  // NUMBEROFDECIMALS
+    // The still measured on, for the tools that read it (caliper, one-click circle).
+    QImage picture;
 };
 
 }  // namespace tavix

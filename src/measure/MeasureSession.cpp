@@ -42,7 +42,7 @@ MeasureSession::~MeasureSession() = default;
 
 MeasureContext MeasureSession::context() const
 {
-    return {units_().context, settings_.NUMBEROFDECIMALS};
+    return {units_().context, settings_.NUMBEROFDECIMALS, picture_ ? picture_() : QImage()};
 }
 
 int MeasureSession::toolNumber() const
@@ -86,11 +86,26 @@ void MeasureSession::setPointSnap(std::function<PointD(PointD)> snap)
     snap_ = std::move(snap);
 }
 
+void MeasureSession::setPictureSource(std::function<QImage()> picture)
+{
+    picture_ = std::move(picture);
+}
+
+void MeasureSession::press(PointD p, Qt::MouseButton button)
+{
+    if (!tool_ || button != Qt::LeftButton)
+        return;
+    const int before = tool_->clickCount();
+    tool_->press(p);
+    if (tool_->clickCount() != before)
+        showGuidance();
+}
+
 void MeasureSession::move(PointD p)
 {
     if (!tool_)
         return;
-    if (!snap_) {
+    if (!snap_ || !tool_->takesSnappedPoints()) {
         if (tool_->clickCount() > 0)
             emit previewChanged(tool_->preview(p, context()));
         return;
@@ -113,7 +128,7 @@ void MeasureSession::release(PointD p, Qt::MouseButton button)
     if (button != Qt::LeftButton)
         return;
     const bool done = runGuarded(log_, "frmMain:picStillView_MouseUp", [&] {
-        tool_->addPoint(snap_ ? snap_(p) : p);
+        tool_->addPoint(snap_ && tool_->takesSnappedPoints() ? snap_(p) : p);
         if (tool_->complete())
             complete();
         else
@@ -166,23 +181,29 @@ void MeasureSession::complete()
         emit calibrationLengthMarked(result->values.empty() ? 0.0 : result->values.front().value);
         return;
     }
-    const int rows = static_cast<int>(result->values.size());
+    addMeasurement(*result);
+}
+
+void MeasureSession::addMeasurement(const Measurement& measurement)
+{
+    const int rows = static_cast<int>(measurement.values.size());
     if (results_.count() + rows > ResultTable::kMaxResults) {
         ResultTable::tellTableFull(prompter_, messages_);
         return;
     }
     const QString unit = units_().name;
     int firstRow = 0;
-    for (const ResultValue& value : result->values) {
+    for (const ResultValue& value : measurement.values) {
         const int row = results_.addResult(messages_.text(value.kindCaption), value.value,
                                            unitText(value, unit, messages_));
         if (firstRow == 0)
             firstRow = row;
     }
-    if (result->tool == TwoPointTool::Number || result->tool == LineToPointTool::Number)
-        twoPointAverage_.add(result->values.front().value);
-    store_.add(*result, firstRow);
+    if (measurement.tool == TwoPointTool::Number || measurement.tool == LineToPointTool::Number)
+        twoPointAverage_.add(measurement.values.front().value);
+    store_.add(measurement, firstRow);
     emit overlayChanged();
+    emit measured(measurement);
 }
 
 void MeasureSession::relabel()

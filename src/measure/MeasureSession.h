@@ -50,8 +50,11 @@ public:
 
     // Where a pointer position lands (edge snap), or nothing to take it as it is.
     void setPointSnap(std::function<PointD(PointD)> snap);
+    // The still that the tools reading the picture measure on.
+    void setPictureSource(std::function<QImage()> picture);
 
     // Mouse over the still, in picture pixels.
+    void press(PointD p, Qt::MouseButton button);
     void move(PointD p);
     void release(PointD p, Qt::MouseButton button);
     void doubleClick(PointD p);
@@ -72,12 +75,18 @@ public:
     // The result rows first..last are selected: their measurements are highlighted.
     void highlightRows(int first, int last);
 
+    // Adds a finished measurement made outside the tool's clicks (another
+    // pair of edges on a caliper line): its rows, its drawing.
+    void addMeasurement(const Measurement& measurement);
+
 signals:
     void previewChanged(const tavix::Shape& preview);
     void overlayChanged();
     void highlightChanged(const std::vector<int>& indexes);
     // A calibration marking is complete: the pixel length marked.
     void calibrationLengthMarked(double pixels);
+    // A measurement got its rows and its drawing.
+    void measured(const tavix::Measurement& measurement);
 
 private:
     void complete();
@@ -96,6 +105,7 @@ private:
     MeasurementStore store_;
     RunningAverage twoPointAverage_;
     std::function<PointD(PointD)> snap_;
+    std::function<QImage()> picture_;
 };
 
 }  // namespace tavix

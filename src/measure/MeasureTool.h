@@ -33,6 +33,14 @@ public:
     // Places the next point; ignored once the tool is complete.
     virtual void addPoint(PointD p) = 0;
 
+    // The left button went down: a tool that is dragged (the caliper) takes
+    // its first point here; the others wait for the release.
+    virtual void press(PointD) {}
+
+    // Whether edge snap moves this tool's points. Tools that look for edges
+    // themselves take the pointer as it is.
+    virtual bool takesSnappedPoints() const { return true; }
+
     // Ends a tool whose number of points is open (point count, area). False
     // when the tool does not end that way or has too few points yet.
     virtual bool finishOnDoubleClick() { return false; }

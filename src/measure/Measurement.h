@@ -25,6 +25,9 @@ inline constexpr int SupplementaryAngle = 11139;
 inline constexpr int ReflexAngle = 11140;
 inline constexpr int Arc = 11141;
 inline constexpr int Degrees = 11142;  // unit beside an angle
+inline constexpr int CaliperWidth = 27102;
+inline constexpr int CircleCentreX = 27103;  // one-click circle's centre, from the picture's top left
+inline constexpr int CircleCentreY = 27104;
 }  // namespace Caption
 
 enum class UnitKind {

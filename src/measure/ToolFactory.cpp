@@ -6,10 +6,12 @@
 #include "measure/AreaTool.h"
 #include "measure/CalibrationLinePointTool.h"
 #include "measure/CalibrationTwoPointTool.h"
+#include "measure/CaliperTool.h"
 #include "measure/CircleToCircleTool.h"
 #include "measure/CircleTool.h"
 #include "measure/FiveClickAngleTool.h"
 #include "measure/LineToPointTool.h"
+#include "measure/OneClickCircleTool.h"
 #include "measure/PerpendicularTool.h"
 #include "measure/PointCountTool.h"
 #include "measure/TwoPointTool.h"
@@ -41,6 +43,10 @@ std::unique_ptr<ClickTool> makeTool(int toolNumber)
             return std::make_unique<LineToPointTool>();
         case ArcTool::Number:
             return std::make_unique<ArcTool>();
+        case CaliperTool::Number:
+            return std::make_unique<CaliperTool>();
+        case OneClickCircleTool::Number:
+            return std::make_unique<OneClickCircleTool>();
         case CalibrationTwoPointTool::NumberX:
             return std::make_unique<CalibrationTwoPointTool>(false);
         case CalibrationTwoPointTool::NumberY:
@@ -73,6 +79,10 @@ std::optional<int> ToolFactory::toolForButton(int index, const Settings& setting
             return settings.ANGLECOMMANDMODE == 0 ? AngleTool::Number : FiveClickAngleTool::Number;
         case 6:
             return PointCountTool::Number;
+        case 7:
+            return CaliperTool::Number;
+        case 8:
+            return OneClickCircleTool::Number;
         default:
             return std::nullopt;
     }

@@ -17,9 +17,10 @@ struct Settings;
 // themselves.
 class ToolFactory {
 public:
-    // The tool of `cmdMeasure`(index), index 0 to 6; the two-point, circle and
-    // angle buttons follow 2POINTCOMMANDMODE, CIRCLEARCSELECT and
-    // ANGLECOMMANDMODE. Nothing for other indexes.
+    // The tool of `cmdMeasure`(index), index 0 to 8 (7 the caliper, 8 the
+    // one-click circle); the two-point, circle and angle buttons follow
+    // 2POINTCOMMANDMODE, CIRCLEARCSELECT and ANGLECOMMANDMODE. Nothing for
+    // other indexes.
     static std::optional<int> toolForButton(int index, const Settings& settings);
 
     // The calibration marking tool of a pending calibration request: 1 and 2
@@ -27,7 +28,7 @@ public:
     // and 24. Nothing for other values.
     static std::optional<int> toolForCalibrationRequest(qint16 request);
 
-    // A fresh tool: 100 to 109 and 21 to 24; nothing for other numbers (the
+    // A fresh tool: 100 to 111 and 21 to 24; nothing for other numbers (the
     // cross placement 10 and 11 follows the pointer without a tool).
     static std::unique_ptr<MeasureTool> create(int toolNumber);
 

@@ -43,14 +43,16 @@ INSTANTIATE_TEST_SUITE_P(
                       ButtonCase{"AngleButtonFourClicks", 5, 1, 1, 0, 106},
                       ButtonCase{"AngleButtonFiveClicks", 5, 0, 0, 1, 107},
                       ButtonCase{"AngleButtonAnyOtherModeIsFiveClicks", 5, 0, 0, -1, 107},
-                      ButtonCase{"PointCountButton", 6, 1, 1, 1, 100}),
+                      ButtonCase{"PointCountButton", 6, 1, 1, 1, 100},
+                      ButtonCase{"CaliperButton", 7, 1, 1, 1, 110},
+                      ButtonCase{"OneClickCircleButton", 8, 1, 1, 1, 111}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ToolFactory, ToolForButton_IsNothing_OutsideTheSevenButtons)
+TEST(ToolFactory, ToolForButton_IsNothing_OutsideTheNineButtons)
 {
     const Settings settings;
     EXPECT_FALSE(ToolFactory::toolForButton(-1, settings));
-    EXPECT_FALSE(ToolFactory::toolForButton(7, settings));
+    EXPECT_FALSE(ToolFactory::toolForButton(9, settings));
 }
 
 struct GuidanceCase {
@@ -72,7 +74,8 @@ INSTANTIATE_TEST_SUITE_P(ToolFactory, FirstGuidance,
                                            GuidanceCase{104, 43}, GuidanceCase{105, 50},
                                            GuidanceCase{106, 47}, GuidanceCase{107, 52}, GuidanceCase{21, 70},
                                            GuidanceCase{22, 71}, GuidanceCase{23, 72}, GuidanceCase{24, 73},
-                                           GuidanceCase{10, 0}, GuidanceCase{11, 0}, GuidanceCase{110, 0}),
+                                           GuidanceCase{110, 80}, GuidanceCase{111, 82}, GuidanceCase{10, 0},
+                                           GuidanceCase{11, 0}, GuidanceCase{112, 0}),
                          [](const auto& info) { return "Tool" + std::to_string(info.param.tool); });
 
 class CreatedTool : public ::testing::TestWithParam<int> {};
@@ -87,14 +90,15 @@ TEST_P(CreatedTool, CarriesItsNumber_AndStartsWithoutPoints)
 }
 
 INSTANTIATE_TEST_SUITE_P(ToolFactory, CreatedTool,
-                         ::testing::Values(100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 21, 22, 23, 24));
+                         ::testing::Values(100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 111, 21, 22,
+                                           23, 24));
 
 TEST(ToolFactory, Create_GivesNoTool_ForCrossPlacementOrUnknownNumbers)
 {
     EXPECT_FALSE(ToolFactory::create(10));
     EXPECT_FALSE(ToolFactory::create(11));
     EXPECT_FALSE(ToolFactory::create(0));
-    EXPECT_FALSE(ToolFactory::create(110));
+    EXPECT_FALSE(ToolFactory::create(112));
 }
 
 TEST(ToolFactory, ToolForCalibrationRequest_MapsAxisAndMode)

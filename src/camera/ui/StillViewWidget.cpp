@@ -122,6 +122,12 @@ void StillViewWidget::paintEvent(QPaintEvent* event)
         painter_.paint(painter, preview_, toWidget);
 }
 
+void StillViewWidget::mousePressEvent(QMouseEvent* event)
+{
+    emit picturePressed(toPicture(event->position()), event->button());
+    QWidget::mousePressEvent(event);
+}
+
 void StillViewWidget::mouseMoveEvent(QMouseEvent* event)
 {
     emit pictureMoved(toPicture(event->position()));

@@ -43,6 +43,7 @@ public:
     QSize sizeHint() const override;
 
 signals:
+    void picturePressed(tavix::PointD point, Qt::MouseButton button);
     void pictureMoved(tavix::PointD point);
     void pictureReleased(tavix::PointD point, Qt::MouseButton button);
     void pictureDoubleClicked(tavix::PointD point);
@@ -50,6 +51,7 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;

@@ -5,13 +5,16 @@
 #include "calib/ui/frmProofConfig.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/StillViewWidget.h"
+#include "common/HandlerGuard.h"
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/Twips.h"
+#include "measure/CaliperTool.h"
 #include "measure/EdgeSnap.h"
 #include "measure/MeasureSession.h"
 #include "measure/ValueFormat.h"
 #include "measure/ui/ToolIcons.h"
+#include "measure/ui/frmCaliperProfile.h"
 #include "measure/ui/frmMeasureConfig.h"
 #include "program/AppData.h"
 
@@ -46,6 +49,8 @@ enum Caption : qint32 {
     kMeasuringTools = 40025,
     kResults = 40026,
     kEdgeSnap = 40040,
+    kCaliper = 27100,
+    kOneClickCircle = 27101,
 };
 
 }  // namespace
@@ -77,6 +82,8 @@ MeasureSession& MeasurePanel::startMeasuring(Guidance& guidance, CameraPanel& ca
 
     StillViewWidget* still = camera.stillView();
     still->setOverlay(&session->store(), OverlayStyle::fromSettings(data_.settings));
+    session->setPictureSource([&camera] { return camera.still(); });
+    connect(still, &StillViewWidget::picturePressed, session, &MeasureSession::press);
     connect(still, &StillViewWidget::pictureMoved, session, &MeasureSession::move);
     connect(still, &StillViewWidget::pictureReleased, session, &MeasureSession::release);
     connect(still, &StillViewWidget::pictureDoubleClicked, session, &MeasureSession::doubleClick);
@@ -102,6 +109,10 @@ MeasureSession& MeasurePanel::startMeasuring(Guidance& guidance, CameraPanel& ca
         // The still as the camera panel holds it now; the snap reads only around the pointer.
         session->setPointSnap([&camera](PointD p) { return EdgeSnap(camera.still()).snap(p); });
     };
+    connect(session, &MeasureSession::measured, this, [this, &camera](const Measurement& m) {
+        if (m.tool == CaliperTool::Number)
+            showCaliperProfile(m, camera.still());
+    });
     applyEdgeSnap(data_.settings.EDGESNAP != 0);
     connect(this, &MeasurePanel::edgeSnapChanged, this, applyEdgeSnap);
     connect(this, &MeasurePanel::measureSettingsChanged, this, [this, session, still, &overlays] {
@@ -139,12 +150,15 @@ void MeasurePanel::build(QWidget* area)
     fraTools_ = named(new QGroupBox(area), QStringLiteral("fraTools"));
     fraTools_->setGeometry(6, 62, width, 180);
     const int buttonWidth = (width - 18) / 2;
-    for (int i = 0; i < 7; ++i) {
+    // Five rows of two: the seven tools, caliper and one-click circle, the settings.
+    constexpr int rowStep = 30;
+    for (int i = 0; i < static_cast<int>(cmdMeasure_.size()); ++i) {
         auto* button = named(new QToolButton(fraTools_), indexedName("cmdMeasure", i));
         button->setCheckable(true);
         button->setAutoExclusive(true);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 24 + (i / 2) * 38, buttonWidth, 34);
+        button->setGeometry(6 + (i % 2) * (buttonWidth + 6), 22 + (i / 2) * rowStep, buttonWidth,
+                            rowStep - 2);
         cmdMeasure_[static_cast<size_t>(i)] = button;
         connect(button, &QToolButton::clicked, this, [this, i] {
             // The mode in force picks the tool, and with it the button's picture.
@@ -153,7 +167,7 @@ void MeasurePanel::build(QWidget* area)
         });
     }
     cmdMeasureConfig_ = named(new QPushButton(fraTools_), QStringLiteral("cmdMeasureConfig"));
-    cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 24 + 3 * 38, buttonWidth, 34);
+    cmdMeasureConfig_->setGeometry(6 + buttonWidth + 6, 22 + 4 * rowStep, buttonWidth, rowStep - 2);
     connect(cmdMeasureConfig_, &QPushButton::clicked, this, &MeasurePanel::cmdMeasureConfig_Click);
 
     // Under the tools, above the results' caption.
@@ -274,6 +288,10 @@ void MeasurePanel::applySettings()
     chkKeepResult_->setText(m(kKeepResults));
     results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
     chkKeepResult_->setChecked(s.KEEPRESULT != 0);
+    cmdMeasure_[7]->setText(m(kCaliper));
+    cmdMeasure_[7]->setIcon(ToolIcons::imgCaliper());
+    cmdMeasure_[8]->setText(m(kOneClickCircle));
+    cmdMeasure_[8]->setIcon(ToolIcons::imgOneClickCircle());
     chkEdgeSnap_->setText(m(kEdgeSnap));
     chkEdgeSnap_->setChecked(s.EDGESNAP != 0);
     emit edgeSnapChanged(s.EDGESNAP != 0);
@@ -300,6 +318,7 @@ void MeasurePanel::applyToolCaptions()
                                             10105,
                                             s.ANGLECOMMANDMODE == 0 ? 10106 : 10110,
                                             10111};
+    // The caliper and one-click circle keep their own tips (with their shortcuts).
     for (size_t i = 0; i < captions.size(); ++i) {
         cmdMeasure_[i]->setText(data_.messages.text(captions[i]));
         cmdMeasure_[i]->setToolTip(data_.messages.text(captions[i]));
@@ -366,6 +385,8 @@ void MeasurePanel::setMeasuringEnabled(bool enabled)
 void MeasurePanel::stillShownChanged(bool shown)
 {
     setMeasuringEnabled(shown);
+    if (caliperProfile_)
+        caliperProfile_->hide();  // its line belongs to the picture that went
     if (!session_)
         return;
     // The results of the last still are kept (greyed) or dropped as chkKeepResult says.
@@ -374,6 +395,32 @@ void MeasurePanel::stillShownChanged(bool shown)
         session_->clearTool();
         releaseToolButtons();
     }
+}
+
+void MeasurePanel::showCaliperProfile(const Measurement& caliper, const QImage& still)
+{
+    if (caliper.points.size() < 2)
+        return;
+    const CaliperTool::Profile profile =
+        CaliperTool::profileAlong(still, caliper.points[0], caliper.points[1]);
+    if (!caliperProfile_) {
+        QWidget* window = cboProof_->window();
+        caliperProfile_ = new frmCaliperProfile(data_.messages, window);
+        // Over the result table's lower rows rather than the middle of the picture.
+        const QRect frame = window->geometry();
+        caliperProfile_->move(frame.right() - caliperProfile_->width() - 12,
+                              frame.bottom() - caliperProfile_->height() - 100);
+        connect(caliperProfile_->plot(), &CaliperPlot::pairPicked, this, [this](int first, int last) {
+            runGuarded(data_.log, QStringLiteral("frmMain:picCaliperProfile_MouseUp"), [&] {
+                const auto m = CaliperTool::measurePair(caliperProfile_->plot()->profile(), first, last,
+                                                        session_->context());
+                if (m)
+                    session_->addMeasurement(*m);
+            });
+        });
+    }
+    caliperProfile_->plot()->setProfile(profile, CaliperTool::pairOf(caliper.points, profile));
+    caliperProfile_->show();
 }
 
 void MeasurePanel::refreshButtons()

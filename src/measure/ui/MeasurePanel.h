@@ -30,6 +30,8 @@ class Guidance;
 struct MainLayout;
 class MeasureSession;
 class OverlayPanel;
+class frmCaliperProfile;
+struct Measurement;
 class Prompter;
 
 // The measurement command area: calibration choice and procedure, the tool
@@ -100,6 +102,8 @@ private:
     void applyToolCaptions();
     void fillProofList();
     void runProofDialog();
+    // The profile of a caliper measurement, in its small window.
+    void showCaliperProfile(const Measurement& caliper, const QImage& still);
     // The grid's current row and the selection's end row (1-based), or
     // nothing when no row is selected.
     std::optional<std::pair<int, int>> selectedRowRange() const;
@@ -118,7 +122,7 @@ private:
     QComboBox* cboProof_ = nullptr;
     QPushButton* cmdProofConfig_ = nullptr;
     QGroupBox* fraTools_ = nullptr;
-    std::array<QToolButton*, 7> cmdMeasure_{};
+    std::array<QToolButton*, 9> cmdMeasure_{};  // 7: caliper, 8: one-click circle
     QPushButton* cmdMeasureConfig_ = nullptr;
     QLabel* lblProof_ = nullptr;
     QLabel* lblResults_ = nullptr;
@@ -128,6 +132,7 @@ private:
     QPushButton* cmdResultSave_ = nullptr;
     QCheckBox* chkKeepResult_ = nullptr;
     QCheckBox* chkEdgeSnap_ = nullptr;
+    frmCaliperProfile* caliperProfile_ = nullptr;  // made with the first caliper measurement
 };
 
 }  // namespace tavix

@@ -86,6 +86,26 @@ QPixmap drawAngle(int index)
     return c.pixmap();
 }
 
+QPixmap drawCaliper(int)
+{
+    Canvas c;
+    c.painter().fillRect(QRectF(11, 4, 10, 24), QColor(150, 150, 150));
+    c.painter().drawLine(QPointF(3, 16), QPointF(29, 16));
+    c.painter().setPen(QPen(Accent, 2));
+    c.painter().drawLine(QPointF(11, 10), QPointF(11, 22));
+    c.painter().drawLine(QPointF(21, 10), QPointF(21, 22));
+    return c.pixmap();
+}
+
+QPixmap drawOneClickCircle(int)
+{
+    Canvas c;
+    c.painter().setBrush(QColor(150, 150, 150));
+    c.painter().drawEllipse(QRectF(4, 4, 24, 24));
+    c.point({16, 16});
+    return c.pixmap();
+}
+
 }  // namespace
 
 QIcon img2PointIcon(int index)
@@ -101,6 +121,16 @@ QIcon imgCircleArcSelect(int index)
 QIcon imgAngleIcon(int index)
 {
     return Icons::drawnOnce(drawAngle, index);
+}
+
+QIcon imgCaliper()
+{
+    return Icons::drawnOnce(drawCaliper, 0);
+}
+
+QIcon imgOneClickCircle()
+{
+    return Icons::drawnOnce(drawOneClickCircle, 0);
 }
 
 }  // namespace tavix::ToolIcons

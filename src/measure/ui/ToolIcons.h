@@ -9,5 +9,7 @@ namespace tavix::ToolIcons {
 QIcon img2PointIcon(int index);       // two points; a line and a point
 QIcon imgCircleArcSelect(int index);  // a circle; an arc
 QIcon imgAngleIcon(int index);        // two crossing lines; the same with the picked side
+QIcon imgCaliper();                   // a line across a bar, its edges ticked
+QIcon imgOneClickCircle();            // a disc with a click inside
 
 }  // namespace tavix::ToolIcons
