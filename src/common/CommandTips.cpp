@@ -25,6 +25,11 @@ const QList<Tip>& all()
         {"cmdResultSave", 40113, {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}},
         {"chkKeepResult", 40114, {}},
         {"chkEdgeSnap", 40115, {}},
+        {"cmdUndo", 27010, {QKeySequence(Qt::CTRL | Qt::Key_Z)}},
+        {"cmdRedo",
+         27011,
+         {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)}},
+        {"cmdHistogram", 27001, {QKeySequence(Qt::CTRL | Qt::Key_H)}},
     };
     return tips;
 }

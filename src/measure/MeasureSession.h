@@ -1,6 +1,7 @@
 #pragma once
 
 #include "measure/MeasureContext.h"
+#include "measure/MeasureHistory.h"
 #include "measure/MeasureTool.h"
 #include "measure/MeasurementStore.h"
 #include "measure/RunningAverage.h"
@@ -72,18 +73,33 @@ public:
     // The result rows first..last are selected: their measurements are highlighted.
     void highlightRows(int first, int last);
 
+    // Every change of the table and the measurements since the picture was
+    // taken or loaded, back and forth. Points placed for a measurement not
+    // finished yet stay as they are.
+    bool canUndo() const { return history_.canUndo(); }
+    bool canRedo() const { return history_.canRedo(); }
+    void undo();
+    void redo();
+
 signals:
     void previewChanged(const tavix::Shape& preview);
     void overlayChanged();
     void highlightChanged(const std::vector<int>& indexes);
     // A calibration marking is complete: the pixel length marked.
     void calibrationLengthMarked(double pixels);
+    // What undo and redo can do changed.
+    void historyChanged();
 
 private:
     void complete();
     // After a floating-point fault: no row, and the tool takes new clicks.
     void dropFaultedMeasurement();
     void showGuidance();
+    MeasureHistory::State state() const;
+    void restore(const MeasureHistory::State& state);
+    // The table is about to change: the state before it is a step back, one
+    // for all the changes of a measurement.
+    void recordChange();
 
     const Settings& settings_;
     const ErrorLog& log_;
@@ -96,6 +112,9 @@ private:
     MeasurementStore store_;
     RunningAverage twoPointAverage_;
     std::function<PointD(PointD)> snap_;
+    MeasureHistory history_;
+    bool adding_ = false;          // a finished measurement enters the table
+    bool addingRecorded_ = false;  // and the state before it is kept
 };
 
 }  // namespace tavix

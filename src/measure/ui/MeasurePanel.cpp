@@ -8,6 +8,7 @@
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/Twips.h"
+#include "common/ui/Icons.h"
 #include "measure/EdgeSnap.h"
 #include "measure/MeasureSession.h"
 #include "measure/ValueFormat.h"
@@ -46,6 +47,8 @@ enum Caption : qint32 {
     kMeasuringTools = 40025,
     kResults = 40026,
     kEdgeSnap = 40040,
+    kUndo = 27012,
+    kRedo = 27013,
 };
 
 }  // namespace
@@ -119,6 +122,11 @@ MeasureSession& MeasurePanel::startMeasuring(Guidance& guidance, CameraPanel& ca
         releaseToolButtons();
     });
     connect(this, &MeasurePanel::toolButtonClicked, &overlays.crossLines(), &CrossLines::toolReplaced);
+
+    connect(cmdUndo_, &QToolButton::clicked, session, &MeasureSession::undo);
+    connect(cmdRedo_, &QToolButton::clicked, session, &MeasureSession::redo);
+    connect(session, &MeasureSession::historyChanged, this, &MeasurePanel::refreshButtons);
+    refreshButtons();
     return *session;
 }
 
@@ -165,7 +173,21 @@ void MeasurePanel::build(QWidget* area)
     });
 
     lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
-    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
+    const int gridTop = twipsToPixels(MainLayout::kGridTopTwips);
+    lblResults_->setGeometry(6, gridTop - 22, width, 20);
+    // Undo and redo at the right of the results' caption, over the table they act on.
+    cmdUndo_ = named(new QToolButton(area), QStringLiteral("cmdUndo"));
+    cmdRedo_ = named(new QToolButton(area), QStringLiteral("cmdRedo"));
+    const int undoWidth = 96;
+    for (QToolButton* button : {cmdUndo_, cmdRedo_}) {
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setAutoRaise(true);
+        button->setIconSize(QSize(16, 16));
+    }
+    cmdUndo_->setIcon(Icons::undo());
+    cmdRedo_->setIcon(Icons::redo());
+    cmdUndo_->setGeometry(6 + width - 2 * undoWidth - 4, gridTop - 25, undoWidth, 24);
+    cmdRedo_->setGeometry(6 + width - undoWidth, gridTop - 25, undoWidth, 24);
     grdResult_ = named(new QTableView(area), QStringLiteral("grdResult"));
     grdResult_->setModel(&results_);
     grdResult_->verticalHeader()->setVisible(false);
@@ -271,6 +293,8 @@ void MeasurePanel::applySettings()
     cmdResultClear_->setText(m(kClear));
     cmdResultRemove_->setText(m(kRemove));
     cmdResultSave_->setText(m(kSaveResults));
+    cmdUndo_->setText(m(kUndo));
+    cmdRedo_->setText(m(kRedo));
     chkKeepResult_->setText(m(kKeepResults));
     results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
     chkKeepResult_->setChecked(s.KEEPRESULT != 0);
@@ -382,6 +406,8 @@ void MeasurePanel::refreshButtons()
     cmdResultClear_->setEnabled(measuringEnabled_ && states.clear);
     cmdResultRemove_->setEnabled(measuringEnabled_ && states.remove);
     cmdResultSave_->setEnabled(measuringEnabled_ && states.save);
+    cmdUndo_->setEnabled(measuringEnabled_ && session_ && session_->canUndo());
+    cmdRedo_->setEnabled(measuringEnabled_ && session_ && session_->canRedo());
 }
 
 void MeasurePanel::runProofDialog()
