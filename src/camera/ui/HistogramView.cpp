@@ -63,15 +63,21 @@ void HistogramView::paintEvent(QPaintEvent*)
             p.drawPath(path);
         }
     }
-    // An end column cut by the scale: a mark above it.
+    // Pixels at an end of the range lost detail: their columns in red and
+    // wide enough to be seen, with a mark on top when the scale cuts them.
     p.setRenderHint(QPainter::Antialiasing, false);
+    const QColor clipped(255, 60, 60);
     for (const int level : {0, Histogram::kLevels - 1}) {
-        bool cut = false;
+        std::uint32_t most = 0;
         for (int c = Histogram::Grey; c <= last; ++c)
-            cut = cut || histogram_.counts(static_cast<Histogram::Channel>(c))[level] > top;
-        if (cut)
-            p.fillRect(QRectF(plot.left() + level * columnWidth - 2, 0, columnWidth + 4, 5),
-                       QColor(255, 60, 60));
+            most = std::max(most, histogram_.counts(static_cast<Histogram::Channel>(c))[level]);
+        if (most == 0)
+            continue;
+        const double h = std::max(2.0, heightOf(most));
+        const double x = level == 0 ? plot.left() : plot.right() - 3;
+        p.fillRect(QRectF(x, plot.bottom() - h, 3, h), clipped);
+        if (most > top)
+            p.fillRect(QRectF(x - 1, 0, 5, 5), clipped);
     }
 }
 

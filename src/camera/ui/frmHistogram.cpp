@@ -5,7 +5,6 @@
 #include "common/ui/WidgetNames.h"
 
 #include <QCloseEvent>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -20,19 +19,16 @@ frmHistogram::frmHistogram(const MessageTable& messages, QWidget* parent)
     lblHistogramSource_ = named(new QLabel(this), QStringLiteral("lblHistogramSource"));
     lblClippedDark_ = named(new QLabel(this), QStringLiteral("lblClippedDark"));
     lblClippedBright_ = named(new QLabel(this), QStringLiteral("lblClippedBright"));
-    lblClippedBright_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    auto* clipped = new QHBoxLayout;
-    clipped->addWidget(lblClippedDark_);
-    clipped->addStretch(1);
-    clipped->addWidget(lblClippedBright_);
+    // One line each: a share never hides the other, whatever the language.
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(8, 8, 8, 8);
     layout->setSpacing(4);
     layout->addWidget(lblHistogramSource_);
     layout->addWidget(view_, 1);
-    layout->addLayout(clipped);
-    resize(340, 220);
+    layout->addWidget(lblClippedDark_);
+    layout->addWidget(lblClippedBright_);
+    resize(340, 240);
     showHistogram(Histogram(), true);
 }
 
@@ -43,6 +39,9 @@ const Histogram& frmHistogram::histogram() const
 
 QString frmHistogram::percent(double share)
 {
+    // A few clipped pixels must not read as none.
+    if (share > 0 && share < 0.00005)
+        return QStringLiteral("< 0.01");
     return QString::number(share * 100.0, 'f', 2);
 }
 

@@ -29,7 +29,8 @@ public:
     void showHistogram(const Histogram& histogram, bool live);
     const Histogram& histogram() const;
 
-    // A share as the window writes it: per cent with two decimals.
+    // A share as the window writes it: per cent with two decimals, "< 0.01"
+    // for a share that would round to none.
     static QString percent(double share);
 
 signals:

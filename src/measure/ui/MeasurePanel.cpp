@@ -173,12 +173,10 @@ void MeasurePanel::build(QWidget* area)
     });
 
     lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
-    const int gridTop = twipsToPixels(MainLayout::kGridTopTwips);
-    lblResults_->setGeometry(6, gridTop - 22, width, 20);
+    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
     // Undo and redo at the right of the results' caption, over the table they act on.
     cmdUndo_ = named(new QToolButton(area), QStringLiteral("cmdUndo"));
     cmdRedo_ = named(new QToolButton(area), QStringLiteral("cmdRedo"));
-    const int undoWidth = 96;
     for (QToolButton* button : {cmdUndo_, cmdRedo_}) {
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setAutoRaise(true);
@@ -186,8 +184,6 @@ void MeasurePanel::build(QWidget* area)
     }
     cmdUndo_->setIcon(Icons::undo());
     cmdRedo_->setIcon(Icons::redo());
-    cmdUndo_->setGeometry(6 + width - 2 * undoWidth - 4, gridTop - 25, undoWidth, 24);
-    cmdRedo_->setGeometry(6 + width - undoWidth, gridTop - 25, undoWidth, 24);
     grdResult_ = named(new QTableView(area), QStringLiteral("grdResult"));
     grdResult_->setModel(&results_);
     grdResult_->verticalHeader()->setVisible(false);
@@ -295,6 +291,13 @@ void MeasurePanel::applySettings()
     cmdResultSave_->setText(m(kSaveResults));
     cmdUndo_->setText(m(kUndo));
     cmdRedo_->setText(m(kRedo));
+    // As wide as their captions, flush with the table's right edge.
+    const int right = lblResults_->geometry().right();
+    const QSize redo = cmdRedo_->sizeHint();
+    const QSize undo = cmdUndo_->sizeHint();
+    const int top = lblResults_->geometry().bottom() + 1 - 24;
+    cmdRedo_->setGeometry(right + 1 - redo.width(), top, redo.width(), 24);
+    cmdUndo_->setGeometry(cmdRedo_->x() - 2 - undo.width(), top, undo.width(), 24);
     chkKeepResult_->setText(m(kKeepResults));
     results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
     chkKeepResult_->setChecked(s.KEEPRESULT != 0);

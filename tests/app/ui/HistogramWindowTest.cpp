@@ -61,6 +61,9 @@ TEST_F(HistogramWindow, TheButton_OpensItOnTheLivePicture_CountedOnASample)
     EXPECT_EQ(window()->histogram().pixels(),
               qint64((mode.width() + step - 1) / step) * ((mode.height() + step - 1) / step));
     EXPECT_EQ(label("lblHistogramSource"), message(frmHistogram::kLiveSource));
+    // With TAVIX_SCREENSHOT=name the window is saved as name-histogram-live.png.
+    if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+        window()->grab().save(file + QStringLiteral("-histogram-live.png"));
     EXPECT_EQ(
         label("lblClippedBright"),
         message(frmHistogram::kClippedBright, frmHistogram::percent(window()->histogram().clippedBright())));
@@ -76,6 +79,8 @@ TEST_F(HistogramWindow, OnAStill_ItShowsEveryPixelOfTheStill_AndLiveCountingStop
     EXPECT_EQ(window()->histogram().counts(Histogram::Grey), expected.counts(Histogram::Grey));
     EXPECT_EQ(label("lblHistogramSource"), message(frmHistogram::kStillSource));
     EXPECT_FALSE(w->camera().liveHistogram().enabled());
+    if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+        window()->grab().save(file + QStringLiteral("-histogram-still.png"));
 
     QTest::mouseClick(find<QPushButton>("cmdPlayStop"), Qt::LeftButton);  // live again
     EXPECT_TRUE(w->camera().liveHistogram().enabled());
@@ -100,6 +105,8 @@ TEST_F(HistogramWindow, ALoadedPicture_ShowsItsClippedSharesInPlainWords)
     w->pictures().loadPictureFile(path);
 
     ASSERT_EQ(window()->histogram().pixels(), 800);
+    if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+        window()->grab().save(file + QStringLiteral("-histogram-quarters.png"));
     EXPECT_EQ(window()->histogram().counts(Histogram::Grey)[128], 400u);
     EXPECT_EQ(label("lblClippedDark"), message(frmHistogram::kClippedDark, QStringLiteral("25.00")));
     EXPECT_EQ(label("lblClippedBright"), message(frmHistogram::kClippedBright, QStringLiteral("25.00")));
@@ -135,4 +142,13 @@ TEST_F(HistogramWindow, CtrlH_OpensAndClosesIt_AndTheTipSaysSo)
     EXPECT_FALSE(window()->isVisible());
     EXPECT_EQ(button()->toolTip(), message(27001) + QStringLiteral(" (Ctrl+H)"));
     EXPECT_EQ(button()->text(), message(frmHistogram::kTitle));
+}
+
+TEST(HistogramShare, IsWrittenInPerCentWithTwoDecimals_AndAFewPixelsAreNotNone)
+{
+    EXPECT_EQ(frmHistogram::percent(0.0), QStringLiteral("0.00"));
+    EXPECT_EQ(frmHistogram::percent(0.25), QStringLiteral("25.00"));
+    EXPECT_EQ(frmHistogram::percent(1.0), QStringLiteral("100.00"));
+    EXPECT_EQ(frmHistogram::percent(0.00005), QStringLiteral("0.01"));
+    EXPECT_EQ(frmHistogram::percent(1.0 / 103138), QStringLiteral("< 0.01"));
 }

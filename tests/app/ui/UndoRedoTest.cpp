@@ -96,6 +96,9 @@ TEST_F(UndoRedo, ARemovedRange_ComesBack_AfterItsQuestion)
     undo();
     EXPECT_EQ(rows(), (QStringList{"1:10.00", "2:20.00", "3:30.00", "4:40.00", "5:50.00"}));
     EXPECT_EQ(w->measuring().store().size(), 5);
+    // With TAVIX_SCREENSHOT=name the window is saved as name-undone.png.
+    if (const QString file = qEnvironmentVariable("TAVIX_SCREENSHOT"); !file.isEmpty())
+        w->grab().save(file + QStringLiteral("-undone.png"));
     EXPECT_TRUE(results().unsaved());
 
     // The restored rows are selectable again and highlight their measurements.
