@@ -6,9 +6,9 @@
 //   with a count every quarter second (on a manual clock, so that the frames
 //   counted are exactly those the program counts);
 // - one count of every pixel, as for a still.
+#include "SimFrameBench.h"
 #include "camera/LiveHistogram.h"
 #include "camera/LiveView.h"
-#include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "media/Histogram.h"
 
@@ -26,28 +26,10 @@ const QSize kView(1000, 750);
 
 const QImage& fullFrame()
 {
-    static const QImage frame = [] {
-        SimCamera::Options options;
-        options.threaded = false;
-        SimCamera sim(options);
-        sim.Init();
-        sim.Open(0);
-        sim.SetMode(0, kMode);
-        return sim.renderFrame().convertToFormat(QImage::Format_RGB888);
-    }();
-    return frame;
+    return bench::simFrame(kMode);
 }
 
-FrameView viewOf(const QImage& image)
-{
-    FrameView v;
-    v.bits = image.constBits();
-    v.width = image.width();
-    v.height = image.height();
-    v.bytesPerLine = image.bytesPerLine();
-    v.format = image.format();
-    return v;
-}
+using bench::viewOf;
 
 void MemcpyOfOneFrame(benchmark::State& state)
 {

@@ -10,24 +10,25 @@ void MeasureHistory::record(State before)
     redo_.clear();
 }
 
+std::optional<MeasureHistory::State> MeasureHistory::step(std::deque<State>& from, std::deque<State>& to,
+                                                          State now)
+{
+    if (from.empty())
+        return std::nullopt;
+    State next = std::move(from.back());
+    from.pop_back();
+    to.push_back(std::move(now));
+    return next;
+}
+
 std::optional<MeasureHistory::State> MeasureHistory::undo(State now)
 {
-    if (undo_.empty())
-        return std::nullopt;
-    State back = std::move(undo_.back());
-    undo_.pop_back();
-    redo_.push_back(std::move(now));
-    return back;
+    return step(undo_, redo_, std::move(now));
 }
 
 std::optional<MeasureHistory::State> MeasureHistory::redo(State now)
 {
-    if (redo_.empty())
-        return std::nullopt;
-    State forward = std::move(redo_.back());
-    redo_.pop_back();
-    undo_.push_back(std::move(now));
-    return forward;
+    return step(redo_, undo_, std::move(now));
 }
 
 void MeasureHistory::restart()

@@ -30,7 +30,6 @@ public:
 
     bool canUndo() const { return !undo_.empty(); }
     bool canRedo() const { return !redo_.empty(); }
-    int undoSteps() const { return static_cast<int>(undo_.size()); }
 
     // The state to go back to, `now` becoming the step to redo; nothing when
     // there is no step.
@@ -45,6 +44,9 @@ public:
     void saved();
 
 private:
+    // The last state of `from`, `now` going to `to`.
+    static std::optional<State> step(std::deque<State>& from, std::deque<State>& to, State now);
+
     std::deque<State> undo_;
     std::deque<State> redo_;
 };
