@@ -173,7 +173,6 @@ void MeasurePanel::build(QWidget* area)
     });
 
     lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
-    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
     // Undo and redo at the right of the results' caption, over the table they act on.
     cmdUndo_ = named(new QToolButton(area), QStringLiteral("cmdUndo"));
     cmdRedo_ = named(new QToolButton(area), QStringLiteral("cmdRedo"));
@@ -291,13 +290,14 @@ void MeasurePanel::applySettings()
     cmdResultSave_->setText(m(kSaveResults));
     cmdUndo_->setText(m(kUndo));
     cmdRedo_->setText(m(kRedo));
-    // As wide as their captions, flush with the table's right edge.
-    const int right = lblResults_->geometry().right();
-    const QSize redo = cmdRedo_->sizeHint();
-    const QSize undo = cmdUndo_->sizeHint();
-    const int top = lblResults_->geometry().bottom() + 1 - 24;
-    cmdRedo_->setGeometry(right + 1 - redo.width(), top, redo.width(), 24);
-    cmdUndo_->setGeometry(cmdRedo_->x() - 2 - undo.width(), top, undo.width(), 24);
+    // As wide as their captions, flush with the table's right edge; the caption takes the rest.
+    const int right = twipsToPixels(MainLayout::kMeasureAreaWidthTwips) - 6;
+    const int top = twipsToPixels(MainLayout::kGridTopTwips) - 26;
+    const int redo = cmdRedo_->sizeHint().width();
+    const int undo = cmdUndo_->sizeHint().width();
+    cmdRedo_->setGeometry(right - redo, top, redo, 24);
+    cmdUndo_->setGeometry(cmdRedo_->x() - 2 - undo, top, undo, 24);
+    lblResults_->setGeometry(6, top + 4, cmdUndo_->x() - 10, 20);
     chkKeepResult_->setText(m(kKeepResults));
     results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
     chkKeepResult_->setChecked(s.KEEPRESULT != 0);
