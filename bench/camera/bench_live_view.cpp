@@ -5,6 +5,7 @@
 // - freeze: the camera's bitmap written and read back into the still;
 // - start-up: from the main window's load to the first live frame painted.
 #include "ScriptedPrompterBench.h"
+#include "SimFrameBench.h"
 #include "app/frmMain.h"
 #include "camera/LiveView.h"
 #include "camera/sim/SimCamera.h"
@@ -32,28 +33,10 @@ const QSize kView(1000, 750);
 
 QImage fullFrame()
 {
-    static const QImage frame = [] {
-        SimCamera::Options options;
-        options.threaded = false;
-        SimCamera sim(options);
-        sim.Init();
-        sim.Open(0);
-        sim.SetMode(0, kMode);
-        return sim.renderFrame().convertToFormat(QImage::Format_RGB888);
-    }();
-    return frame;
+    return bench::simFrame(kMode);
 }
 
-FrameView viewOf(const QImage& image)
-{
-    FrameView v;
-    v.bits = image.constBits();
-    v.width = image.width();
-    v.height = image.height();
-    v.bytesPerLine = image.bytesPerLine();
-    v.format = image.format();
-    return v;
-}
+using bench::viewOf;
 
 void MemcpyOfOneFrame(benchmark::State& state)
 {

@@ -10,7 +10,7 @@
 //
 // Run with --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true
 // --benchmark_report_aggregates_only=true and compare the medians.
-#include "camera/sim/SimCamera.h"
+#include "SimFrameBench.h"
 #include "common/SafeFile.h"
 #include "files/PictureFiles.h"
 #include "media/BmpFile.h"
@@ -38,16 +38,7 @@ constexpr int kMode = 8;  // 2592x1944
 // The still as the program holds it after a freeze: 24-bit from the camera's bitmap.
 const QImage& still()
 {
-    static const QImage frame = [] {
-        SimCamera::Options options;
-        options.threaded = false;
-        SimCamera sim(options);
-        sim.Init();
-        sim.Open(0);
-        sim.SetMode(0, kMode);
-        return sim.renderFrame().convertToFormat(QImage::Format_RGB888);
-    }();
-    return frame;
+    return bench::simFrame(kMode);
 }
 
 // The same still in the 32-bit form that drawing the measurements gives.

@@ -13,6 +13,7 @@
 #include "common/MainLayout.h"
 #include "common/Prompter.h"
 #include "common/RunError.h"
+#include "common/ui/Icons.h"
 #include "files/ui/IntervalSavePanel.h"
 #include "files/ui/PicturePanel.h"
 #include "files/ui/RecordingPanel.h"
@@ -29,6 +30,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QToolButton>
 #include <QTranslator>
 
 namespace tavix {
@@ -122,6 +124,14 @@ void frmMain::buildStatusBar()
     QStatusBar* bar = statusBar();
     bar->setObjectName(QStringLiteral("sbriCube"));
     bar->setSizeGripEnabled(true);
+    // The view commands fill their strip at the smallest window: the histogram's switch lives here.
+    cmdHistogram_ = named(new QToolButton(bar), QStringLiteral("cmdHistogram"));
+    cmdHistogram_->setCheckable(true);
+    cmdHistogram_->setAutoRaise(true);
+    cmdHistogram_->setIcon(Icons::histogram());
+    cmdHistogram_->setIconSize(QSize(16, 16));
+    cmdHistogram_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    bar->addWidget(cmdHistogram_);
     lblZoom_ = named(new QLabel(bar), QStringLiteral("lblZoom"));
     lblZoom_->setMinimumWidth(50);
     bar->addWidget(lblZoom_);
@@ -182,6 +192,8 @@ bool frmMain::openCamera()
     connect(camera_.get(), &CameraPanel::stillShownChanged, this, &frmMain::stillShownChanged);
     connect(cmdPlayStop_, &QPushButton::clicked, camera_.get(), &CameraPanel::cmdPlayStop_Click);
     connect(camera_.get(), &CameraPanel::endProgramRequested, this, &frmMain::endProgram);
+    connect(cmdHistogram_, &QToolButton::toggled, camera_.get(), &CameraPanel::setHistogramShown);
+    connect(camera_.get(), &CameraPanel::histogramShownChanged, cmdHistogram_, &QToolButton::setChecked);
     camera_->setMagnification(Magnification::valueOf(cboScale_->currentText()));
     return camera_->open();
 }
@@ -305,6 +317,7 @@ void frmMain::applySettingsToControls()
     for (const auto& [widget, id] : captions)
         widget->setProperty("text", m(id));
     lblJpegQtyCaption_->setText(m(40022) + QLatin1Char(':'));
+    cmdHistogram_->setText(m(27000));
     measure_->applySettings();
     overlays_->applySettings();
     cboScale_->setCurrentIndex(s.DEFAULTSCALE);

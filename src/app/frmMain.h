@@ -12,6 +12,7 @@
 class QComboBox;
 class QLabel;
 class QPushButton;
+class QToolButton;
 class QTranslator;
 
 namespace tavix {
@@ -144,7 +145,8 @@ private:
     QLabel* lblComment_ = nullptr;
     std::array<CommentLineEdit*, 2> txtComment_{};
     std::array<QLabel*, 6> sbriCube_{};
-    QLabel* sbrProofNote_ = nullptr;  // says when the calibration is rescaled for the picture
+    QLabel* sbrProofNote_ = nullptr;       // says when the calibration is rescaled for the picture
+    QToolButton* cmdHistogram_ = nullptr;  // opens and closes the histogram window
 };
 
 }  // namespace tavix

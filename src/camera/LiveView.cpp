@@ -10,6 +10,12 @@ void LiveView::setNotifier(std::function<void()> notify)
     notify_ = std::move(notify);
 }
 
+void LiveView::setTap(FrameSink* tap)
+{
+    std::lock_guard lock(mutex_);
+    tap_ = tap;
+}
+
 void LiveView::setDisplaySize(QSize size)
 {
     std::lock_guard lock(mutex_);
@@ -25,11 +31,15 @@ QSize LiveView::displaySize() const
 void LiveView::frameReady(const FrameView& frame)
 {
     QSize wanted;
+    FrameSink* tap = nullptr;
     {
         std::lock_guard lock(mutex_);
         ++counters_.received;
         wanted = size_;
+        tap = tap_;
     }
+    if (tap)
+        tap->frameReady(frame);
     if (wanted.isEmpty() || frame.bits == nullptr)
         return;
     // The back buffer belongs to this thread; it is scaled without the lock so

@@ -29,6 +29,10 @@ public:
     // it must only schedule the repaint (e.g. a queued call).
     void setNotifier(std::function<void()> notify);
 
+    // Another sink that sees each frame first, at its full size, on the
+    // driver's thread (the live histogram); nullptr for none.
+    void setTap(FrameSink* tap);
+
     // The size frames are shown at (user-interface thread).
     void setDisplaySize(QSize size);
     QSize displaySize() const;
@@ -58,6 +62,7 @@ private:
     bool readyFresh_ = false;
     Counters counters_;
     std::function<void()> notify_;
+    FrameSink* tap_ = nullptr;
 };
 
 }  // namespace tavix

@@ -27,6 +27,11 @@ const QList<Tip>& all()
         {"chkEdgeSnap", 40115, {}},
         {"cmdMeasure(7)", 27110, {QKeySequence(Qt::CTRL | Qt::Key_L)}},
         {"cmdMeasure(8)", 27111, {QKeySequence(Qt::CTRL | Qt::Key_D)}},
+        {"cmdUndo", 27010, {QKeySequence(Qt::CTRL | Qt::Key_Z)}},
+        {"cmdRedo",
+         27011,
+         {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)}},
+        {"cmdHistogram", 27001, {QKeySequence(Qt::CTRL | Qt::Key_H)}},
     };
     return tips;
 }

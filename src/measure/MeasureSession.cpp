@@ -11,6 +11,8 @@
 #include "measure/ToolFactory.h"
 #include "measure/TwoPointTool.h"
 
+#include <QScopeGuard>
+
 namespace tavix {
 
 MeasureSession::MeasureSession(const Settings& settings, const ErrorLog& log, const MessageTable& messages,
@@ -36,6 +38,12 @@ MeasureSession::MeasureSession(const Settings& settings, const ErrorLog& log, co
         emit overlayChanged();
     });
     connect(&results_, &ResultTable::redrawRequested, this, [this] { emit overlayChanged(); });
+    connect(&results_, &ResultTable::aboutToChange, this, &MeasureSession::recordChange);
+    connect(&results_, &ResultTable::newPicture, this, [this] {
+        history_.restart();
+        emit historyChanged();
+    });
+    connect(&results_, &ResultTable::saved, this, [this] { history_.saved(); });
 }
 
 MeasureSession::~MeasureSession() = default;
@@ -192,6 +200,9 @@ void MeasureSession::addMeasurement(const Measurement& measurement)
         return;
     }
     const QString unit = units_().name;
+    // Its rows, the store and the average change together: one step back.
+    adding_ = true;
+    const auto added = qScopeGuard([this] { adding_ = addingRecorded_ = false; });
     int firstRow = 0;
     for (const ResultValue& value : measurement.values) {
         const int row = results_.addResult(messages_.text(value.kindCaption), value.value,
@@ -215,6 +226,45 @@ void MeasureSession::relabel()
 void MeasureSession::highlightRows(int first, int last)
 {
     emit highlightChanged(store_.indexesInRows(first, last));
+}
+
+MeasureHistory::State MeasureSession::state() const
+{
+    return {results_.snapshot(), store_, twoPointAverage_};
+}
+
+void MeasureSession::recordChange()
+{
+    if (addingRecorded_)
+        return;
+    history_.record(state());
+    addingRecorded_ = adding_;
+    emit historyChanged();
+}
+
+void MeasureSession::restore(const MeasureHistory::State& state)
+{
+    store_ = state.store;
+    // Labels with the decimals in force, as the table's values.
+    store_.relabel(settings_.NUMBEROFDECIMALS);
+    twoPointAverage_ = state.twoPointAverage;
+    results_.restore(state.table);
+    // The grid's selection went with the rows it was on.
+    emit highlightChanged({});
+    emit overlayChanged();
+    emit historyChanged();
+}
+
+void MeasureSession::undo()
+{
+    if (auto back = history_.undo(state()))
+        restore(*back);
+}
+
+void MeasureSession::redo()
+{
+    if (auto forward = history_.redo(state()))
+        restore(*forward);
 }
 
 }  // namespace tavix

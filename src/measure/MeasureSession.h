@@ -1,6 +1,7 @@
 #pragma once
 
 #include "measure/MeasureContext.h"
+#include "measure/MeasureHistory.h"
 #include "measure/MeasureTool.h"
 #include "measure/MeasurementStore.h"
 #include "measure/RunningAverage.h"
@@ -78,6 +79,13 @@ public:
     // Adds a finished measurement made outside the tool's clicks (another
     // pair of edges on a caliper line): its rows, its drawing.
     void addMeasurement(const Measurement& measurement);
+    // Every change of the table and the measurements since the picture was
+    // taken or loaded, back and forth. Points placed for a measurement not
+    // finished yet stay as they are.
+    bool canUndo() const { return history_.canUndo(); }
+    bool canRedo() const { return history_.canRedo(); }
+    void undo();
+    void redo();
 
 signals:
     void previewChanged(const tavix::Shape& preview);
@@ -87,12 +95,19 @@ signals:
     void calibrationLengthMarked(double pixels);
     // A measurement got its rows and its drawing.
     void measured(const tavix::Measurement& measurement);
+    // What undo and redo can do changed.
+    void historyChanged();
 
 private:
     void complete();
     // After a floating-point fault: no row, and the tool takes new clicks.
     void dropFaultedMeasurement();
     void showGuidance();
+    MeasureHistory::State state() const;
+    void restore(const MeasureHistory::State& state);
+    // The table is about to change: the state before it is a step back, one
+    // for all the changes of a measurement.
+    void recordChange();
 
     const Settings& settings_;
     const ErrorLog& log_;
@@ -106,6 +121,9 @@ private:
     RunningAverage twoPointAverage_;
     std::function<PointD(PointD)> snap_;
     std::function<QImage()> picture_;
+    MeasureHistory history_;
+    bool adding_ = false;          // a finished measurement enters the table
+    bool addingRecorded_ = false;  // and the state before it is kept
 };
 
 }  // namespace tavix

@@ -28,6 +28,7 @@ int ResultTable::addResult(const QString& kindCaption, double value, const QStri
 {
     if (isFull())
         return 0;
+    emit aboutToChange();
     const int row = count_ + 1;
     beginInsertRows(QModelIndex(), row - 1, row - 1);
     rows_[row] = {QString::number(row), kindCaption, ValueFormat::format(value, decimals_), unitText};
@@ -41,8 +42,13 @@ int ResultTable::addResult(const QString& kindCaption, double value, const QStri
 
 void ResultTable::ClearResults(int mode)
 {
+    const bool newPictureStarts = mode == KeepAll;
     if (!keepResult_)
         mode = All;
+    if (newPictureStarts)
+        emit newPicture();
+    else if ((mode == All ? 1 : firstCurrentRow_) <= count_)
+        emit aboutToChange();  // a clear that drops no row is no change
     if (mode == All)
         firstCurrentRow_ = 1;
     if (mode != KeepAll) {
@@ -98,6 +104,7 @@ ResultTable::RemoveOutcome ResultTable::removeResults(int currentRow, int select
         return outcome;
     }
 
+    emit aboutToChange();
     last = std::min(last, count_);
     const int removed = last - first + 1;
     if (firstCurrentRow_ >= first && firstCurrentRow_ <= last)
@@ -175,8 +182,38 @@ bool ResultTable::saveCsv(const QString& path, const std::optional<AverageLine>&
     if (lastError_ != 0)
         return false;
     unsaved_ = false;
+    emit saved();
     emit stateChanged();
     return true;
+}
+
+ResultTable::Snapshot ResultTable::snapshot() const
+{
+    Snapshot s;
+    s.rows.assign(rows_.begin() + 1, rows_.begin() + 1 + count_);
+    s.values.assign(values_.begin() + 1, values_.begin() + 1 + count_);
+    s.firstCurrentRow = firstCurrentRow_;
+    s.unsaved = unsaved_;
+    return s;
+}
+
+void ResultTable::restore(const Snapshot& snapshot)
+{
+    const int count = std::min(static_cast<int>(snapshot.rows.size()), kMaxResults);
+    beginResetModel();
+    for (int r = 1; r <= std::max(count, count_); ++r) {
+        const bool kept = r <= count;
+        rows_[r] = kept ? snapshot.rows[r - 1] : Row{};
+        values_[r] = kept ? snapshot.values[r - 1] : 0.0;
+        if (kept)
+            rows_[r][2] = ValueFormat::format(values_[r], decimals_);
+    }
+    count_ = count;
+    firstCurrentRow_ = snapshot.firstCurrentRow;
+    unsaved_ = snapshot.unsaved;
+    endResetModel();
+    emit redrawRequested();
+    emit stateChanged();
 }
 
 ResultTable::SaveOutcome ResultTable::cmdResultSave(Prompter& prompter, const MessageTable& messages,

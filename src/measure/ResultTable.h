@@ -81,6 +81,17 @@ public:
         Failed  // the file could not be written; an old file of that name is whole
     };
 
+    // Everything the table holds of its results, to go back to (undo).
+    struct Snapshot {
+        std::vector<std::array<QString, kColumns>> rows;  // rows 1..count
+        std::vector<double> values;                       // their value store slots
+        int firstCurrentRow = 1;
+        bool unsaved = false;
+
+        // Rows of the current picture: what an unsaved flag is about.
+        bool hasCurrentRows() const { return static_cast<int>(rows.size()) >= firstCurrentRow; }
+    };
+
     explicit ResultTable(QObject* parent = nullptr);
 
     // Captions of the four columns (number, kind, value, unit).
@@ -162,6 +173,11 @@ public:
     int count() const { return count_; }
     int firstCurrentRow() const { return firstCurrentRow_; }
 
+    Snapshot snapshot() const;
+    // Puts the table back as it was; the value column is written with the
+    // decimals in force now. Announces no change: going back is not one.
+    void restore(const Snapshot& snapshot);
+
     // Value store slot `row` (0..999). Throws RunError(SubscriptOutOfRange) outside.
     double value(int row) const;
     // Cell text; row 0 is the header, rows past the count are blank. Throws
@@ -178,6 +194,14 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 signals:
+    // The rows, the first current row or the unsaved flag are about to change
+    // through an operation of the table (a result added, a clear, a removal
+    // the user agreed to); a saved file and restore() are no such change.
+    void aboutToChange();
+    // A new picture: the rows shown so far became earlier results (or went).
+    void newPicture();
+    // The table was written to a file.
+    void saved();
     // The measurement store must be emptied (the current picture's drawings go).
     void measurementsCleared();
     // The measurements of rows first..last must leave the store; those of

@@ -27,6 +27,10 @@ TEST(CommandTips, TheDesktopsUsualShortcuts)
     EXPECT_EQ(keysOf("cmdPicSave"), QList<QKeySequence>{QKeySequence(QStringLiteral("Ctrl+S"))});
     EXPECT_EQ(keysOf("cmdPicLoad"), QList<QKeySequence>{QKeySequence(QStringLiteral("Ctrl+O"))});
     EXPECT_EQ(keysOf("cmdResultSave"), QList<QKeySequence>{QKeySequence(QStringLiteral("Ctrl+Shift+S"))});
+    EXPECT_EQ(keysOf("cmdUndo"), QList<QKeySequence>{QKeySequence(QStringLiteral("Ctrl+Z"))});
+    EXPECT_EQ(keysOf("cmdRedo"), (QList<QKeySequence>{QKeySequence(QStringLiteral("Ctrl+Shift+Z")),
+                                                      QKeySequence(QStringLiteral("Ctrl+Y"))}));
+    EXPECT_EQ(keysOf("cmdHistogram"), QList<QKeySequence>{QKeySequence(QStringLiteral("Ctrl+H"))});
     EXPECT_EQ(CommandTips::find(QStringLiteral("cmdNothing")), nullptr);
 }
 

@@ -4,6 +4,7 @@
 #include "camera/Resolution.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
+#include "camera/ui/frmHistogram.h"
 #include "camera/ui/frmiCubeProp.h"
 #include "common/Clock.h"
 #include "common/FaultPoint.h"
@@ -16,6 +17,7 @@
 
 #include <QCoreApplication>
 #include <QLabel>
+#include <QMetaObject>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStatusBar>
@@ -78,6 +80,18 @@ CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock,
     connect(&tmrLiveIcon_, &QTimer::timeout, this, &CameraPanel::tmrLiveIcon_Timer);
     tmriCube_.setObjectName(QStringLiteral("tmriCube"));
     tmrLiveIcon_.setObjectName(QStringLiteral("tmrLiveIcon"));
+
+    liveView_.setTap(&liveHistogram_);
+    liveHistogram_.setNotifier([this] {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                const std::optional<Histogram> counted = liveHistogram_.take();
+                if (counted && histogram_ && !stillShown_)
+                    histogram_->showHistogram(*counted, true);
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 CameraPanel::~CameraPanel()
@@ -235,6 +249,37 @@ void CameraPanel::showPicture(const QImage& picture)
     // Where a file's pixels lay on which sensor is not known.
     stillGeometry_ = PictureGeometry(still_.size());
     stillView_->setPicture(still_);
+    refreshHistogram();
+}
+
+void CameraPanel::setHistogramShown(bool shown)
+{
+    if (shown && !histogram_) {
+        histogram_ = new frmHistogram(data_.messages, w_.viewArea->window());
+        // Its close box: still visible while it closes.
+        connect(histogram_, &frmHistogram::closed, this, [this] {
+            liveHistogram_.setEnabled(false);
+            emit histogramShownChanged(false);
+        });
+    }
+    if (!histogram_ || shown == histogram_->isVisible())
+        return;
+    histogram_->setVisible(shown);
+    refreshHistogram();
+    emit histogramShownChanged(shown);
+}
+
+bool CameraPanel::histogramShown() const
+{
+    return histogram_ && histogram_->isVisible();
+}
+
+void CameraPanel::refreshHistogram()
+{
+    const bool shown = histogramShown();
+    liveHistogram_.setEnabled(shown && !stillShown_);
+    if (shown && stillShown_)
+        histogram_->showHistogram(Histogram::of(still_), false);
 }
 
 void CameraPanel::showStill()
@@ -247,6 +292,7 @@ void CameraPanel::showStill()
         w_.pinProp->setEnabled(false);
     stillScroll_->show();
     cameraView_->hide();
+    refreshHistogram();
     emit stillShownChanged(true);
 }
 
@@ -260,6 +306,7 @@ void CameraPanel::showLive()
     stillScroll_->hide();
     if (w_.pinProp)
         w_.pinProp->setEnabled(true);
+    refreshHistogram();
     emit stillShownChanged(false);
 }
 

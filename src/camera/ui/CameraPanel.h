@@ -3,6 +3,7 @@
 #include "calib/ProofRescale.h"
 #include "camera/CameraSession.h"
 #include "camera/FrameStatistics.h"
+#include "camera/LiveHistogram.h"
 #include "camera/LiveView.h"
 #include "camera/StillCapture.h"
 
@@ -27,6 +28,7 @@ class CameraViewWidget;
 class Clock;
 class Prompter;
 class StillViewWidget;
+class frmHistogram;
 
 // The camera side of the main window: the session, the live picture, the
 // still picture and the live/still button with its timers and status panels.
@@ -99,6 +101,14 @@ public:
     // Fits both pictures into the picture area again (after a resize).
     void refit();
 
+    // The histogram window: the live picture's levels a few times a second,
+    // or the still's. Counting costs nothing while it is closed.
+    void setHistogramShown(bool shown);
+    bool histogramShown() const;
+    // Made when first shown; nullptr before.
+    frmHistogram* histogramWindow() const { return histogram_; }
+    LiveHistogram& liveHistogram() { return liveHistogram_; }
+
     // Timer ticks, public so that tests can step them.
     void tmriCube_Timer();
     void tmrLiveIcon_Timer();
@@ -111,12 +121,16 @@ signals:
     void endProgramRequested();
     // cmdPlayStop was clicked in a run state other than kNormal.
     void playStopClicked(qint16 runState);
+    // The histogram window was opened or closed (also by its own close box).
+    void histogramShownChanged(bool shown);
 
 private:
     void showLive();
     void showStill();
     void placeCameraView(QSize modeSize);
     PictureGeometry liveGeometry() const;
+    // The histogram window follows the picture shown: live counting or the still's levels.
+    void refreshHistogram();
 
     AppData& data_;
     Prompter& prompter_;
@@ -124,6 +138,7 @@ private:
     std::unique_ptr<CameraDriver> driver_;
     Widgets w_;
     LiveView liveView_;
+    LiveHistogram liveHistogram_{clock_};
     std::unique_ptr<CameraSession> session_;
     StillCapture capture_;
     FrameStatistics statistics_;
@@ -140,6 +155,7 @@ private:
     qint16 runState_ = kNormal;
     bool iconLit_ = false;
     DialogRunner runDialog_;
+    frmHistogram* histogram_ = nullptr;  // owned by the main window
 };
 
 }  // namespace tavix

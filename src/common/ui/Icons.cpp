@@ -1,6 +1,7 @@
 #include "common/ui/Icons.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <QPixmap>
 #include <cstdint>
 #include <map>
@@ -62,6 +63,45 @@ QPixmap drawRecord()
     return pixmap;
 }
 
+// A half-turn arrow: index 0 points left (undo), 1 right (redo).
+QPixmap drawTurnArrow(int right)
+{
+    QPixmap pixmap = canvas();
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    if (right) {
+        p.translate(32, 0);
+        p.scale(-1, 1);
+    }
+    const QColor ink(40, 90, 160);
+    p.setPen(QPen(ink, 3.5, Qt::SolidLine, Qt::RoundCap));
+    p.setBrush(Qt::NoBrush);
+    QPainterPath turn;
+    turn.moveTo(9, 13);
+    turn.lineTo(19, 13);
+    turn.cubicTo(30, 13, 30, 27, 19, 27);
+    turn.lineTo(12, 27);
+    p.drawPath(turn);
+    p.setPen(Qt::NoPen);
+    p.setBrush(ink);
+    p.drawPolygon(QPolygonF({QPointF(2, 13), QPointF(11, 5), QPointF(11, 21)}));
+    return pixmap;
+}
+
+QPixmap drawHistogram()
+{
+    QPixmap pixmap = canvas();
+    QPainter p(&pixmap);
+    static const int heights[] = {3, 6, 11, 17, 22, 24, 20, 14, 9, 6, 4, 3, 2};
+    p.setPen(Qt::NoPen);
+    p.setBrush(QColor(70, 70, 70));
+    for (int i = 0; i < 13; ++i)
+        p.drawRect(QRectF(3 + i * 2, 28 - heights[i], 2, heights[i]));
+    p.setPen(QPen(QColor(50, 50, 50), 1.5));
+    p.drawLine(QPointF(2, 28.5), QPointF(30, 28.5));
+    return pixmap;
+}
+
 }  // namespace
 
 QIcon drawnOnce(Drawing draw, int index)
@@ -88,6 +128,21 @@ QIcon still()
 QIcon record()
 {
     return drawnOnce([](int) { return drawRecord(); });
+}
+
+QIcon undo()
+{
+    return drawnOnce(drawTurnArrow, 0);
+}
+
+QIcon redo()
+{
+    return drawnOnce(drawTurnArrow, 1);
+}
+
+QIcon histogram()
+{
+    return drawnOnce([](int) { return drawHistogram(); });
 }
 
 }  // namespace tavix::Icons

@@ -17,5 +17,8 @@ QIcon drawnOnce(Drawing draw, int index = 0);
 QIcon camera(bool lit);  // imgCameraIcon: live, with the live light on or off
 QIcon still();           // imgCameraIcon: the frozen picture
 QIcon record();          // imgRecIcon
+QIcon undo();            // a turn back to the left
+QIcon redo();            // a turn forward to the right
+QIcon histogram();       // columns of a histogram
 
 }  // namespace tavix::Icons

@@ -10,6 +10,7 @@
 #include "common/Prompter.h"
 #include "common/Twips.h"
 #include "measure/CaliperTool.h"
+#include "common/ui/Icons.h"
 #include "measure/EdgeSnap.h"
 #include "measure/MeasureSession.h"
 #include "measure/ValueFormat.h"
@@ -51,6 +52,8 @@ enum Caption : qint32 {
     kEdgeSnap = 40040,
     kCaliper = 27100,
     kOneClickCircle = 27101,
+    kUndo = 27012,
+    kRedo = 27013,
 };
 
 }  // namespace
@@ -130,6 +133,11 @@ MeasureSession& MeasurePanel::startMeasuring(Guidance& guidance, CameraPanel& ca
         releaseToolButtons();
     });
     connect(this, &MeasurePanel::toolButtonClicked, &overlays.crossLines(), &CrossLines::toolReplaced);
+
+    connect(cmdUndo_, &QToolButton::clicked, session, &MeasureSession::undo);
+    connect(cmdRedo_, &QToolButton::clicked, session, &MeasureSession::redo);
+    connect(session, &MeasureSession::historyChanged, this, &MeasurePanel::refreshButtons);
+    refreshButtons();
     return *session;
 }
 
@@ -179,7 +187,16 @@ void MeasurePanel::build(QWidget* area)
     });
 
     lblResults_ = named(new QLabel(area), QStringLiteral("lblResults"));
-    lblResults_->setGeometry(6, twipsToPixels(MainLayout::kGridTopTwips) - 22, width, 20);
+    // Undo and redo at the right of the results' caption, over the table they act on.
+    cmdUndo_ = named(new QToolButton(area), QStringLiteral("cmdUndo"));
+    cmdRedo_ = named(new QToolButton(area), QStringLiteral("cmdRedo"));
+    for (QToolButton* button : {cmdUndo_, cmdRedo_}) {
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setAutoRaise(true);
+        button->setIconSize(QSize(16, 16));
+    }
+    cmdUndo_->setIcon(Icons::undo());
+    cmdRedo_->setIcon(Icons::redo());
     grdResult_ = named(new QTableView(area), QStringLiteral("grdResult"));
     grdResult_->setModel(&results_);
     grdResult_->verticalHeader()->setVisible(false);
@@ -285,6 +302,16 @@ void MeasurePanel::applySettings()
     cmdResultClear_->setText(m(kClear));
     cmdResultRemove_->setText(m(kRemove));
     cmdResultSave_->setText(m(kSaveResults));
+    cmdUndo_->setText(m(kUndo));
+    cmdRedo_->setText(m(kRedo));
+    // As wide as their captions, flush with the table's right edge; the caption takes the rest.
+    const int right = twipsToPixels(MainLayout::kMeasureAreaWidthTwips) - 6;
+    const int top = twipsToPixels(MainLayout::kGridTopTwips) - 26;
+    const int redo = cmdRedo_->sizeHint().width();
+    const int undo = cmdUndo_->sizeHint().width();
+    cmdRedo_->setGeometry(right - redo, top, redo, 24);
+    cmdUndo_->setGeometry(cmdRedo_->x() - 2 - undo, top, undo, 24);
+    lblResults_->setGeometry(6, top + 4, cmdUndo_->x() - 10, 20);
     chkKeepResult_->setText(m(kKeepResults));
     results_.setHeaderCaptions({m(kGridNo), m(kGridKind), m(kGridValue), m(kGridUnit)});
     chkKeepResult_->setChecked(s.KEEPRESULT != 0);
@@ -429,6 +456,8 @@ void MeasurePanel::refreshButtons()
     cmdResultClear_->setEnabled(measuringEnabled_ && states.clear);
     cmdResultRemove_->setEnabled(measuringEnabled_ && states.remove);
     cmdResultSave_->setEnabled(measuringEnabled_ && states.save);
+    cmdUndo_->setEnabled(measuringEnabled_ && session_ && session_->canUndo());
+    cmdRedo_->setEnabled(measuringEnabled_ && session_ && session_->canRedo());
 }
 
 void MeasurePanel::runProofDialog()

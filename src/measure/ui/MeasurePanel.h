@@ -81,7 +81,7 @@ public:
     // A new still, or the live picture again: the area follows, the table
     // starts again, and on the live picture the tool is put away.
     void stillShownChanged(bool shown);
-    // The result buttons follow the table (only while the area is on).
+    // The result buttons and undo and redo follow the table (only while the area is on).
     void refreshButtons();
 
 signals:
@@ -130,6 +130,8 @@ private:
     QPushButton* cmdResultClear_ = nullptr;
     QPushButton* cmdResultRemove_ = nullptr;
     QPushButton* cmdResultSave_ = nullptr;
+    QToolButton* cmdUndo_ = nullptr;
+    QToolButton* cmdRedo_ = nullptr;
     QCheckBox* chkKeepResult_ = nullptr;
     QCheckBox* chkEdgeSnap_ = nullptr;
     frmCaliperProfile* caliperProfile_ = nullptr;  // made with the first caliper measurement

@@ -19,6 +19,7 @@
 #include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QImage>
+#include <QLabel>
 #include <QLibraryInfo>
 #include <QLineEdit>
 #include <QProcess>
@@ -322,6 +323,24 @@ TEST_F(Desktop, Japanese_CaptionsTipsAndGuidance)
     find("cmdMeasure(0)")->click();
     EXPECT_EQ(find<QLineEdit>("txtComment(0)")->text(),
               QStringLiteral("2点間距離: 1 点目をクリックしてください。"));
+}
+
+TEST_F(Desktop, Japanese_UndoRedoAndHistogram)
+{
+    useJapanese();
+    start();
+    EXPECT_EQ(find("cmdUndo")->text(), QStringLiteral("元に戻す"));
+    EXPECT_EQ(find("cmdRedo")->text(), QStringLiteral("やり直し"));
+    EXPECT_EQ(find("cmdHistogram")->text(), QStringLiteral("ヒストグラム"));
+    EXPECT_TRUE(
+        find("cmdUndo")->toolTip().startsWith(QStringLiteral("測定と測定結果への最後の変更を元に戻す")));
+    find("cmdHistogram")->click();
+    auto* window = w->findChild<QWidget*>(QStringLiteral("frmHistogram"));
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("ヒストグラム"));
+    EXPECT_TRUE(window->findChild<QLabel*>(QStringLiteral("lblClippedBright"))
+                    ->text()
+                    .startsWith(QStringLiteral("255 で飽和 (白とび): ")));
 }
 
 // fonts-noto-cjk comes with scripts/deps.sh.
