@@ -455,10 +455,12 @@ TEST_F(GenICamDriverTest, Calibration_CarriedToACropABinningAndBack_MeasuresTheT
         EXPECT_TRUE(ProofRescale::rescale(made, now).trusted()) << mode;
         // The widths alone would be off on the crop and on 640x480.
         const double byWidth = pixels * kUmPerSensorPixel * made.size.width() / now.size.width();
-        if (mode == kCrop)
+        if (mode == kCrop) {
             EXPECT_NEAR(byWidth / kLengthUm, 1.6, 1e-9);
-        if (mode == kBinned3)
+        }
+        if (mode == kBinned3) {
             EXPECT_NEAR(byWidth / kLengthUm, 3.2 / 3, 1e-9);
+        }
     }
     EXPECT_EQ(ProofRescale::toPicture(stored, made, picture(kFullWidth)), stored);  // back: exactly
 }
