@@ -31,6 +31,7 @@ struct Settings {
     qint16 NUMBEROFIMAGES = 2, IS_MODE = 0;
     QString IS_SAVEPATH;
     QString DRIVER = QStringLiteral("auto");  // optional [CAMERA] DRIVER: one of kCameraDrivers
+    QString CAMERAID;  // optional [CAMERA] CAMERAID: the GenICam camera's serial number; empty: the first
 };
 
 }  // namespace tavix

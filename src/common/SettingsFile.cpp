@@ -106,6 +106,8 @@ const std::vector<Key>& keys()
         {"INTERVALSAVE", "IS_SAVEPATH", TAVIX_FIELD(IS_SAVEPATH), UseDefault, ""},
         // Optional: files from before camera drivers could be chosen lack it.
         {"CAMERA", "DRIVER", TAVIX_FIELD(DRIVER), UseDefault, "auto", oneOf(kCameraDrivers)},
+        // Optional: which of several GenICam cameras, chosen in the camera settings.
+        {"CAMERA", "CAMERAID", TAVIX_FIELD(CAMERAID), UseDefault, ""},
     };
     return table;
 }

@@ -31,6 +31,7 @@ const QByteArray validIni =
     "TEMPBITMAPFILE=Temp.bmp\r\n"
     "DEFAULTSCALE=3\r\n"
     "DRIVER=sim\r\n"
+    "CAMERAID=SN-4711\r\n"
     "\r\n"
     "[FILE]\r\n"
     "JPEGQTY=80\r\n"
@@ -199,6 +200,7 @@ TEST_F(SettingsFileTest, Load_ValidFile_FillsEveryVariable)
     EXPECT_EQ(s.IS_MODE, 1);
     EXPECT_EQ(s.IS_SAVEPATH, "/home/user/series");
     EXPECT_EQ(s.DRIVER, "sim");
+    EXPECT_EQ(s.CAMERAID, "SN-4711");
     EXPECT_TRUE(logged().isEmpty());
 }
 
@@ -300,7 +302,7 @@ TEST_F(SettingsFileTest, Load_EmptyOptionalValues_GetTheirDefaults)
 {
     QByteArray text = validIni;
     for (const char* key : {"CROSSBARFILTERNAME", "CIRCLEARCSELECT", "2POINTAVERAGE", "STILLWAITTIME",
-                            "INTERVALTIME", "NUMBEROFIMAGES", "IS_MODE", "IS_SAVEPATH", "DRIVER"})
+                            "INTERVALTIME", "NUMBEROFIMAGES", "IS_MODE", "IS_SAVEPATH", "DRIVER", "CAMERAID"})
         text = withValue(QLatin1String(key), QString(), text);
     writeIni(text);
     Settings s;
@@ -310,6 +312,7 @@ TEST_F(SettingsFileTest, Load_EmptyOptionalValues_GetTheirDefaults)
     s.INTERVALTIME = s.NUMBEROFIMAGES = s.IS_MODE = 9;
     s.IS_SAVEPATH = QStringLiteral("old");
     s.DRIVER = QStringLiteral("icube");
+    s.CAMERAID = QStringLiteral("old");
 
     ASSERT_TRUE(load(s));
 
@@ -322,6 +325,7 @@ TEST_F(SettingsFileTest, Load_EmptyOptionalValues_GetTheirDefaults)
     EXPECT_EQ(s.IS_MODE, 0);
     EXPECT_EQ(s.IS_SAVEPATH, "");
     EXPECT_EQ(s.DRIVER, "auto");
+    EXPECT_EQ(s.CAMERAID, "");
 }
 
 TEST_F(SettingsFileTest, Load_MissingAppName_KeepsTheBuiltInTitle)
