@@ -1,10 +1,12 @@
 #include "app/QtPrompter.h"
 #include "app/frmMain.h"
+#include "camera/graph/LinuxVideoDevices.h"
 #include "common/Clock.h"
 #include "common/CommandLine.h"
 #include "common/PictureMemory.h"
 #include "common/ProgramFolder.h"
 #include "program/CameraFactory.h"
+#include "program/CameraList.h"
 
 #include <QApplication>
 #include <QScreen>
@@ -18,6 +20,12 @@ int main(int argc, char** argv)
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
     const tavix::CommandLine line = tavix::CommandLine::parse(arguments, QStringLiteral(TAVIX_VERSION));
+    if (line.action == tavix::CommandLine::Action::ListCameras) {
+        const tavix::LinuxVideoDevices devices;
+        std::fputs(tavix::CameraList::text(tavix::CameraList::all(devices, {})).toLocal8Bit().constData(),
+                   stdout);
+        return 0;
+    }
     if (line.action != tavix::CommandLine::Action::Run) {
         std::fputs(line.output.toLocal8Bit().constData(),
                    line.action == tavix::CommandLine::Action::Error ? stderr : stdout);

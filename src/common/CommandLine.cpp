@@ -22,7 +22,10 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
                                     QStringLiteral("Camera driver: %1 (overrides DRIVER in Tavix.Ini).")
                                         .arg(kCameraDrivers.join(QStringLiteral(", "))),
                                     QStringLiteral("NAME"));
-    parser.addOptions({help, versionOption, home, camera});
+    const QCommandLineOption listCameras(
+        QStringLiteral("list-cameras"),
+        QStringLiteral("List the cameras found (driver, id, name, port) and exit."));
+    parser.addOptions({help, versionOption, home, camera, listCameras});
     parser.addPositionalArgument(QStringLiteral("picture"),
                                  QStringLiteral("A bitmap or JPEG picture to open as the still."),
                                  QStringLiteral("[picture]"));
@@ -43,6 +46,10 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
     if (parser.isSet(versionOption)) {
         line.action = Action::Version;
         line.output = QStringLiteral("Tavix %1\n").arg(version);
+        return line;
+    }
+    if (parser.isSet(listCameras)) {
+        line.action = Action::ListCameras;
         return line;
     }
     line.home = parser.value(home);

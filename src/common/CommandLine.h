@@ -6,10 +6,11 @@
 namespace tavix {
 
 // What the command line asks for: run the program (with its options and an
-// optional picture to open), or print help or the version and stop.
+// optional picture to open), or print help, the version or the cameras found
+// and stop.
 class CommandLine {
 public:
-    enum class Action { Run, Help, Version, Error };
+    enum class Action { Run, Help, Version, ListCameras, Error };
 
     // Exit code of a command line the program does not understand.
     static constexpr int kUsageExitCode = 2;

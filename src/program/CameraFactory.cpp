@@ -2,6 +2,8 @@
 
 #include "camera/genicam/GenICamDriver.h"
 #include "camera/graph/GraphDriver.h"
+#include "camera/graph/LinuxVideoDevices.h"
+#include "camera/graph/VideoDevices.h"
 #include "camera/icube/ICubeDriver.h"
 #include "camera/sim/SimCamera.h"
 
@@ -39,9 +41,19 @@ Choice create(const QString& name, const QString& programFolder, std::function<v
     if (QFileInfo::exists(graph.path)) {
         auto graphDriver = std::make_unique<GraphDriver>(graph.path, graph.cameraFilter, std::move(log));
         const QString device = graphDriver->LoadGrfFile() ? graphDriver->graphFile().devicePath() : QString();
-        if (!device.isEmpty() && QFileInfo::exists(device))
+        const LinuxVideoDevices thisMachine;
+        const VideoDevices devices(graph.devices ? *graph.devices : thisMachine);
+        if (!device.isEmpty() && devices.find(device))
             return {std::move(graphDriver), why + QStringLiteral("; using the graph camera on ") + device};
         why += QStringLiteral("; the graph file opens no camera device");
+        if (!device.isEmpty()) {
+            QStringList others;
+            for (const VideoDevices::Device& d : devices.cameras())
+                others << QStringLiteral("%1 (%2)").arg(d.card, d.stablePath());
+            if (!others.isEmpty())
+                why += QStringLiteral(" (%1 is none; cameras: %2)")
+                           .arg(device, others.join(QStringLiteral(", ")));
+        }
     }
     return {std::make_unique<SimCamera>(), why + QStringLiteral("; using the simulated camera")};
 }

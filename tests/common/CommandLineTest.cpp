@@ -106,3 +106,11 @@ TEST(CommandLine, HelpWins_OverOtherOptions)
     EXPECT_EQ(parse({QStringLiteral("--camera=sim"), QStringLiteral("--help")}).action,
               CommandLine::Action::Help);
 }
+
+TEST(CommandLine, ListCameras_ListsAndStops)
+{
+    const CommandLine line = parse({QStringLiteral("--list-cameras")});
+    EXPECT_EQ(line.action, CommandLine::Action::ListCameras);
+    EXPECT_EQ(line.exitCode(), 0);
+    EXPECT_TRUE(parse({QStringLiteral("--help")}).output.contains(QStringLiteral("--list-cameras")));
+}

@@ -1,3 +1,4 @@
+#include "FakeVideoDevices.h"
 #include "TempDir.h"
 #include "camera/genicam/GenICamDriver.h"
 #include "common/CameraDrivers.h"
@@ -36,30 +37,61 @@ TEST(CameraFactory, Auto_TakesAGenICamCamera_WhenTheVendorLibraryIsMissing)
         << choice.note.toStdString();
 }
 
-// Auto takes the graph camera when its graph file opens a device that is there.
-TEST(CameraFactory, Auto_TakesTheGraphCamera_WhenItsDeviceExists_AndNotATestSource)
+// Auto takes the graph camera when its graph file opens a video capture device.
+TEST(CameraFactory, Auto_TakesTheGraphCamera_WhenItsDeviceCaptures_AndNotATestSource)
 {
     TempDir folder;
-    const QString device = folder.write(QStringLiteral("video0"), "");
-    const QString grf =
-        folder.write(QStringLiteral("Camera.grf"), ("v4l2src name=Camera device=" + device).toUtf8());
-    CameraFactory::Choice choice =
-        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")});
+    test::FakeVideoDevices devices;
+    devices.plugUvc(0, QStringLiteral("USB Microscope"), QStringLiteral("usb-0000:00:14.0-2"),
+                    QStringLiteral("usb-Scope_USB_Microscope_SN42"));
+    const QString grf = folder.write(QStringLiteral("Camera.grf"), "v4l2src name=Camera device=/dev/video0");
+    const CameraFactory::GraphSource source{grf, QStringLiteral("Camera"), &devices};
+    CameraFactory::Choice choice = CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, source);
     ASSERT_NE(choice.driver, nullptr);
     EXPECT_EQ(choice.driver->driverName(), QStringLiteral("graph"));
-    EXPECT_TRUE(choice.note.endsWith(QStringLiteral("; using the graph camera on ") + device))
+    EXPECT_TRUE(choice.note.endsWith(QStringLiteral("; using the graph camera on /dev/video0")))
         << choice.note.toStdString();
 
-    QFile::remove(device);
-    choice =
-        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")});
+    // By its stable link as well.
+    folder.write(QStringLiteral("Camera.grf"),
+                 "v4l2src name=Camera device=/dev/v4l/by-id/usb-Scope_USB_Microscope_SN42-video-index0");
+    choice = CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, source);
+    EXPECT_EQ(choice.driver->driverName(), QStringLiteral("graph"));
+
+    devices.unplug(QStringLiteral("USB Microscope"));
+    choice = CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, source);
     EXPECT_EQ(choice.driver->driverName(), QStringLiteral("sim"));
     EXPECT_TRUE(choice.note.endsWith(
         QStringLiteral("; the graph file opens no camera device; using the simulated camera")))
         << choice.note.toStdString();
 
     folder.write(QStringLiteral("Camera.grf"), "videotestsrc is-live=true name=Camera");
-    choice =
-        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")});
+    choice = CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, source);
     EXPECT_EQ(choice.driver->driverName(), QStringLiteral("sim"));
+}
+
+// A UVC camera's metadata node, or any file that is no video device, is never
+// taken: the start-up would end on a device that cannot stream.
+TEST(CameraFactory, Auto_LeavesANodeThatCannotStream_AndNamesTheCamerasThereAre)
+{
+    TempDir folder;
+    test::FakeVideoDevices devices;
+    devices.plugUvc(0, QStringLiteral("Integrated Camera"), QStringLiteral("usb-0000:00:14.0-5"),
+                    QStringLiteral("usb-Chicony_Integrated_Camera_0001"));
+    const QString grf = folder.write(QStringLiteral("Camera.grf"), "v4l2src name=Camera device=/dev/video1");
+    const CameraFactory::Choice choice = CameraFactory::create(QStringLiteral("auto"), folder.path(), {},
+                                                               {grf, QStringLiteral("Camera"), &devices});
+    EXPECT_EQ(choice.driver->driverName(), QStringLiteral("sim"));
+    EXPECT_TRUE(choice.note.endsWith(QStringLiteral(
+        "; the graph file opens no camera device (/dev/video1 is none; cameras: Integrated Camera "
+        "(/dev/v4l/by-id/usb-Chicony_Integrated_Camera_0001-video-index0)); using the simulated camera")))
+        << choice.note.toStdString();
+
+    // A plain file where the device should be.
+    const QString plain = folder.write(QStringLiteral("video0"), "");
+    folder.write(QStringLiteral("Camera.grf"), ("v4l2src name=Camera device=" + plain).toUtf8());
+    EXPECT_EQ(
+        CameraFactory::create(QStringLiteral("auto"), folder.path(), {}, {grf, QStringLiteral("Camera")})
+            .driver->driverName(),
+        QStringLiteral("sim"));
 }

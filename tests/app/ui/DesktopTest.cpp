@@ -71,6 +71,17 @@ TEST(DesktopCommandLine, Help_ListsTheOptions)
         EXPECT_TRUE(run.out.contains(QLatin1String(option))) << option << "\n" << run.out.toStdString();
 }
 
+TEST(DesktopCommandLine, ListCameras_PrintsOneLineACamera_TheSimulatedOneLast)
+{
+    const ProgramRun run = runProgram({QStringLiteral("--list-cameras")});
+    EXPECT_EQ(run.exitCode, 0);
+    // No camera is plugged into these machines: the simulated camera is all there is.
+    EXPECT_TRUE(run.out.endsWith(QStringLiteral("sim\t\tSimulated camera\tbuilt in\n")))
+        << run.out.toStdString();
+    for (const QString& entry : run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        EXPECT_EQ(entry.count(QLatin1Char('\t')), 3) << entry.toStdString();
+}
+
 TEST(DesktopCommandLine, UnknownOption_ExitCode2_AndAMessageOnStandardError)
 {
     const ProgramRun run = runProgram({QStringLiteral("--no-such-option")});
