@@ -4,6 +4,7 @@
 #include "calib/Magnification.h"
 #include "calib/ui/OverlayPanel.h"
 #include "camera/CameraDriver.h"
+#include "camera/graph/LinuxVideoDevices.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
 #include "camera/ui/StillViewWidget.h"
@@ -18,6 +19,8 @@
 #include "files/ui/PicturePanel.h"
 #include "files/ui/RecordingPanel.h"
 #include "measure/ui/MeasurePanel.h"
+#include "program/CameraChoiceKeeper.h"
+#include "program/CameraList.h"
 #include "program/Lifecycle.h"
 
 #include "common/ui/WidgetNames.h"
@@ -195,7 +198,29 @@ bool frmMain::openCamera()
     connect(cmdHistogram_, &QToolButton::toggled, camera_.get(), &CameraPanel::setHistogramShown);
     connect(camera_.get(), &CameraPanel::histogramShownChanged, cmdHistogram_, &QToolButton::setChecked);
     camera_->setMagnification(Magnification::valueOf(cboScale_->currentText()));
+    offerOtherCameras();
     return camera_->open();
+}
+
+void frmMain::offerOtherCameras()
+{
+    cameraKeeper_ = std::make_unique<CameraChoiceKeeper>(data_);
+    const auto devices = [this](const auto& use) {
+        const LinuxVideoDevices thisMachine;
+        return use(videoDevices_ ? *videoDevices_ : static_cast<const VideoDeviceSystem&>(thisMachine));
+    };
+    CameraPanel::CameraSwitching s;
+    s.cameras = [devices] {
+        return devices([](const VideoDeviceSystem& system) { return CameraList::all(system, {}); });
+    };
+    s.make = [this](const CameraChoice& choice) -> std::unique_ptr<CameraDriver> {
+        return cameraKeeper_->prepare(choice) ? driverFactory_(data_) : nullptr;
+    };
+    s.done = [this](const CameraChoice& choice, bool opened) { cameraKeeper_->done(choice, opened); };
+    s.current = devices([this](const VideoDeviceSystem& system) {
+        return CameraChoiceKeeper::current(camera_->driverName(), data_, system);
+    });
+    camera_->setCameraSwitching(std::move(s));
 }
 
 void frmMain::connectOverlays()

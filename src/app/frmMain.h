@@ -25,6 +25,8 @@ class IntervalSavePanel;
 class MeasurePanel;
 class MeasureSession;
 class OverlayPanel;
+class CameraChoiceKeeper;
+class VideoDeviceSystem;
 class PicturePanel;
 class RecordingPanel;
 class Prompter;
@@ -66,6 +68,9 @@ public:
     // the picture shown allows.
     void setWorkAreasEnabled(bool on);
 
+    // The video devices the camera list asks (this machine's when not set); before Form_Load.
+    void setVideoDevices(const VideoDeviceSystem* devices) { videoDevices_ = devices; }
+
     // Opens a picture file as the still (a picture named on the command line).
     void openPicture(const QString& fileName);
 
@@ -96,6 +101,8 @@ private:
     // Form_Load's steps, under its guard.
     bool loadSteps();
     bool openCamera();
+    // The camera list of the camera settings and the switch to another camera.
+    void offerOtherCameras();
     void stillShownChanged(bool shown);
     void cboScale_Click();
     // After a fatal camera error: unloads every window, which ends the program.
@@ -113,6 +120,8 @@ private:
     Clock& clock_;
     DriverFactory driverFactory_;
     std::unique_ptr<CameraPanel> camera_;
+    std::unique_ptr<CameraChoiceKeeper> cameraKeeper_;
+    const VideoDeviceSystem* videoDevices_ = nullptr;
     std::unique_ptr<OverlayPanel> overlays_;
     std::unique_ptr<MeasurePanel> measure_;
     std::unique_ptr<PicturePanel> pictures_;

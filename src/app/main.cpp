@@ -40,9 +40,11 @@ int main(int argc, char** argv)
     const QString folder = tavix::ProgramFolder::resolve(tavix::ProgramFolder::fromEnvironment(line.home));
     tavix::QtPrompter prompter;
     tavix::SystemClock clock;
-    auto driverFactory = [&line](tavix::AppData& data) {
-        auto choice = tavix::CameraFactory::create(line.camera.isEmpty() ? data.settings.DRIVER : line.camera,
-                                                   data.folder,
+    // --camera names the camera of the start; one chosen later in the camera settings is the settings'.
+    auto driverFactory = [asked = line.camera](tavix::AppData& data) mutable {
+        const QString name = asked.isEmpty() ? data.settings.DRIVER : asked;
+        asked.clear();
+        auto choice = tavix::CameraFactory::create(name, data.folder,
                                                    [log = data.log](const QString& text) { log.write(text); },
                                                    {data.graphPath(), data.settings.CAMERAFILTERNAME});
         if (!choice.note.isEmpty())

@@ -1,5 +1,6 @@
 #include "camera/ui/CameraPanel.h"
 
+#include "camera/CameraChooser.h"
 #include "camera/CameraDriver.h"
 #include "camera/Resolution.h"
 #include "camera/ui/CameraViewWidget.h"
@@ -33,7 +34,8 @@ enum Caption : qint32 {
     kLiveTip = 40028,
     kCamera = 40029,
     kCameraLost = 26990,
-    kCameraErrorTitle = 26998
+    kCameraErrorTitle = 26998,
+    kCameraNotOpened = 27400
 };
 }  // namespace
 
@@ -55,7 +57,7 @@ CameraPanel::CameraPanel(AppData& data, Prompter& prompter, Clock& clock,
       data_(data),
       prompter_(prompter),
       clock_(clock),
-      driver_(std::move(driver)),
+      driver_(std::make_unique<SwitchableCamera>(std::move(driver))),
       w_(widgets),
       capture_(*driver_, data.log, data.messages, prompter, clock, &BmpFile::read),
       runDialog_([](QDialog& d) { return d.exec(); })
@@ -231,10 +233,41 @@ void CameraPanel::cmdPinProp_Click()
         // The white balance waits on the user-interface thread; the window keeps painting meanwhile.
         const auto keepPainted = [] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); };
         // No owner window: modal to the whole program.
-        frmiCubeProp dialog({*session_, statistics_, data_.log, prompter_, clock_, keepPainted});
+        std::unique_ptr<CameraChooser> chooser;
+        if (switching_.cameras)
+            chooser =
+                std::make_unique<CameraChooser>(switching_.cameras(), currentCamera_,
+                                                [this](const CameraChoice& c) { return switchCamera(c); });
+        frmiCubeProp dialog({*session_, statistics_, data_.log, prompter_, clock_, keepPainted},
+                            chooser.get());
         dialog.setWindowModality(Qt::ApplicationModal);
         runDialog_(dialog);
     });
+}
+
+bool CameraPanel::switchCamera(const CameraChoice& choice)
+{
+    std::unique_ptr<CameraDriver> next = switching_.make ? switching_.make(choice) : nullptr;
+    bool opens = next && next->prepare() == 0 && next->Init() >= 1;
+    if (opens) {
+        const int r = next->Open(0);
+        opens = r == 0 || r == -24;
+        next->Close(0);
+    }
+    if (switching_.done)
+        switching_.done(choice, opens);
+    if (!opens) {
+        data_.log.write(QStringLiteral("Camera switch: %1 could not be opened").arg(choice.name));
+        prompter_.message({data_.messages.text(kCameraNotOpened) + QLatin1Char(' ') + choice.name,
+                           data_.messages.text(kCamera), Prompter::Icon::Exclamation});
+        return false;
+    }
+    tmriCube_.stop();
+    tmrLiveIcon_.stop();
+    session_->exit();
+    driver_->replace(std::move(next));
+    currentCamera_ = choice;
+    return open();
 }
 
 void CameraPanel::redrawStill()

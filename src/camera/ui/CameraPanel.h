@@ -1,11 +1,13 @@
 #pragma once
 
 #include "calib/ProofRescale.h"
+#include "camera/CameraChoice.h"
 #include "camera/CameraSession.h"
 #include "camera/FrameStatistics.h"
 #include "camera/LiveHistogram.h"
 #include "camera/LiveView.h"
 #include "camera/StillCapture.h"
+#include "camera/SwitchableCamera.h"
 
 #include <QImage>
 #include <QObject>
@@ -66,6 +68,29 @@ public:
     void toggleLiveStill();
     // cmdPinProp's click: the camera properties dialog, modal, over the running live view.
     void cmdPinProp_Click();
+    // How the properties dialog offers other cameras: the cameras there are,
+    // the driver for one of them (null when it cannot be had), and what is
+    // done once the switch is over (opened or not: the choice is kept for
+    // the next start, or what making the driver changed is undone). Without
+    // these the dialog has no camera list.
+    struct CameraSwitching {
+        std::function<std::vector<CameraChoice>()> cameras;
+        std::function<std::unique_ptr<CameraDriver>(const CameraChoice&)> make;
+        std::function<void(const CameraChoice&, bool opened)> done;
+        CameraChoice current;  // the camera opened at start
+    };
+    void setCameraSwitching(CameraSwitching switching)
+    {
+        currentCamera_ = switching.current;
+        switching_ = std::move(switching);
+    }
+    // Puts the chosen camera in place of the one in use and starts its live
+    // picture. The new camera is opened once before the one in use is let go:
+    // when it does not open, the user is told and the camera in use goes on.
+    bool switchCamera(const CameraChoice& choice);
+    // The camera in use, as the camera list names it (the id only once chosen).
+    const CameraChoice& currentCamera() const { return currentCamera_; }
+    QString driverName() const { return driver_->driverName(); }
     // How dialogs are run: exec() in the program; tests drive them and return.
     using DialogRunner = std::function<int(QDialog&)>;
     void setDialogRunner(DialogRunner runner) { runDialog_ = std::move(runner); }
@@ -135,7 +160,9 @@ private:
     AppData& data_;
     Prompter& prompter_;
     Clock& clock_;
-    std::unique_ptr<CameraDriver> driver_;
+    std::unique_ptr<SwitchableCamera> driver_;
+    CameraSwitching switching_;
+    CameraChoice currentCamera_;
     Widgets w_;
     LiveView liveView_;
     LiveHistogram liveHistogram_{clock_};

@@ -1,5 +1,6 @@
 #include "camera/ui/frmiCubeProp.h"
 
+#include "camera/CameraChooser.h"
 #include "common/ui/WidgetNames.h"
 
 #include <QCheckBox>
@@ -57,8 +58,8 @@ void showItems(QComboBox* list, const QStringList& items, int index)
 
 }  // namespace
 
-frmiCubeProp::frmiCubeProp(const CameraProperties::Parts& parts, QWidget* parent)
-    : QDialog(parent), logic_(parts)
+frmiCubeProp::frmiCubeProp(const CameraProperties::Parts& parts, CameraChooser* chooser, QWidget* parent)
+    : QDialog(parent), logic_(parts), chooser_(chooser)
 {
     setObjectName(QStringLiteral("frmiCubeProp"));
     setWindowTitle(QStringLiteral("Settings"));
@@ -123,6 +124,8 @@ void frmiCubeProp::buildControls()
 {
     auto* column = new QVBoxLayout(this);
     column->setSizeConstraint(QLayout::SetFixedSize);
+    if (chooser_)
+        column->addWidget(buildCameraRow());
     SSTab1_ = named(new QTabWidget(this), QStringLiteral("SSTab1"));
     SSTab1_->addTab(buildVideoTab(), QStringLiteral("Video"));
     SSTab1_->addTab(buildRgbTab(), QStringLiteral("Color"));
@@ -143,6 +146,27 @@ void frmiCubeProp::buildControls()
     buttons->addStretch(1);
     buttons->addWidget(cmdClose);
     column->addLayout(buttons);
+}
+
+QWidget* frmiCubeProp::buildCameraRow()
+{
+    auto* row = named(new QWidget(this), QStringLiteral("fraCamera"));
+    auto* line = new QHBoxLayout(row);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->addWidget(new QLabel(QStringLiteral("Camera:"), row));
+    auto* list = named(new QComboBox(row), QStringLiteral("cboCamera"));
+    showItems(list, chooser_->items(), chooser_->currentIndex());
+    connect(list, &QComboBox::activated, this, [this, list](int index) {
+        // A new camera brings its own ranges, modes and values.
+        if (chooser_->choose(index)) {
+            logic_.Form_Load();
+            showControls();
+        }
+        const QSignalBlocker block(list);
+        list->setCurrentIndex(chooser_->currentIndex());
+    });
+    line->addWidget(list, 1);
+    return row;
 }
 
 QWidget* frmiCubeProp::buildVideoTab()

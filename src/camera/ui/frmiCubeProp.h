@@ -15,6 +15,8 @@ class QTabWidget;
 
 namespace tavix {
 
+class CameraChooser;
+
 // The camera properties dialog "Settings": a thin window over
 // CameraProperties. Each user change goes to the logic, which writes the
 // camera; the window then shows the controls as the logic holds them.
@@ -24,12 +26,16 @@ namespace tavix {
 class frmiCubeProp : public QDialog {
     Q_OBJECT
 public:
-    explicit frmiCubeProp(const CameraProperties::Parts& parts, QWidget* parent = nullptr);
+    // With a chooser, a list at the top switches to another camera; every
+    // control is then read again from it.
+    explicit frmiCubeProp(const CameraProperties::Parts& parts, CameraChooser* chooser = nullptr,
+                          QWidget* parent = nullptr);
 
     CameraProperties& logic() { return logic_; }
 
 private:
     void buildControls();
+    QWidget* buildCameraRow();
     QWidget* buildVideoTab();
     QWidget* buildRgbTab();
     QWidget* buildLightTab();
@@ -42,6 +48,7 @@ private:
     void sliderValueChanged(QSlider* slider);
 
     CameraProperties logic_;
+    CameraChooser* chooser_ = nullptr;
     QTabWidget* SSTab1_ = nullptr;
     QGroupBox* Frame3_ = nullptr;
     QComboBox* cboResolution_ = nullptr;

@@ -90,3 +90,20 @@ TEST(GraphDevice, Choose_AMissingFileIs53)
     test::TempDir dir;
     EXPECT_EQ(GraphDevice::choose(dir.path() + QStringLiteral("/none.grf"), kById), 53);
 }
+
+TEST(GraphDevice, DeviceIn_TheFirstV4l2srcsDevice)
+{
+    EXPECT_EQ(GraphDevice::deviceIn(
+                  QStringLiteral("# v4l2src device=/dev/video9\nv4l2src device=/dev/video2 name=Camera")),
+              QStringLiteral("/dev/video2"));
+    EXPECT_EQ(GraphDevice::deviceIn(QStringLiteral("v4l2src device=\"/dev/my cam\" ! identity name=Camera")),
+              QStringLiteral("/dev/my cam"));
+    EXPECT_EQ(GraphDevice::deviceIn(QStringLiteral("v4l2src name=Camera")), QString());
+    EXPECT_EQ(GraphDevice::deviceIn(QStringLiteral("videotestsrc ! identity name=Camera")), QString());
+}
+
+TEST(GraphDevice, DeviceIn_ReadsWhatWithDeviceWrote)
+{
+    const QString text = GraphDevice::withDevice(QStringLiteral("v4l2src name=Camera"), kById);
+    EXPECT_EQ(GraphDevice::deviceIn(text), kById);
+}
