@@ -37,6 +37,7 @@ protected:
             return std::unique_ptr<CameraDriver>(std::move(made));
         };
         w = std::make_unique<frmMain>(dir.path(), prompter, clock ? *clock : systemClock, factory);
+        w->setVideoDevices(videoDevices);
         if (!w->Form_Load())
             return false;
         w->resize(1200, 800);
@@ -72,6 +73,7 @@ protected:
     ScriptedPrompter prompter;
     SystemClock systemClock;
     Driver* driver = nullptr;
+    const VideoDeviceSystem* videoDevices = nullptr;  // the camera list's; this machine's when null
     std::unique_ptr<frmMain> w;
 };
 
