@@ -49,6 +49,7 @@ int main(int argc, char** argv)
                                                    {data.graphPath(), data.settings.CAMERAFILTERNAME});
         if (!choice.note.isEmpty())
             data.log.write(choice.note);
+        data.cameraNote = choice.note;
         return std::move(choice.driver);
     };
     tavix::frmMain window(folder, prompter, clock, driverFactory);

@@ -26,6 +26,8 @@ struct AppData {
     // The picture measured at now: the still's, or the camera mode's while live.
     PictureGeometry picture;
     QString valueFormat = QStringLiteral("0");  // of measured values, from NUMBEROFDECIMALS
+    // Why the camera driver is another than asked for (auto found no camera), as logged; empty when as asked.
+    QString cameraNote;
 
     QString iniPath() const;
     QString tempBitmapPath() const;

@@ -35,7 +35,8 @@ enum Caption : qint32 {
     kCamera = 40029,
     kCameraLost = 26990,
     kCameraErrorTitle = 26998,
-    kCameraNotOpened = 27400
+    kCameraNotOpened = 27400,
+    kNoCameraFound = 27401
 };
 }  // namespace
 
@@ -105,7 +106,13 @@ CameraPanel::~CameraPanel()
 
 bool CameraPanel::open()
 {
-    w_.status[0]->setText(data_.messages.text(kCamera) + QStringLiteral(": ") + driver_->driverName());
+    QString camera = data_.messages.text(kCamera) + QStringLiteral(": ") + driver_->driverName();
+    // Auto found no camera that streams: said beside the simulated camera's name, the reasons in the tip.
+    const bool noCamera = !data_.cameraNote.isEmpty() && driver_->driverName() == QLatin1String("sim");
+    if (noCamera)
+        camera += QStringLiteral(" (%1)").arg(data_.messages.text(kNoCameraFound));
+    w_.status[0]->setText(camera);
+    w_.status[0]->setToolTip(noCamera ? data_.cameraNote : QString());
     CameraSession::View view;
     // Only a camera that draws itself needs a native window (which costs a little on every paint).
     view.window = driver_->drawsIntoWindow() ? cameraView_->winId() : 0;
@@ -267,6 +274,7 @@ bool CameraPanel::switchCamera(const CameraChoice& choice)
     session_->exit();
     driver_->replace(std::move(next));
     currentCamera_ = choice;
+    data_.cameraNote.clear();  // chosen, not fallen back to
     return open();
 }
 

@@ -30,9 +30,13 @@ protected:
         dir.write(QStringLiteral("Picture.grf"),
                   "videotestsrc is-live=true ! video/x-raw,width=640,height=480,framerate=30/1 ! "
                   "identity name=Camera\n");
+        startNote =
+            QStringLiteral("No ICubeSDK camera found; no GenICam camera found; using the simulated camera");
         ASSERT_TRUE(startWindow([this](AppData& data) -> std::unique_ptr<CameraDriver> {
-            if (data.settings.DRIVER != QLatin1String("graph"))
+            if (data.settings.DRIVER != QLatin1String("graph")) {
+                data.cameraNote = startNote;
                 return std::make_unique<SimCamera>();
+            }
             const QString graph =
                 graphOpensItsDevice ? data.graphPath() : dir.path() + QStringLiteral("/Picture.grf");
             return std::make_unique<GraphDriver>(graph, data.settings.CAMERAFILTERNAME);
@@ -66,7 +70,9 @@ protected:
     static constexpr const char* kGraph = "# the first camera\nv4l2src device=/dev/video0 name=Camera\n";
     FakeVideoDevices devices;
     bool graphOpensItsDevice = false;
-    int shownIndex = -1;  // the list's entry when the dialog opened
+    int shownIndex = -1;
+    QString
+        startNote;  // why auto fell back to the simulated camera  // the list's entry when the dialog opened
 };
 
 }  // namespace
@@ -77,7 +83,18 @@ TEST_F(CameraChoiceWindow, TheListOffersTheUsbCameraAndTheSimulatedOne_TheRunnin
     EXPECT_EQ(items, QStringList({QStringLiteral("USB Microscope (USB port 2 (0000:00:14.0))"),
                                   QStringLiteral("Simulated camera (built in)")}));
     EXPECT_EQ(shownIndex, 1);
-    EXPECT_EQ(status(0), QStringLiteral("Camera: sim"));
+}
+
+TEST_F(CameraChoiceWindow, AutoFoundNoCamera_TheStatusBarSaysSo_UntilACameraIsChosen)
+{
+    auto* panel = w->findChild<QLabel*>(QStringLiteral("sbriCubePanel(0)"));
+    EXPECT_EQ(panel->text(), QStringLiteral("Camera: sim (no camera found)"));
+    EXPECT_EQ(panel->toolTip(), startNote);
+
+    chooseInSettings(0);
+
+    EXPECT_EQ(panel->text(), QStringLiteral("Camera: graph"));
+    EXPECT_TRUE(panel->toolTip().isEmpty());
 }
 
 TEST_F(CameraChoiceWindow, ChoosingTheUsbCamera_SwitchesTheLivePicture_AndKeepsTheChoice)
@@ -106,7 +123,7 @@ TEST_F(CameraChoiceWindow, ACameraThatDoesNotOpen_IsReported_AndTheOneInUseGoesO
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].text,
               QStringLiteral("This camera could not be opened; the camera in use goes on: USB Microscope"));
-    EXPECT_EQ(status(0), QStringLiteral("Camera: sim"));
+    EXPECT_EQ(status(0), QStringLiteral("Camera: sim (no camera found)"));
     EXPECT_TRUE(waitForLiveFrames(3));
     EXPECT_EQ(QString::fromUtf8(dir.read(QStringLiteral("Camera.grf"))), QString::fromLatin1(kGraph));
     EXPECT_EQ(ini(), iniBefore);
