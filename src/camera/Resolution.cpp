@@ -25,14 +25,13 @@ constexpr std::array<std::pair<int, int>, 11> kSizes = {{{320, 240},
 // index 12 on. Only ever append: a settings file keeps these indices.
 constexpr int kCommonFirst = 12;
 constexpr std::array<std::pair<int, int>, 48> kCommon = {{
-    {1280, 720},  {1920, 1080}, {640, 360},   {848, 480},   {960, 540},   {1024, 576},
-    {1280, 800},  {1280, 960},  {1366, 768},  {1440, 1080}, {1600, 900},  {2560, 1440},
-    {3840, 2160}, {4096, 2160}, {160, 120},   {176, 144},   {320, 180},   {352, 288},
-    {424, 240},   {720, 480},   {720, 576},   {960, 720},   {1024, 600},  {1296, 972},
-    {2048, 1080}, {2448, 2048}, {1224, 1024}, {2560, 1920}, {3264, 2448}, {4000, 3000},
-    {4208, 3120}, {5472, 3648}, {2592, 1458}, {1024, 1024}, {2048, 2048}, {1280, 1080},
-    {1920, 1440}, {2304, 1296}, {2304, 1536}, {3072, 2048}, {4096, 3000}, {2064, 1544},
-    {800, 480},   {1152, 648},  {1440, 1024}, {2688, 1520}, {640, 512},  {2592, 2048},
+    {1280, 720},  {1920, 1080}, {640, 360},   {848, 480},   {960, 540},   {1024, 576},  {1280, 800},
+    {1280, 960},  {1366, 768},  {1440, 1080}, {1600, 900},  {2560, 1440}, {3840, 2160}, {4096, 2160},
+    {160, 120},   {176, 144},   {320, 180},   {352, 288},   {424, 240},   {720, 480},   {720, 576},
+    {960, 720},   {1024, 600},  {1296, 972},  {2048, 1080}, {2448, 2048}, {1224, 1024}, {2560, 1920},
+    {3264, 2448}, {4000, 3000}, {4208, 3120}, {5472, 3648}, {2592, 1458}, {1024, 1024}, {2048, 2048},
+    {1280, 1080}, {1920, 1440}, {2304, 1296}, {2304, 1536}, {3072, 2048}, {4096, 3000}, {2064, 1544},
+    {800, 480},   {1152, 648},  {1440, 1024}, {2688, 1520}, {640, 512},   {2592, 2048},
 }};
 
 constexpr int kHashFirst = 1000;
@@ -53,16 +52,14 @@ Given& given()
 
 quint64 key(QSize s)
 {
-    return (static_cast<quint64>(static_cast<quint32>(s.width())) << 32) |
-           static_cast<quint32>(s.height());
+    return (static_cast<quint64>(static_cast<quint32>(s.width())) << 32) | static_cast<quint32>(s.height());
 }
 }  // namespace
 
 QSize size(int index)
 {
     if (index >= 0 && index < static_cast<int>(kSizes.size()))
-        return {kSizes[static_cast<size_t>(index)].first,
-                kSizes[static_cast<size_t>(index)].second};
+        return {kSizes[static_cast<size_t>(index)].first, kSizes[static_cast<size_t>(index)].second};
     if (index >= kCommonFirst && index < kCommonFirst + static_cast<int>(kCommon.size())) {
         const auto& c = kCommon[static_cast<size_t>(index - kCommonFirst)];
         return {c.first, c.second};

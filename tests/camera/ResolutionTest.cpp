@@ -1,7 +1,7 @@
 #include "camera/Resolution.h"
 
-#include <QSet>
 #include <gtest/gtest.h>
+#include <QSet>
 
 using namespace tavix;
 
