@@ -379,6 +379,7 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
         arv_stream_push_buffer(stream_, arv_buffer_new(payload, nullptr));
     good_ = 0;
     incomplete_ = 0;
+    rate_.clear();
     queue_.reserve(kBufferCount);
     taken_.reserve(kBufferCount);
     worker_ = std::thread([this] { work(); });
@@ -501,8 +502,10 @@ void GenICamDriver::giveBack(_ArvBuffer* buffer)
 
 bool GenICamDriver::complete(_ArvBuffer* buffer)
 {
-    if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS)
+    if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
+        rate_.arrived(static_cast<std::int64_t>(arv_buffer_get_system_timestamp(buffer)));
         return true;
+    }
     ++incomplete_;
     return false;
 }
@@ -616,11 +619,15 @@ int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
         return s;
     if (!started_)
         return kNoFrame;
-    GError* error = nullptr;
-    const double rate = arv_camera_get_frame_rate(camera_, &error);
-    const bool rateKnown = !AravisCalls::failed(error, log_) && rate > 0;
+    double rate = rate_.fps();
+    if (rate <= 0) {
+        GError* error = nullptr;
+        rate = arv_camera_get_frame_rate(camera_, &error);
+        if (AravisCalls::failed(error, log_) || rate <= 0)
+            rate = 30.0;
+    }
     // The file takes the size and pixels of the frames the camera sends now.
-    return frame_.record(path, rateKnown ? rate : 30.0, seconds);
+    return frame_.record(path, rate, seconds);
 }
 
 bool GenICamDriver::recordingStats(int cam, RecordingStats& stats)

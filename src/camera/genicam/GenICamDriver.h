@@ -3,6 +3,7 @@
 #include "camera/CameraChoice.h"
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
+#include "camera/genicam/FrameRateMeter.h"
 #include "camera/genicam/GenICamDiscovery.h"
 #include "camera/genicam/GenICamFeatures.h"
 #include "camera/genicam/PixelConversion.h"
@@ -131,7 +132,8 @@ public:
     void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
-    // Records the stream through the program's recorder at the frames' size.
+    // Records the stream through the program's recorder at the frames' size,
+    // stamped with the rate the frames arrive at (the set rate before two came).
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     bool recordingStats(int cam, RecordingStats& stats) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;
@@ -148,6 +150,8 @@ public:
     _ArvCamera* arvCamera() const { return camera_; }
     QSize frameSize() const;
     QImage::Format frameFormat() const;
+    // The rate whole frames arrive at now (0 before two came).
+    double deliveredFps() const { return rate_.fps(); }
     // A buffer as the worker takes it from `from` (whose pool gets it back;
     // released when null): counted, converted and shown. Public for tests of
     // what arrives.
@@ -171,6 +175,7 @@ private:
     void dropHeld();
     void work();
     void giveBack(_ArvBuffer* buffer);
+    // Counts a broken buffer, and times a whole one.
     bool complete(_ArvBuffer* buffer);
 
     Log log_;
@@ -190,6 +195,7 @@ private:
     std::atomic<bool> lost_{false};
     std::atomic<std::int32_t> good_{0};
     std::atomic<std::int32_t> incomplete_{0};
+    FrameRateMeter rate_;
 
     // Buffers the stream thread handed over, waiting for the worker.
     std::thread worker_;

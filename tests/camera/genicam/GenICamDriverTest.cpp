@@ -272,8 +272,10 @@ TEST_F(GenICamDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTh
     const QString path = dir.file(QStringLiteral("clip.avi"));
     EXPECT_EQ(driver.SaveAvi(0, path, 0, 1), GenICamDriver::kNoFrame);  // not streaming
     ASSERT_EQ(driver.SetCamParameter(0, 147, 10), 0);                   // 10 fps: a one-second clip is short
+    EXPECT_EQ(driver.deliveredFps(), 0);
     ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
     ASSERT_TRUE(waitFrames(2));
+    EXPECT_GT(driver.deliveredFps(), 0);  // the clip is stamped with this, not with the rate set
     ASSERT_EQ(driver.SaveAvi(0, path, 0, 1), 0);
     std::int32_t writing = 0;
     ASSERT_EQ(driver.GetCamParameter(0, 24, writing), 0);
