@@ -129,6 +129,8 @@ int GenICamDriver::Open(int cam)
     lostHandler_ =
         g_signal_connect(arv_camera_get_device(camera_), "control-lost", G_CALLBACK(onControlLost), this);
 
+    // First, as reading the factory settings loads them for a moment.
+    features_.attach(camera_);
     if (arv_camera_is_gv_device(camera_)) {
         // The largest packet the link carries whole (jumbo frames where the network has them).
         arv_camera_gv_auto_packet_size(camera_, &error);
@@ -158,7 +160,6 @@ int GenICamDriver::Open(int cam)
         Close(cam);
         return kFailed;
     }
-    features_.attach(camera_);
     return 0;
 }
 

@@ -54,9 +54,10 @@ namespace tavix {
 //     while the camera balances, 1 when done
 //   147 AcquisitionFrameRate in fps (enabling AcquisitionFrameRateEnable)
 //   24 AVI being written: always 0
-// The default of a parameter is its value when the camera was opened (GenICam
-// features carry no default of their own), that of an automatic mode with a
-// box in the dialog its state then; the modes without a box default to off.
+// The default of a parameter is the camera's factory setting (its "Default"
+// user set; the value at open on a camera without user sets), that of an
+// automatic mode with a box in the dialog likewise; the modes without a box
+// default to off.
 // A value written while its automatic mode is on is left to that mode.
 //
 // A camera that drops off the bus (control lost) is logged; the stream ends,
@@ -99,6 +100,11 @@ public:
     // The serial number Init puts first (empty: the first camera found).
     void setWantedSerial(const QString& serial) { serial_ = serial; }
     QString wantedSerial() const { return serial_; }
+    // How Open reaches the camera's factory settings (tests play the camera).
+    void setFactoryLoader(GenICamFeatures::FactoryLoader loader)
+    {
+        features_.setFactoryLoader(std::move(loader));
+    }
     // How long Init waits for GigE discovery when no wanted camera is on USB
     // (0 by default: a GigE camera then counts once its discovery has ended).
     void setGigEWait(std::chrono::milliseconds wait) { gigeWait_ = wait; }
