@@ -85,9 +85,11 @@ int GenICamDriver::Init()
 {
     const auto wanted = [this](const GenICamDiscovery::Device& d) { return d.serial == serial_; };
     std::vector<GenICamDiscovery::Device> devices = GenICamDiscovery::find(gigeWait_);
-    if (!serial_.isEmpty() && std::none_of(devices.begin(), devices.end(), wanted) &&
-        gigeWait_ < kGigEDiscovery)
-        devices = GenICamDiscovery::find(kGigEDiscovery);  // the wanted camera may be on the network
+    if (!serial_.isEmpty() && std::none_of(devices.begin(), devices.end(), wanted)) {
+        // The wanted camera may be on the network, found by a discovery from now on.
+        GenICamDiscovery::startGigE();
+        devices = GenICamDiscovery::find(kGigEDiscovery);
+    }
     const auto first = std::find_if(devices.begin(), devices.end(), wanted);
     if (first != devices.end())
         std::rotate(devices.begin(), first, first + 1);
@@ -135,6 +137,9 @@ int GenICamDriver::Open(int cam)
         // The largest packet the link carries whole (jumbo frames where the network has them).
         arv_camera_gv_auto_packet_size(camera_, &error);
         AravisCalls::failed(error, log_);
+        // Aravis's packet socket listens on network cards and misses a camera on this machine's loopback.
+        if (found_[static_cast<size_t>(cam)].device.place.startsWith(QLatin1String("127.")))
+            arv_camera_gv_set_stream_options(camera_, ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
     } else if (arv_camera_is_uv_device(camera_)) {
         arv_camera_uv_set_usb_mode(camera_, ARV_UV_USB_MODE_ASYNC);
     }
@@ -371,6 +376,11 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
         g_clear_object(&stream_);
         return kFailed;
     }
+    // A socket buffer that holds a whole frame, and half a second for a frame's last packets
+    // (a resend included) on a busy machine before the frame counts as broken.
+    if (ARV_IS_GV_STREAM(stream_))
+        g_object_set(stream_, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_AUTO, "frame-retention", 500000u,
+                     nullptr);
     const guint payload = arv_camera_get_payload(camera_, &error);
     if (AravisCalls::failed(error, log_)) {
         g_clear_object(&stream_);
