@@ -130,6 +130,12 @@ std::vector<GenICamDiscovery::Device> GenICamDiscovery::find(std::chrono::millis
 
 _ArvDevice* GenICamDiscovery::open(const Device& device, _GError** error)
 {
+    if (device.bus != Bus::GigE)
+        return arv_interface_open_device(interfaceOf(device.bus), device.id.toUtf8().constData(), error);
+    // Aravis's GigE list is not to be read while a discovery rewrites it; none starts meanwhile.
+    GigE& g = gige();
+    std::unique_lock lock(g.lock);
+    g.finished.wait(lock, [&g] { return !g.running; });
     return arv_interface_open_device(interfaceOf(device.bus), device.id.toUtf8().constData(), error);
 }
 

@@ -34,6 +34,7 @@ public:
     // is started if none ran yet).
     static std::vector<Device> find(std::chrono::milliseconds gigeWait);
     // Opens a device found on its own bus; null (and `error` set) on failure.
+    // A GigE device waits for a discovery under way.
     static _ArvDevice* open(const Device& device, _GError** error);
 };
 
