@@ -21,7 +21,7 @@ void FrameRateMeter::arrived(std::int64_t ns)
 double FrameRateMeter::fps() const
 {
     const std::lock_guard guard(lock_);
-    if (count_ < 2)
+    if (count_ < kFewest)
         return 0;
     const std::int64_t newest = times_[static_cast<size_t>((next_ + kWindow - 1) % kWindow)];
     const std::int64_t oldest = times_[static_cast<size_t>((next_ + kWindow - count_) % kWindow)];

@@ -12,11 +12,13 @@ namespace tavix {
 class FrameRateMeter {
 public:
     static constexpr int kWindow = 32;
+    // Fewer frames than this tell more about start-up bursts than about the rate.
+    static constexpr int kFewest = 8;
 
     void clear();
     // A frame arrived at `ns` (nanoseconds of a clock that does not go back).
     void arrived(std::int64_t ns);
-    // Frames per second over the window; 0 before two frames.
+    // Frames per second over the window; 0 before kFewest frames.
     double fps() const;
 
 private:

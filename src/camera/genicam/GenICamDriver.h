@@ -139,7 +139,7 @@ public:
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
     // Records the stream through the program's recorder at the frames' size,
-    // stamped with the rate the frames arrive at (the set rate before two came).
+    // stamped with the rate the frames arrive at (the set rate before a few came).
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     bool recordingStats(int cam, RecordingStats& stats) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;
@@ -156,7 +156,7 @@ public:
     _ArvCamera* arvCamera() const { return camera_; }
     QSize frameSize() const;
     QImage::Format frameFormat() const;
-    // The rate whole frames arrive at now (0 before two came).
+    // The rate whole frames arrive at now (0 before a few came).
     double deliveredFps() const { return rate_.fps(); }
     // A buffer as the worker takes it from `from` (whose pool gets it back;
     // released when null): counted, converted and shown. Public for tests of

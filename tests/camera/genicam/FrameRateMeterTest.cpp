@@ -4,13 +4,15 @@
 
 using namespace tavix;
 
-TEST(FrameRateMeter, NeedsTwoFrames)
+TEST(FrameRateMeter, NeedsAFewFrames)
 {
     FrameRateMeter meter;
     EXPECT_EQ(meter.fps(), 0);
-    meter.arrived(1'000'000'000);
+    std::int64_t t = 1'000'000'000;
+    for (int i = 1; i < FrameRateMeter::kFewest; ++i, t += 40'000'000)
+        meter.arrived(t);
     EXPECT_EQ(meter.fps(), 0);
-    meter.arrived(1'040'000'000);
+    meter.arrived(t);
     EXPECT_DOUBLE_EQ(meter.fps(), 25);
 }
 
@@ -28,10 +30,12 @@ TEST(FrameRateMeter, FollowsTheNewestFrames_NotTheWholeRun)
 TEST(FrameRateMeter, Clear_StartsAfresh_AndAClockStandingStillGivesNoRate)
 {
     FrameRateMeter meter;
-    meter.arrived(0);
-    meter.arrived(500'000'000);
+    for (int i = 0; i < FrameRateMeter::kFewest; ++i)
+        meter.arrived(i * 100'000'000);
+    ASSERT_DOUBLE_EQ(meter.fps(), 10);
     meter.clear();
-    meter.arrived(7);
-    meter.arrived(7);
+    EXPECT_EQ(meter.fps(), 0);
+    for (int i = 0; i < FrameRateMeter::kFewest; ++i)
+        meter.arrived(7);
     EXPECT_EQ(meter.fps(), 0);
 }

@@ -110,26 +110,22 @@ TEST_P(SensorModesList, WholeSensorAtEachBinningFirst_ThenTheTableSizesThatFit)
 {
     const Case& c = GetParam();
     const std::vector<Mode> modes = SensorModes::list(c.limits);
+    const auto text = [](QSize size, int binning, QPoint offset) {
+        return QStringLiteral("%1x%2 b%3 @%4,%5")
+            .arg(size.width())
+            .arg(size.height())
+            .arg(binning)
+            .arg(offset.x())
+            .arg(offset.y())
+            .toStdString();
+    };
     std::vector<std::string> got, want;
     for (const Mode& m : modes) {
-        const QSize s = Resolution::size(m.index);
-        EXPECT_EQ(s, m.region.size()) << "the index names the region's size";
-        got.push_back(QStringLiteral("%1x%2 b%3 @%4,%5")
-                          .arg(s.width())
-                          .arg(s.height())
-                          .arg(m.binning)
-                          .arg(m.region.x())
-                          .arg(m.region.y())
-                          .toStdString());
+        EXPECT_EQ(Resolution::size(m.index), m.region.size()) << "the index names the region's size";
+        got.push_back(text(Resolution::size(m.index), m.binning, m.region.topLeft()));
     }
     for (const Expected& e : c.modes)
-        want.push_back(QStringLiteral("%1x%2 b%3 @%4,%5")
-                           .arg(e.size.width())
-                           .arg(e.size.height())
-                           .arg(e.binning)
-                           .arg(e.offset.x())
-                           .arg(e.offset.y())
-                           .toStdString());
+        want.push_back(text(e.size, e.binning, e.offset));
     EXPECT_EQ(got, want);
 }
 
