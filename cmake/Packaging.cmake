@@ -3,6 +3,9 @@
 set(TAVIX_APP_ID org.tavix.Tavix)
 
 install(FILES packaging/${TAVIX_APP_ID}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+# USB3 Vision cameras for the user at the seat; numbered to come before 73-seat-late.rules,
+# which grants the uaccess tag.
+install(FILES scripts/70-tavix-usb3vision.rules DESTINATION lib/udev/rules.d)
 
 string(TIMESTAMP TAVIX_RELEASE_DATE "%Y-%m-%d" UTC)
 configure_file(packaging/${TAVIX_APP_ID}.metainfo.xml ${CMAKE_BINARY_DIR}/${TAVIX_APP_ID}.metainfo.xml @ONLY)

@@ -7,6 +7,7 @@ pkgs=(
   libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-base-apps gstreamer1.0-tools ffmpeg
   libaravis-dev libusb-1.0-0-dev  # aravis-0.8.pc requires libusb-1.0.pc
+  aravis-tools  # the fake GigE camera the tests stream from over loopback
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libjpeg62-turbo-dev
   xvfb xauth imagemagick x11-apps fonts-dejavu-core

@@ -49,17 +49,12 @@ QImage::Format HeldFrame::format() const
 
 int HeldFrame::save(const QString& path)
 {
-    {
-        std::lock_guard guard(mutex_);
-        if (lost_)
-            return kCameraLost;
-        if (!view_.bits)
-            return kNoFrame;
-        const QImage frame(view_.bits, view_.width, view_.height, view_.bytesPerLine, view_.format);
-        if (!FrameFile::encode(frame, path, quality_, fileBuffer_))
-            return kNoFrame;
-    }
-    // Written after letting the frame go: the disk never holds up the stream.
+    // Copied under the lock and encoded after it: the stream never waits for the encoder or the disk.
+    const int copied = copy(saving_);
+    if (copied != 0)
+        return copied;
+    if (!FrameFile::encode(saving_, path, quality_, fileBuffer_))
+        return kNoFrame;
     return FrameFile::store(path, fileBuffer_) == 0 ? 0 : kWriteFailed;
 }
 

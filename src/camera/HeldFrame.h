@@ -64,6 +64,7 @@ private:
     FrameSink* sink_ = nullptr;
     FrameView view_;
     bool lost_ = false;
+    QImage saving_;  // the frame being written by save(), reused
     QByteArray fileBuffer_;
     std::unique_ptr<AviRecorder> recorder_;  // made by the first recording
     std::atomic<int> quality_{90};

@@ -9,13 +9,23 @@
 // - the driver's own work on a Bayer frame, its demosaic, alone;
 // - frames lost: made by the camera but never handed to the live view
 //   (incomplete, or no free buffer), and frames replaced unseen by a newer one.
+// Then Aravis's fake GigE camera in a process of its own on loopback, its
+// sensor set to 2592x1944 Bayer: process CPU per displayed frame against one
+// memcpy of the frame, and beside it, on the same link in the same run,
+// arv-camera-test-0.8's frame rate and CPU per frame. And the time Init takes
+// without a camera against Aravis's own search of every bus.
+#include "../../../tests/camera/genicam/FakeGigECamera.h"
 #include "camera/LiveView.h"
 #include "camera/genicam/GenICamDriver.h"
 #include "media/BayerDemosaic.h"
 
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 #include <QGuiApplication>
 #include <QPainter>
+#include <QProcess>
+#include <QRegularExpression>
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <ctime>
@@ -129,6 +139,160 @@ BENCHMARK(GenICamLive)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+double childrenCpuMs()
+{
+    rusage r{};
+    getrusage(RUSAGE_CHILDREN, &r);
+    return (r.ru_utime.tv_sec + r.ru_stime.tv_sec) * 1e3 + (r.ru_utime.tv_usec + r.ru_stime.tv_usec) / 1e3;
+}
+
+double median(std::vector<double> v)
+{
+    if (v.empty())
+        return 0;
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+// range(0): 0 the driver's Init (USB3 Vision at once, GigE discovery beside it), 1 Aravis's search of every
+// bus.
+void InitWithoutCamera(benchmark::State& state)
+{
+    GenICamDriver::useRealCameras();
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        int found = 0;
+        if (state.range(0) == 0) {
+            GenICamDriver driver;
+            found = driver.Init();
+        } else {
+            arv_update_device_list();
+            found = static_cast<int>(arv_get_n_devices());
+        }
+        state.counters["ms"] =
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+        state.counters["cameras"] = found;
+    }
+}
+BENCHMARK(InitWithoutCamera)
+    ->Arg(0)
+    ->Arg(1)
+    ->ArgNames({"aravis"})
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+constexpr int kLoopbackFps = 30;
+const QSize kFiveMp(2592, 1944);
+
+void GenICamLoopback5MpBayer(benchmark::State& state)
+{
+    if (test::FakeGigECamera::program().isEmpty()) {
+        state.SkipWithError("arv-fake-gv-camera-0.8 (aravis-tools) is not installed");
+        return;
+    }
+    const QString serial = QStringLiteral("TAVIXBENCH");
+    const QByteArray id = "Aravis-Fake-" + serial.toLatin1();
+    test::FakeGigECamera camera(serial, 0, 120);
+    GenICamDriver::useRealCameras();
+    {
+        // The fake's sensor made 5 MP; it keeps its registers while it runs.
+        GenICamDiscovery::find(GenICamDriver::kGigEDiscovery);  // no discovery of ours running beside
+        ArvCamera* setup = nullptr;
+        for (int attempt = 0; attempt < 10 && !setup; ++attempt) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));  // the camera starting up
+            setup = arv_camera_new(id.constData(), nullptr);
+        }
+        if (!setup) {
+            state.SkipWithError("the fake GigE camera did not answer");
+            return;
+        }
+        ArvDevice* device = arv_camera_get_device(setup);
+        arv_device_write_register(device, 0x11c, guint32(kFiveMp.width()), nullptr);
+        arv_device_write_register(device, 0x118, guint32(kFiveMp.height()), nullptr);
+        g_object_unref(setup);
+    }
+    GenICamDriver driver({}, serial);
+    driver.setGigEWait(GenICamDriver::kGigEDiscovery);
+    if (driver.Init() < 1 || driver.Open(0) != 0 || driver.SetMode(0, 8) != 0) {
+        state.SkipWithError("cannot open the fake GigE camera at 2592x1944");
+        return;
+    }
+    driver.SetCamParameter(0, 147, kLoopbackFps);
+    const QByteArray format = arv_camera_get_pixel_format_as_string(driver.arvCamera(), nullptr);
+    LiveView live;
+    live.setDisplaySize(kView);
+    QImage window(kView, QImage::Format_RGB32);
+
+    // One memcpy of the camera's frame (one byte a pixel), in this run.
+    const size_t bytes = size_t(kFiveMp.width()) * size_t(kFiveMp.height());
+    std::vector<uchar> src(bytes, 1), dst(bytes, 2);
+    std::vector<double> copies;
+    for (int i = 0; i < 21; ++i) {
+        const auto t = std::chrono::steady_clock::now();
+        std::memcpy(dst.data(), src.data(), bytes);
+        benchmark::ClobberMemory();
+        copies.push_back(
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
+    }
+    const double memcpyMs = median(copies);
+
+    for (auto _ : state) {
+        driver.Start(0, 0, &live, -1, 0);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1000));  // buffers made, rate settled
+        std::int32_t goodBefore = 0, brokenBefore = 0;
+        driver.GetGoodFrames(0, goodBefore);
+        driver.GetBrokenFrames(0, brokenBefore);
+        const LiveView::Counters before = live.counters();
+        const double cpuBefore = processCpuMs();
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(kSeconds);
+        while (std::chrono::steady_clock::now() < end) {
+            if (const QImage* frame = live.takeFrame()) {
+                QPainter painter(&window);
+                painter.drawImage(0, 0, *frame);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        const double cpu = processCpuMs() - cpuBefore;
+        std::int32_t good = 0, broken = 0;
+        driver.GetGoodFrames(0, good);
+        driver.GetBrokenFrames(0, broken);
+        const LiveView::Counters after = live.counters();
+        driver.Stop(0);
+        const double shown = double(after.shown - before.shown);
+        state.counters["fps"] = (good - goodBefore) / double(kSeconds);
+        state.counters["broken"] = broken - brokenBefore;
+        state.counters["cpu_ms_per_shown_frame"] = shown > 0 ? cpu / shown : 0;
+        state.counters["memcpy_ms"] = memcpyMs;
+        state.counters["cpu_per_frame_over_memcpy"] = shown > 0 && memcpyMs > 0 ? cpu / shown / memcpyMs : 0;
+    }
+    driver.Close(0);
+
+    // Aravis's own test program on the same camera and link, same size, format and rate.
+    QProcess tool;
+    const double childBefore = childrenCpuMs();
+    tool.start(QStringLiteral("arv-camera-test-0.8"),
+               {QStringLiteral("-n"), QString::fromLatin1(id), QStringLiteral("-w"),
+                QString::number(kFiveMp.width()), QStringLiteral("-h"), QString::number(kFiveMp.height()),
+                QStringLiteral("-f"), QString::number(kLoopbackFps), QStringLiteral("--no-packet-socket"),
+                QStringLiteral("-a"), QStringLiteral("--features"),
+                QStringLiteral("PixelFormat=") + QString::fromLatin1(format),
+                QStringLiteral("--duration=%1").arg(kSeconds + 1)});
+    if (!tool.waitForFinished((kSeconds + 30) * 1000)) {
+        tool.kill();
+        tool.waitForFinished(5000);
+    }
+    const double toolCpu = childrenCpuMs() - childBefore;
+    const QString out = QString::fromLocal8Bit(tool.readAllStandardOutput());
+    const QRegularExpressionMatch completed =
+        QRegularExpression(QStringLiteral("n_completed_buffers\\s*=\\s*(\\d+)")).match(out);
+    const double toolFrames = completed.hasMatch() ? completed.captured(1).toDouble() : 0;
+    // Over its whole run, the start of the stream included.
+    state.counters["arv_camera_test_fps"] = toolFrames / (kSeconds + 1);
+    state.counters["arv_camera_test_cpu_ms_per_frame"] = toolFrames > 0 ? toolCpu / toolFrames : 0;
+}
+BENCHMARK(GenICamLoopback5MpBayer)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 

@@ -1,13 +1,17 @@
 #include "camera/genicam/GenICamDriver.h"
 
+#include "camera/Resolution.h"
 #include "camera/genicam/AravisCalls.h"
+#include "camera/genicam/PixelFormatChoice.h"
 #include "camera/genicam/SensorModes.h"
-#include "media/BayerDemosaic.h"
 
 // GLib names a struct member "signals", which Qt's keyword macro would rewrite.
 #undef signals
 #include <arv.h>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <QStringList>
 #include <algorithm>
 
@@ -17,11 +21,6 @@ namespace {
 
 constexpr int kAviWriting = 24;
 
-// The formats frames reach the program in, the 8-bit Bayer ones first: a
-// colour camera sends a third of the bytes of RGB8 that way.
-constexpr const char* kPixelFormats[] = {"BayerRG8", "BayerGR8",   "BayerGB8", "BayerBG8",
-                                         "RGB8",     "RGB8Packed", "Mono8"};
-
 // A region in binned pixels as a field of the full-resolution sensor.
 ModeGeometry geometryOf(int binning, QRect region)
 {
@@ -30,8 +29,11 @@ ModeGeometry geometryOf(int binning, QRect region)
 
 }  // namespace
 
-GenICamDriver::GenICamDriver(Log log) : log_(std::move(log)), features_(log_)
+GenICamDriver::GenICamDriver(Log log, QString serial)
+    : log_(std::move(log)), serial_(std::move(serial)), features_(log_)
 {
+    // Under way while the program starts; Init takes what it found by then.
+    GenICamDiscovery::startGigE();
 }
 
 GenICamDriver::~GenICamDriver()
@@ -43,16 +45,22 @@ GenICamDriver::~GenICamDriver()
 
 void GenICamDriver::useFakeCameraOnly()
 {
-    arv_enable_interface("Fake");
-    arv_disable_interface("GigEVision");
-    arv_disable_interface("USB3Vision");
+    GenICamDiscovery::useFakeOnly(true);
 }
 
 void GenICamDriver::useRealCameras()
 {
-    arv_disable_interface("Fake");
-    arv_enable_interface("GigEVision");
-    arv_enable_interface("USB3Vision");
+    GenICamDiscovery::useFakeOnly(false);
+}
+
+std::vector<CameraChoice> GenICamDriver::listCameras()
+{
+    GenICamDiscovery::startGigE();
+    std::vector<CameraChoice> choices;
+    for (const GenICamDiscovery::Device& d : GenICamDiscovery::find(kGigEDiscovery))
+        choices.push_back({QStringLiteral("genicam"), d.serial,
+                           QStringList{d.vendor, d.model}.join(QLatin1Char(' ')).simplified(), d.place});
+    return choices;
 }
 
 int GenICamDriver::checkOpen(int cam) const
@@ -75,17 +83,22 @@ int GenICamDriver::GetVersion(int which, QString& version)
 
 int GenICamDriver::Init()
 {
-    arv_update_device_list();
-    found_.clear();
-    const unsigned n = arv_get_n_devices();
-    for (unsigned i = 0; i < n; ++i) {
-        const auto text = [](const char* s) { return QString::fromUtf8(s ? s : ""); };
-        found_.push_back({text(arv_get_device_id(i)),
-                          QStringList{text(arv_get_device_vendor(i)), text(arv_get_device_model(i)),
-                                      text(arv_get_device_serial_nbr(i))}
-                              .join(QLatin1Char(' '))
-                              .simplified()});
+    const auto wanted = [this](const GenICamDiscovery::Device& d) { return d.serial == serial_; };
+    std::vector<GenICamDiscovery::Device> devices = GenICamDiscovery::find(gigeWait_);
+    if (!serial_.isEmpty() && std::none_of(devices.begin(), devices.end(), wanted)) {
+        // The wanted camera may be on the network, found by a discovery from now on.
+        GenICamDiscovery::startGigE();
+        devices = GenICamDiscovery::find(kGigEDiscovery);
     }
+    const auto first = std::find_if(devices.begin(), devices.end(), wanted);
+    if (first != devices.end())
+        std::rotate(devices.begin(), first, first + 1);
+    else if (!serial_.isEmpty() && !devices.empty() && log_)
+        log_(QStringLiteral("GenICam: no camera with serial number %1; the first one found is used")
+                 .arg(serial_));
+    found_.clear();
+    for (const GenICamDiscovery::Device& d : devices)
+        found_.push_back({d, QStringList{d.vendor, d.model, d.serial}.join(QLatin1Char(' ')).simplified()});
     return static_cast<int>(found_.size());
 }
 
@@ -104,76 +117,79 @@ int GenICamDriver::Open(int cam)
     if (cam < 0 || cam >= static_cast<int>(found_.size()))
         return kBadCamera;
     GError* error = nullptr;
-    camera_ = arv_camera_new(found_[static_cast<size_t>(cam)].id.toUtf8().constData(), &error);
-    if (AravisCalls::failed(error, log_) || !camera_) {
-        g_clear_object(&camera_);
-        return kFailed;
+    ArvDevice* device = GenICamDiscovery::open(found_[static_cast<size_t>(cam)].device, &error);
+    if (!AravisCalls::failed(error, log_) && device) {
+        camera_ = arv_camera_new_with_device(device, &error);
+        AravisCalls::failed(error, log_);
     }
+    g_clear_object(&device);
+    if (!camera_)
+        return kFailed;
     openIndex_ = cam;
     lost_ = false;
     frame_.found();
     lostHandler_ =
         g_signal_connect(arv_camera_get_device(camera_), "control-lost", G_CALLBACK(onControlLost), this);
 
-    gint width = 0;
-    gint height = 0;
-    arv_camera_get_sensor_size(camera_, &width, &height, &error);
-    AravisCalls::failed(error, log_);
-    sensor_ = QSize(width, height);
-    maxBinning_ = 1;
-    if (arv_camera_is_binning_available(camera_, nullptr)) {
-        gint minX = 1, maxX = 1, minY = 1, maxY = 1;
-        arv_camera_get_x_binning_bounds(camera_, &minX, &maxX, nullptr);
-        arv_camera_get_y_binning_bounds(camera_, &minY, &maxY, nullptr);
-        maxBinning_ = std::max(1, std::min(maxX, maxY));
+    // First, as reading the factory settings loads them for a moment.
+    features_.attach(camera_);
+    if (arv_camera_is_gv_device(camera_)) {
+        // The largest packet the link carries whole (jumbo frames where the network has them).
+        arv_camera_gv_auto_packet_size(camera_, &error);
+        AravisCalls::failed(error, log_);
+        // Aravis's packet socket listens on network cards and misses a camera on this machine's loopback.
+        if (found_[static_cast<size_t>(cam)].device.place.startsWith(QLatin1String("127.")))
+            arv_camera_gv_set_stream_options(camera_, ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+    } else if (arv_camera_is_uv_device(camera_)) {
+        arv_camera_uv_set_usb_mode(camera_, ARV_UV_USB_MODE_ASYNC);
     }
-    modes_ = SensorModes::fitting(sensor_, kModeListCapacity);
+    modes_ = SensorModes::list(readLimits());
     if (modes_.empty() || !choosePixelFormat()) {
         Close(cam);
         return kFailed;
     }
 
-    // The camera's own region when it is one of the program's sizes, else the largest.
+    // The camera's own region when it is one of the modes, else the first (the whole sensor).
     gint x = 0, y = 0, w = 0, h = 0, bx = 1, by = 1;
     arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
     arv_camera_get_binning(camera_, &bx, &by, nullptr);
     mode_ = -1;
-    for (std::int32_t m : modes_) {
-        const SensorModes::Fit fit = SensorModes::fit(sensor_, m, maxBinning_);
-        if (QSize(w, h) == fit.region.size() && bx == fit.binning && by == fit.binning) {
-            mode_ = m;
+    for (const SensorModes::Mode& m : modes_) {
+        if (QSize(w, h) == m.region.size() && bx == m.binning && by == m.binning) {
+            mode_ = m.index;
             geometry_ = geometryOf(bx, QRect(x, y, w, h));
+            break;
         }
     }
-    if (mode_ < 0 && applyMode(modes_.back()) != 0) {
+    if (mode_ < 0 && applyMode(modes_.front()) != 0) {
         Close(cam);
         return kFailed;
     }
-    features_.attach(camera_);
     return 0;
 }
 
 bool GenICamDriver::choosePixelFormat()
 {
-    const char* current = arv_camera_get_pixel_format_as_string(camera_, nullptr);
-    const auto supported = [](const char* name) {
-        return std::any_of(std::begin(kPixelFormats), std::end(kPixelFormats),
-                           [name](const char* f) { return name && qstrcmp(name, f) == 0; });
-    };
-    if (supported(current))
-        return true;
-    ArvDevice* device = arv_camera_get_device(camera_);
-    for (const char* format : kPixelFormats) {
-        if (!arv_device_is_enumeration_entry_available(device, "PixelFormat", format, nullptr))
-            continue;
-        GError* error = nullptr;
-        arv_camera_set_pixel_format_from_string(camera_, format, &error);
-        if (!AravisCalls::failed(error, log_))
-            return true;
+    GError* error = nullptr;
+    const auto current = static_cast<std::uint32_t>(arv_camera_get_pixel_format(camera_, &error));
+    AravisCalls::failed(error, log_);
+    guint n = 0;
+    gint64* offered = arv_camera_dup_available_pixel_formats(camera_, &n, &error);
+    AravisCalls::failed(error, log_);
+    std::vector<std::uint32_t> formats;
+    for (guint i = 0; i < n; ++i)
+        formats.push_back(static_cast<std::uint32_t>(offered[i]));
+    g_free(offered);
+    const std::int64_t chosen = PixelFormatChoice::choose(current, formats);
+    if (chosen < 0) {
+        if (log_)
+            log_(QStringLiteral("GenICam: the camera sends no pixel format the program can show"));
+        return false;
     }
-    if (log_)
-        log_(QStringLiteral("GenICam: the camera sends none of Mono8, RGB8 and the 8-bit Bayer formats"));
-    return false;
+    if (static_cast<std::uint32_t>(chosen) == current)
+        return true;
+    arv_camera_set_pixel_format(camera_, static_cast<ArvPixelFormat>(chosen), &error);
+    return !AravisCalls::failed(error, log_);
 }
 
 int GenICamDriver::IsOpen(int cam)
@@ -203,7 +219,9 @@ int GenICamDriver::GetModeList(int cam, std::vector<std::int32_t>& modes)
 {
     if (const int s = checkOpen(cam))
         return s;
-    modes = modes_;
+    modes.clear();
+    for (const SensorModes::Mode& m : modes_)
+        modes.push_back(m.index);
     return 0;
 }
 
@@ -221,63 +239,114 @@ int GenICamDriver::SetMode(int cam, std::int32_t mode)
         return s;
     if (started_)
         return kBusy;
-    if (std::find(modes_.begin(), modes_.end(), mode) == modes_.end())
+    const SensorModes::Mode* wanted = modeOf(mode);
+    if (!wanted)
         return kOutOfRange;
-    return applyMode(mode);
+    if (applyMode(*wanted) == 0)
+        return 0;
+    if (log_)
+        log_(QStringLiteral("GenICam: the camera refuses %1 (binning %2); %3 stays")
+                 .arg(Resolution::name(mode))
+                 .arg(wanted->binning)
+                 .arg(Resolution::name(mode_)));
+    // Whatever part of the refused mode the camera took is undone.
+    if (const SensorModes::Mode* previous = modeOf(mode_))
+        applyMode(*previous);
+    return kFailed;
 }
 
-int GenICamDriver::offsetStep() const
+const SensorModes::Mode* GenICamDriver::modeOf(std::int32_t index) const
 {
-    return std::max(arv_camera_get_x_offset_increment(camera_, nullptr),
-                    arv_camera_get_y_offset_increment(camera_, nullptr));
+    const auto m = std::find_if(modes_.begin(), modes_.end(),
+                                [index](const SensorModes::Mode& mode) { return mode.index == index; });
+    return m == modes_.end() ? nullptr : &*m;
+}
+
+SensorModes::Limits GenICamDriver::readLimits()
+{
+    SensorModes::Limits limits;
+    GError* error = nullptr;
+    gint width = 0, height = 0;
+    if (arv_device_is_feature_available(arv_camera_get_device(camera_), "SensorWidth", nullptr)) {
+        arv_camera_get_sensor_size(camera_, &width, &height, &error);
+        if (!AravisCalls::failed(error, log_))
+            limits.sensor = QSize(width, height);
+    }
+    gint bx = 1, by = 1;
+    const bool bins = arv_camera_is_binning_available(camera_, nullptr);
+    if (bins)
+        arv_camera_get_binning(camera_, &bx, &by, nullptr);
+    gint min = 1, max = 0;
+    arv_camera_get_width_bounds(camera_, &min, &max, nullptr);
+    limits.widthMin = std::max(1, min);
+    limits.maximum.setWidth(max * std::max(1, bx));
+    arv_camera_get_height_bounds(camera_, &min, &max, nullptr);
+    limits.heightMin = std::max(1, min);
+    limits.maximum.setHeight(max * std::max(1, by));
+    limits.widthStep = std::max(1, arv_camera_get_width_increment(camera_, nullptr));
+    limits.heightStep = std::max(1, arv_camera_get_height_increment(camera_, nullptr));
+    limits.offsetStep = std::max({1, arv_camera_get_x_offset_increment(camera_, nullptr),
+                                  arv_camera_get_y_offset_increment(camera_, nullptr)});
+    if (bins) {
+        gint minX = 1, maxX = 1, minY = 1, maxY = 1;
+        arv_camera_get_x_binning_bounds(camera_, &minX, &maxX, nullptr);
+        arv_camera_get_y_binning_bounds(camera_, &minY, &maxY, nullptr);
+        const int step = std::max({1, arv_camera_get_x_binning_increment(camera_, nullptr),
+                                   arv_camera_get_y_binning_increment(camera_, nullptr)});
+        limits.binnings.clear();
+        for (int b = std::max({1, minX, minY}); b <= std::min(maxX, maxY); b += step)
+            limits.binnings.push_back(b);
+        if (limits.binnings.empty())
+            limits.binnings.push_back(1);
+    }
+    return limits;
 }
 
 std::optional<ModeGeometry> GenICamDriver::modeGeometry(std::int32_t mode) const
 {
-    if (!camera_ || std::find(modes_.begin(), modes_.end(), mode) == modes_.end())
+    const SensorModes::Mode* m = camera_ ? modeOf(mode) : nullptr;
+    if (!m)
         return std::nullopt;
     if (mode == mode_)
         return geometry_;
-    const SensorModes::Fit fit = SensorModes::fit(sensor_, mode, maxBinning_, offsetStep());
-    return geometryOf(fit.binning, fit.region);
+    return geometryOf(m->binning, m->region);
 }
 
 QString GenICamDriver::cameraId() const
 {
     const int index = openIndex_;
-    return camera_ && index >= 0 ? found_[static_cast<size_t>(index)].id : QString();
+    return camera_ && index >= 0 ? found_[static_cast<size_t>(index)].device.id : QString();
 }
 
-int GenICamDriver::applyMode(std::int32_t mode)
+int GenICamDriver::applyMode(const SensorModes::Mode& mode)
 {
-    const int step = offsetStep();
-    // A camera may refuse some binnings (many take only powers of two): the next smaller one is tried.
-    for (int binning = maxBinning_; binning >= 1; --binning) {
-        const SensorModes::Fit fit = SensorModes::fit(sensor_, mode, binning, step);
-        if (fit.binning != binning)
-            continue;
-        GError* error = nullptr;
-        if (maxBinning_ > 1) {
-            arv_camera_set_binning(camera_, binning, binning, &error);
-            if (error) {
-                g_clear_error(&error);
-                continue;
-            }
+    GError* error = nullptr;
+    if (arv_camera_is_binning_available(camera_, nullptr)) {
+        gint bx = 1, by = 1;
+        arv_camera_get_binning(camera_, &bx, &by, nullptr);
+        if (bx != mode.binning || by != mode.binning) {
+            // A region larger than the new binning leaves would make the camera refuse it.
+            gint w = 0, h = 0;
+            arv_camera_get_region(camera_, nullptr, nullptr, &w, &h, nullptr);
+            arv_camera_set_region(camera_, 0, 0, std::min(w, mode.region.width()),
+                                  std::min(h, mode.region.height()), nullptr);
+            arv_camera_set_binning(camera_, mode.binning, mode.binning, &error);
+            if (AravisCalls::failed(error, log_))
+                return kFailed;
         }
-        const QRect& r = fit.region;
-        arv_camera_set_region(camera_, r.x(), r.y(), r.width(), r.height(), &error);
-        if (AravisCalls::failed(error, log_))
-            return kFailed;
-        gint x = 0, y = 0, w = 0, h = 0;
-        arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
-        if (QSize(w, h) != r.size())
-            continue;
-        mode_ = mode;
-        // What the camera took, which may round the offsets.
-        geometry_ = geometryOf(binning, QRect(x, y, w, h));
-        return 0;
     }
-    return kFailed;
+    const QRect& r = mode.region;
+    arv_camera_set_region(camera_, r.x(), r.y(), r.width(), r.height(), &error);
+    if (AravisCalls::failed(error, log_))
+        return kFailed;
+    gint x = 0, y = 0, w = 0, h = 0;
+    arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
+    if (QSize(w, h) != r.size())
+        return kFailed;
+    mode_ = mode.index;
+    // What the camera took, which may round the offsets.
+    geometry_ = geometryOf(mode.binning, QRect(x, y, w, h));
+    return 0;
 }
 
 int GenICamDriver::SetDisplayMode(int cam, int mode, int a, int b, int c, int d)
@@ -307,6 +376,11 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
         g_clear_object(&stream_);
         return kFailed;
     }
+    // A socket buffer that holds a whole frame, and half a second for a frame's last packets
+    // (a resend included) on a busy machine before the frame counts as broken.
+    if (ARV_IS_GV_STREAM(stream_))
+        g_object_set(stream_, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_AUTO, "frame-retention", 500000u,
+                     nullptr);
     const guint payload = arv_camera_get_payload(camera_, &error);
     if (AravisCalls::failed(error, log_)) {
         g_clear_object(&stream_);
@@ -316,6 +390,10 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
         arv_stream_push_buffer(stream_, arv_buffer_new(payload, nullptr));
     good_ = 0;
     incomplete_ = 0;
+    rate_.clear();
+    queue_.reserve(kBufferCount);
+    taken_.reserve(kBufferCount);
+    worker_ = std::thread([this] { work(); });
     g_signal_connect(stream_, "new-buffer", G_CALLBACK(onNewBuffer), this);
     arv_stream_set_emit_signals(stream_, TRUE);
     arv_camera_set_acquisition_mode(camera_, ARV_ACQUISITION_MODE_CONTINUOUS, &error);
@@ -355,10 +433,22 @@ void GenICamDriver::stopStream()
     }
     arv_stream_set_emit_signals(stream_, FALSE);
     g_signal_handlers_disconnect_by_data(stream_, this);
+    {
+        const std::lock_guard lock(queueLock_);
+        stopWorker_ = true;
+    }
+    queued_.notify_one();
+    if (worker_.joinable())
+        worker_.join();
     frame_.setSink(nullptr);
     frame_.endRecording();
     // Joins the stream thread; a frame still being received goes back to the stream's pool.
     g_clear_object(&stream_);
+    // What was queued when the worker stopped (or by a last call on the stream thread).
+    for (ArvBuffer* buffer : queue_)
+        g_object_unref(buffer);
+    queue_.clear();
+    stopWorker_ = false;
 }
 
 void GenICamDriver::dropHeld()
@@ -371,73 +461,107 @@ void GenICamDriver::dropHeld()
 
 void GenICamDriver::onNewBuffer(_ArvStream* stream, void* self)
 {
-    if (ArvBuffer* buffer = arv_stream_try_pop_buffer(stream))
-        static_cast<GenICamDriver*>(self)->receive(stream, buffer);
+    // The thread that receives the packets goes first where the system lets it; it does nothing else.
+    static thread_local bool raised = false;
+    if (!raised) {
+        raised = true;
+        setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), -10);
+    }
+    ArvBuffer* buffer = arv_stream_try_pop_buffer(stream);
+    if (!buffer)
+        return;
+    auto* driver = static_cast<GenICamDriver*>(self);
+    {
+        const std::lock_guard lock(driver->queueLock_);
+        driver->queue_.push_back(buffer);
+    }
+    driver->queued_.notify_one();
+}
+
+void GenICamDriver::work()
+{
+    for (;;) {
+        {
+            std::unique_lock lock(queueLock_);
+            queued_.wait(lock, [this] { return stopWorker_ || !queue_.empty(); });
+            if (stopWorker_)
+                return;
+            taken_.swap(queue_);
+        }
+        // Only the newest of a backlog is shown; a recording takes them all.
+        const bool everyFrame = frame_.recording();
+        for (size_t i = 0; i < taken_.size(); ++i) {
+            if (everyFrame || i + 1 == taken_.size()) {
+                receive(stream_, taken_[i]);
+            } else {
+                if (complete(taken_[i]))
+                    ++good_;
+                giveBack(taken_[i]);
+            }
+        }
+        taken_.clear();
+    }
+}
+
+void GenICamDriver::giveBack(_ArvBuffer* buffer)
+{
+    if (stream_)
+        arv_stream_push_buffer(stream_, buffer);
+    else
+        g_object_unref(buffer);
+}
+
+bool GenICamDriver::complete(_ArvBuffer* buffer)
+{
+    if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
+        rate_.arrived(static_cast<std::int64_t>(arv_buffer_get_system_timestamp(buffer)));
+        return true;
+    }
+    ++incomplete_;
+    return false;
 }
 
 void GenICamDriver::receive(_ArvStream* from, _ArvBuffer* buffer)
 {
-    const auto giveBack = [from](ArvBuffer* b) {
+    const auto back = [from](ArvBuffer* b) {
         if (from)
             arv_stream_push_buffer(from, b);
         else
             g_object_unref(b);
     };
     if (!started_ || lost_) {
-        giveBack(buffer);
+        back(buffer);
         return;
     }
     FrameView view;
     size_t size = 0;
-    const auto* data = static_cast<const uchar*>(arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS
-                                                     ? arv_buffer_get_image_data(buffer, &size)
-                                                     : nullptr);
-    const ArvPixelFormat format = data ? arv_buffer_get_image_pixel_format(buffer) : 0;
-    view.width = data ? arv_buffer_get_image_width(buffer) : 0;
-    view.height = data ? arv_buffer_get_image_height(buffer) : 0;
+    const auto* data =
+        complete(buffer) ? static_cast<const uchar*>(arv_buffer_get_image_data(buffer, &size)) : nullptr;
     gint padX = 0, padY = 0;
     if (data)
         arv_buffer_get_image_padding(buffer, &padX, &padY);
-    const int bytesPerPixel = format == ARV_PIXEL_FORMAT_RGB_8_PACKED ? 3 : 1;
-    view.bytesPerLine = static_cast<qsizetype>(view.width) * bytesPerPixel + padX;
-    const bool known = format == ARV_PIXEL_FORMAT_MONO_8 || format == ARV_PIXEL_FORMAT_RGB_8_PACKED ||
-                       format == ARV_PIXEL_FORMAT_BAYER_RG_8 || format == ARV_PIXEL_FORMAT_BAYER_GR_8 ||
-                       format == ARV_PIXEL_FORMAT_BAYER_GB_8 || format == ARV_PIXEL_FORMAT_BAYER_BG_8;
-    // Incomplete (missing packets, time-out) or not a picture we can show: a broken frame.
-    if (!known || view.width < 2 || view.height < 2 ||
-        size < static_cast<size_t>(view.bytesPerLine) * static_cast<size_t>(view.height)) {
+    // Not a picture we can show (a format we do not know, a short buffer): a broken frame.
+    if (data && !conversion_.convert(arv_buffer_get_image_pixel_format(buffer), data, size,
+                                     arv_buffer_get_image_width(buffer), arv_buffer_get_image_height(buffer),
+                                     padX, view)) {
         ++incomplete_;
-        giveBack(buffer);
+        data = nullptr;
+    }
+    if (!data) {
+        back(buffer);
         return;
     }
-
-    const auto lock = frame_.lock();
-    view.sequence = static_cast<std::uint64_t>(++good_);
-    if (format == ARV_PIXEL_FORMAT_MONO_8) {
-        view.bits = data;
-        view.format = QImage::Format_Grayscale8;
-    } else if (format == ARV_PIXEL_FORMAT_RGB_8_PACKED) {
-        view.bits = data;
-        view.format = QImage::Format_RGB888;
-    } else {
-        const BayerDemosaic::Pattern pattern =
-            format == ARV_PIXEL_FORMAT_BAYER_RG_8   ? BayerDemosaic::Pattern::RGGB
-            : format == ARV_PIXEL_FORMAT_BAYER_GR_8 ? BayerDemosaic::Pattern::GRBG
-            : format == ARV_PIXEL_FORMAT_BAYER_GB_8 ? BayerDemosaic::Pattern::GBRG
-                                                    : BayerDemosaic::Pattern::BGGR;
-        const qsizetype stride = static_cast<qsizetype>(view.width) * 3;
-        rgb_.resize(static_cast<size_t>(stride) * static_cast<size_t>(view.height));
-        BayerDemosaic::toRgb(data, view.bytesPerLine, view.width, view.height, pattern, rgb_.data(), stride);
-        view.bits = rgb_.data();
-        view.bytesPerLine = stride;
-        view.format = QImage::Format_RGB888;
+    ArvBuffer* previous = nullptr;
+    {
+        const auto lock = frame_.lock();
+        view.sequence = static_cast<std::uint64_t>(++good_);
+        // The newest frame stays out of the pool until a newer one replaces it.
+        previous = held_;
+        held_ = buffer;
+        frame_.hold(view);
     }
-    // The newest frame stays out of the pool until a newer one replaces it.
-    ArvBuffer* previous = held_;
-    held_ = buffer;
     if (previous)
-        giveBack(previous);
-    frame_.hold(view);
+        back(previous);
 }
 
 void GenICamDriver::onControlLost(void* device, void* self)
@@ -506,11 +630,15 @@ int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
         return s;
     if (!started_)
         return kNoFrame;
-    GError* error = nullptr;
-    const double rate = arv_camera_get_frame_rate(camera_, &error);
-    const bool rateKnown = !AravisCalls::failed(error, log_) && rate > 0;
+    double rate = rate_.fps();
+    if (rate <= 0) {
+        GError* error = nullptr;
+        rate = arv_camera_get_frame_rate(camera_, &error);
+        if (AravisCalls::failed(error, log_) || rate <= 0)
+            rate = 30.0;
+    }
     // The file takes the size and pixels of the frames the camera sends now.
-    return frame_.record(path, rateKnown ? rate : 30.0, seconds);
+    return frame_.record(path, rate, seconds);
 }
 
 bool GenICamDriver::recordingStats(int cam, RecordingStats& stats)

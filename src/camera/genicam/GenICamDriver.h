@@ -1,13 +1,21 @@
 #pragma once
 
+#include "camera/CameraChoice.h"
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
+#include "camera/genicam/FrameRateMeter.h"
+#include "camera/genicam/GenICamDiscovery.h"
 #include "camera/genicam/GenICamFeatures.h"
+#include "camera/genicam/PixelConversion.h"
+#include "camera/genicam/SensorModes.h"
 
 #include <QSize>
 #include <QString>
 #include <atomic>
+#include <condition_variable>
 #include <functional>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 // Aravis's types, kept out of this header so that its users need not see GLib.
@@ -18,15 +26,21 @@ struct _ArvBuffer;
 namespace tavix {
 
 // GenICam cameras (USB3 Vision, GigE Vision) through Aravis. Init lists the
-// cameras Aravis finds; Open(n) opens the n-th. Frames arrive on Aravis's
-// stream thread in a pool of reused buffers and go to the sink as they are
-// (Mono8, RGB8) or demosaiced into one reused RGB buffer (the 8-bit Bayer
-// formats); the newest frame is held back from the pool so that SaveToFile
-// can write it.
+// cameras Aravis finds, the one with the wanted serial number first; Open(n)
+// opens the n-th. Init does not wait for GigE discovery (GenICamDiscovery)
+// unless a wanted camera is not on USB or setGigEWait asks it to. Frames arrive on Aravis's
+// stream thread in a pool of reused buffers; that thread only queues them.
+// The driver's own worker thread converts each (PixelConversion), hands it
+// to the sink and a running recording, and gives the buffer back; the newest
+// frame is held back from the pool so that SaveToFile can write it. When the
+// worker falls behind it skips to the newest frame unless a recording needs
+// every one.
 //
-// Modes are the program's resolutions that fit the sensor, cut by binning and
-// a centred region; modeGeometry tells the binning and region of each (as set
-// for the current mode, as they will be set for the others). Parameters map onto the standard GenICam
+// Modes are the whole sensor at each binning, then the program's resolutions
+// that fit it, cut by binning and a centred region (SensorModes); modeGeometry
+// tells the binning and region of each (as set for the current mode, as they
+// will be set for the others). A mode the camera refuses is logged and the
+// previous one stays. Parameters map onto the standard GenICam
 // features where the camera has them (the others report a range that is not enabled):
 //   7 exposure in microseconds (ExposureTime), automatic with ExposureAuto
 //   8 exposure target (AutoTargetBrightness, TargetBrightness)
@@ -40,9 +54,10 @@ namespace tavix {
 //     while the camera balances, 1 when done
 //   147 AcquisitionFrameRate in fps (enabling AcquisitionFrameRateEnable)
 //   24 AVI being written: always 0
-// The default of a parameter is its value when the camera was opened (GenICam
-// features carry no default of their own), that of an automatic mode with a
-// box in the dialog its state then; the modes without a box default to off.
+// The default of a parameter is the camera's factory setting (its "Default"
+// user set; the value at open on a camera without user sets), that of an
+// automatic mode with a box in the dialog likewise; the modes without a box
+// default to off.
 // A value written while its automatic mode is on is left to that mode.
 //
 // A camera that drops off the bus (control lost) is logged; the stream ends,
@@ -60,11 +75,15 @@ public:
     static constexpr int kDisconnected = -10;
     static constexpr int kAlreadyOpen = -24;
 
-    static constexpr int kBufferCount = 6;
+    static constexpr int kBufferCount = 16;
 
     using Log = std::function<void(const QString&)>;
 
-    explicit GenICamDriver(Log log = {});
+    // Aravis's GigE discovery takes a second; a wait this long sees it through.
+    static constexpr std::chrono::milliseconds kGigEDiscovery{1200};
+
+    // `serial`: the camera to open, empty for the first one found.
+    explicit GenICamDriver(Log log = {}, QString serial = {});
     ~GenICamDriver() override;
     GenICamDriver(const GenICamDriver&) = delete;
     GenICamDriver& operator=(const GenICamDriver&) = delete;
@@ -73,6 +92,22 @@ public:
     static void useFakeCameraOnly();
     // Back to the buses Aravis looks on by default.
     static void useRealCameras();
+    // Every camera on the buses, after a GigE discovery of its own: driver
+    // "genicam", id the serial number, name vendor and model, place the
+    // network address or the USB port.
+    static std::vector<CameraChoice> listCameras();
+
+    // The serial number Init puts first (empty: the first camera found).
+    void setWantedSerial(const QString& serial) { serial_ = serial; }
+    QString wantedSerial() const { return serial_; }
+    // How Open reaches the camera's factory settings (tests play the camera).
+    void setFactoryLoader(GenICamFeatures::FactoryLoader loader)
+    {
+        features_.setFactoryLoader(std::move(loader));
+    }
+    // How long Init waits for GigE discovery when no wanted camera is on USB
+    // (0 by default: a GigE camera then counts once its discovery has ended).
+    void setGigEWait(std::chrono::milliseconds wait) { gigeWait_ = wait; }
 
     QString driverName() const override { return QStringLiteral("genicam"); }
     int GetVersion(int which, QString& version) override;
@@ -84,7 +119,8 @@ public:
     int Close(int cam) override;
     int GetModeList(int cam, std::vector<std::int32_t>& modes) override;
     int GetMode(int cam, std::int32_t& mode) override;
-    // Only while stopped (kBusy while streaming).
+    // Only while stopped (kBusy while streaming); kFailed when the camera
+    // refuses the mode, which leaves the previous one set.
     int SetMode(int cam, std::int32_t mode) override;
     std::optional<ModeGeometry> modeGeometry(std::int32_t mode) const override;
     // Aravis's device id (vendor, model and serial number).
@@ -102,7 +138,8 @@ public:
     void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
-    // Records the stream through the program's recorder at the frames' size.
+    // Records the stream through the program's recorder at the frames' size,
+    // stamped with the rate the frames arrive at (the set rate before a few came).
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     bool recordingStats(int cam, RecordingStats& stats) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;
@@ -119,13 +156,16 @@ public:
     _ArvCamera* arvCamera() const { return camera_; }
     QSize frameSize() const;
     QImage::Format frameFormat() const;
-    // A buffer as the stream thread receives it from `from` (whose pool gets
-    // it back; released when null). Public for tests of what arrives.
+    // The rate whole frames arrive at now (0 before a few came).
+    double deliveredFps() const { return rate_.fps(); }
+    // A buffer as the worker takes it from `from` (whose pool gets it back;
+    // released when null): counted, converted and shown. Public for tests of
+    // what arrives.
     void receive(_ArvStream* from, _ArvBuffer* buffer);
 
 private:
     struct Found {
-        QString id;
+        GenICamDiscovery::Device device;
         QString name;
     };
 
@@ -134,19 +174,24 @@ private:
 
     int checkOpen(int cam) const;
     bool choosePixelFormat();
-    int applyMode(std::int32_t mode);
-    int offsetStep() const;
+    SensorModes::Limits readLimits();
+    const SensorModes::Mode* modeOf(std::int32_t index) const;
+    int applyMode(const SensorModes::Mode& mode);
     void stopStream();
     void dropHeld();
+    void work();
+    void giveBack(_ArvBuffer* buffer);
+    // Counts a broken buffer, and times a whole one.
+    bool complete(_ArvBuffer* buffer);
 
     Log log_;
+    QString serial_;
+    std::chrono::milliseconds gigeWait_{0};
     std::vector<Found> found_;
     std::atomic<int> openIndex_{-1};  // read by Aravis's thread when the camera is lost
     _ArvCamera* camera_ = nullptr;
     unsigned long lostHandler_ = 0;
-    QSize sensor_;
-    int maxBinning_ = 1;
-    std::vector<std::int32_t> modes_;
+    std::vector<SensorModes::Mode> modes_;
     std::int32_t mode_ = -1;
     ModeGeometry geometry_;  // of mode_, as the camera reported it back
     GenICamFeatures features_;
@@ -156,12 +201,20 @@ private:
     std::atomic<bool> lost_{false};
     std::atomic<std::int32_t> good_{0};
     std::atomic<std::int32_t> incomplete_{0};
+    FrameRateMeter rate_;
 
-    // The newest frame; the buffer behind it and the demosaiced pixels of a
-    // Bayer frame change only under frame_.lock().
+    // Buffers the stream thread handed over, waiting for the worker.
+    std::thread worker_;
+    std::mutex queueLock_;
+    std::condition_variable queued_;
+    std::vector<_ArvBuffer*> queue_;
+    std::vector<_ArvBuffer*> taken_;  // the worker's batch; both reserved, never grown per frame
+    bool stopWorker_ = false;
+
+    // The newest frame; the buffer behind it changes only under frame_.lock().
     HeldFrame frame_;
     _ArvBuffer* held_ = nullptr;
-    std::vector<uchar> rgb_;
+    PixelConversion conversion_;  // the worker's
 };
 
 }  // namespace tavix

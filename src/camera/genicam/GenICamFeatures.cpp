@@ -7,6 +7,8 @@
 #undef signals
 #include <arv.h>
 
+#include <QByteArray>
+#include <QRect>
 #include <algorithm>
 #include <cmath>
 
@@ -96,6 +98,77 @@ GenICamFeatures::GenICamFeatures(Log log) : log_(std::move(log))
 {
 }
 
+struct GenICamFeatures::Snapshot {
+    std::vector<std::pair<int, std::int32_t>> values;
+    std::vector<std::pair<const char*, QByteArray>> autos;  // automatic mode and its entry
+    gint64 pixelFormat = 0;
+    gint binX = 0, binY = 0;
+    QRect region;
+};
+
+bool GenICamFeatures::loadDefaultUserSet(_ArvCamera* camera)
+{
+    ArvDevice* device = arv_camera_get_device(camera);
+    if (!arv_device_is_feature_available(device, "UserSetLoad", nullptr) ||
+        !arv_device_is_enumeration_entry_available(device, "UserSetSelector", "Default", nullptr))
+        return false;
+    GError* error = nullptr;
+    arv_device_set_string_feature_value(device, "UserSetSelector", "Default", &error);
+    if (!error)
+        arv_device_execute_command(device, "UserSetLoad", &error);
+    const bool loaded = error == nullptr;
+    g_clear_error(&error);
+    return loaded;
+}
+
+GenICamFeatures::Snapshot GenICamFeatures::take() const
+{
+    Snapshot s;
+    ArvDevice* device = arv_camera_get_device(camera_);
+    for (const Mapping& m : kMappings) {
+        Feature f;
+        std::int32_t value = 0;
+        if (feature(m.type, f) && read(f, value) == 0)
+            s.values.emplace_back(m.type, value);
+        const bool listed = std::any_of(s.autos.begin(), s.autos.end(),
+                                        [&m](const auto& a) { return qstrcmp(a.first, m.autoName) == 0; });
+        if (m.autoName && !listed && arv_device_is_feature_available(device, m.autoName, nullptr))
+            s.autos.emplace_back(m.autoName,
+                                 arv_device_get_string_feature_value(device, m.autoName, nullptr));
+    }
+    s.pixelFormat = arv_camera_get_pixel_format(camera_, nullptr);
+    if (arv_camera_is_binning_available(camera_, nullptr))
+        arv_camera_get_binning(camera_, &s.binX, &s.binY, nullptr);
+    gint x = 0, y = 0, w = 0, h = 0;
+    arv_camera_get_region(camera_, &x, &y, &w, &h, nullptr);
+    s.region = QRect(x, y, w, h);
+    return s;
+}
+
+void GenICamFeatures::putBack(const Snapshot& user)
+{
+    ArvDevice* device = arv_camera_get_device(camera_);
+    GError* error = nullptr;
+    if (user.binX > 0 && user.binY > 0)
+        arv_camera_set_binning(camera_, user.binX, user.binY, &error);
+    AravisCalls::failed(error, log_);
+    arv_camera_set_pixel_format(camera_, static_cast<ArvPixelFormat>(user.pixelFormat), &error);
+    AravisCalls::failed(error, log_);
+    arv_camera_set_region(camera_, user.region.x(), user.region.y(), user.region.width(),
+                          user.region.height(), &error);
+    AravisCalls::failed(error, log_);
+    // Automatic modes first: a value under a mode that is on is the mode's to set.
+    for (const auto& [name, entry] : user.autos) {
+        arv_device_set_string_feature_value(device, name, entry.constData(), &error);
+        AravisCalls::failed(error, log_);
+    }
+    for (const auto& [type, value] : user.values) {
+        Feature f;
+        if (feature(type, f) && !(f.mapping->autoName && hasAuto(type) && autoOn(f.mapping->autoName)))
+            write(f, value);
+    }
+}
+
 void GenICamFeatures::attach(_ArvCamera* camera)
 {
     camera_ = camera;
@@ -103,14 +176,19 @@ void GenICamFeatures::attach(_ArvCamera* camera)
     autoDefaults_.clear();
     if (!camera_)
         return;
-    ArvDevice* device = arv_camera_get_device(camera_);
+    const Snapshot user = take();
+    const bool factory = loader_ && loader_(camera_);
+    const Snapshot defaults = factory ? take() : user;
+    if (factory)
+        putBack(user);
+    defaults_ = defaults.values;
     for (const Mapping& m : kMappings) {
-        Feature f;
-        std::int32_t value = 0;
-        if (feature(m.type, f) && read(f, value) == 0)
-            defaults_.emplace_back(m.type, value);
-        if (m.autoName && m.autoBox && arv_device_is_feature_available(device, m.autoName, nullptr))
-            autoDefaults_.emplace_back(m.type, autoOn(m.autoName) ? 1 : 0);
+        if (!m.autoName || !m.autoBox)
+            continue;
+        const auto a = std::find_if(defaults.autos.begin(), defaults.autos.end(),
+                                    [&m](const auto& a) { return qstrcmp(a.first, m.autoName) == 0; });
+        if (a != defaults.autos.end())
+            autoDefaults_.emplace_back(m.type, a->second != "Off" ? 1 : 0);
     }
 }
 
@@ -229,7 +307,9 @@ int GenICamFeatures::range(int type, CamParamRange& range) const
     range.third = 1;
     const auto def =
         std::find_if(defaults_.begin(), defaults_.end(), [type](auto& d) { return d.first == type; });
-    range.defaultValue = def != defaults_.end() ? def->second : range.minimum;
+    // Within the range the camera has now (a default beyond it would only be refused).
+    range.defaultValue =
+        std::clamp(def != defaults_.end() ? def->second : range.minimum, range.minimum, range.maximum);
     return 0;
 }
 

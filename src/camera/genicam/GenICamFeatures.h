@@ -14,14 +14,23 @@ namespace tavix {
 
 // The program's parameters on a GenICam camera's standard features: which
 // feature (behind which selector entry) each parameter type is, its scale,
-// its automatic mode, and the values the camera had when it was opened,
-// which serve as the defaults. Answers the driver's status codes for the
-// parameter itself; whether a camera is open is the driver's to check.
+// its automatic mode, and its default: the camera's factory setting, read at
+// attach by loading the camera's "Default" user set and then putting the
+// user's values back (the values at attach when the camera has no user sets).
+// Answers the driver's status codes for the parameter itself; whether a
+// camera is open is the driver's to check.
 class GenICamFeatures {
 public:
     using Log = std::function<void(const QString&)>;
+    // Puts the camera's factory settings in place; false when it has none.
+    using FactoryLoader = std::function<bool(_ArvCamera*)>;
 
     explicit GenICamFeatures(Log log = {});
+
+    // Loads UserSetSelector "Default" with UserSetLoad.
+    static bool loadDefaultUserSet(_ArvCamera* camera);
+    // How attach reaches the factory settings (tests play the camera here).
+    void setFactoryLoader(FactoryLoader loader) { loader_ = std::move(loader); }
 
     // The camera the features are read from and written to (not owned), its
     // present values taken as the defaults; null when it is closed.
@@ -37,15 +46,19 @@ public:
     int onePush(int type);
 
 private:
-    struct Feature;  // where a parameter lives on the camera
+    struct Feature;   // where a parameter lives on the camera
+    struct Snapshot;  // what the user set, to be put back after the factory settings were read
 
     bool feature(int type, Feature& f) const;
     int read(const Feature& f, std::int32_t& value) const;
     int write(const Feature& f, std::int32_t value);
     bool autoOn(const char* autoFeature) const;
     bool hasAuto(int type) const;
+    Snapshot take() const;
+    void putBack(const Snapshot& user);
 
     Log log_;
+    FactoryLoader loader_ = &loadDefaultUserSet;
     _ArvCamera* camera_ = nullptr;
     std::vector<std::pair<int, std::int32_t>> defaults_;
     std::vector<std::pair<int, std::int32_t>> autoDefaults_;

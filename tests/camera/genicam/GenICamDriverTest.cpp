@@ -2,6 +2,7 @@
 #include "TempDir.h"
 #include "calib/ProofRescale.h"
 #include "camera/HeldFrame.h"
+#include "camera/Resolution.h"
 #include "camera/genicam/GenICamDriver.h"
 #include "media/BmpFile.h"
 
@@ -44,15 +45,32 @@ public:
     uchar first = 0;
 };
 
+constexpr std::int32_t kFullWidth = 7;  // 2048x1536: binning 1, the sensor's whole width
+constexpr std::int32_t kCrop = 5;       // 1280x1024: binning 1, a centred crop
+constexpr std::int32_t kBinned2 = 4;    // 1024x768: binning 2
+constexpr std::int32_t kBinned3 = 1;    // 640x480: binning 3
+
 class GenICamDriverTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { GenICamDriver::useFakeCameraOnly(); }
     static void TearDownTestSuite() { GenICamDriver::useRealCameras(); }
 
+    // Opened as it comes, then at 2048x1536 Mono8, which most tests take.
     void SetUp() override
     {
         ASSERT_EQ(driver.Init(), 1);
         ASSERT_EQ(driver.Open(0), 0);
+        ASSERT_EQ(driver.GetMode(0, openedMode), 0);
+        openedFormat = QString::fromUtf8(arv_camera_get_pixel_format_as_string(driver.arvCamera(), nullptr));
+        ASSERT_EQ(driver.SetMode(0, kFullWidth), 0);
+        setFormat("Mono8");
+    }
+
+    void setFormat(const char* format)
+    {
+        GError* error = nullptr;
+        arv_camera_set_pixel_format_from_string(driver.arvCamera(), format, &error);
+        ASSERT_EQ(error, nullptr) << format;
     }
 
     // Waits until the sink has seen `frames` more frames; false after 10 s.
@@ -92,15 +110,12 @@ protected:
                 driver.driverName() + QLatin1Char('/') + driver.cameraId()};
     }
 
+    std::int32_t openedMode = -1;
+    QString openedFormat;
     QStringList logged;
+    CountingSink sink;  // outlives the driver, which may hand it a frame until it closes
     GenICamDriver driver{[this](const QString& line) { logged.append(line); }};
-    CountingSink sink;
 };
-
-constexpr std::int32_t kFullWidth = 7;  // 2048x1536: binning 1, the sensor's whole width
-constexpr std::int32_t kCrop = 5;       // 1280x1024: binning 1, a centred crop
-constexpr std::int32_t kBinned2 = 4;    // 1024x768: binning 2
-constexpr std::int32_t kBinned3 = 1;    // 640x480: binning 3
 
 }  // namespace
 
@@ -117,14 +132,19 @@ TEST_F(GenICamDriverTest, FindsAndNamesTheCamera)
     EXPECT_EQ(driver.Open(0), GenICamDriver::kAlreadyOpen);
 }
 
-TEST_F(GenICamDriverTest, OffersTheSizesThatFitTheSensor_AndStartsAtTheLargest)
+TEST_F(GenICamDriverTest, OffersTheWholeSensorAtEachBinning_ThenTheSizesThatFit_AndStartsAtTheWholeSensor)
 {
     std::vector<std::int32_t> modes;
     ASSERT_EQ(driver.GetModeList(0, modes), 0);
-    EXPECT_EQ(modes, (std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6, 10, 7}));
-    std::int32_t mode = -1;
-    ASSERT_EQ(driver.GetMode(0, mode), 0);
-    EXPECT_EQ(mode, 7);
+    std::vector<std::int32_t> whole;
+    for (const int side : {2048, 1024, 682, 512, 409, 341})  // binning 1 to 6; 7 leaves less than 320x240
+        whole.push_back(Resolution::indexOf(QSize(side, side)));
+    std::vector<std::int32_t> expected = whole;
+    for (const std::int32_t m : {7, 10, 6, 5, 4, 3, 2, 1, 0})
+        expected.push_back(m);
+    EXPECT_EQ(modes, expected);
+    EXPECT_GT(modes.size(), size_t(CameraDriver::kModeListCapacity));  // no cap on this driver
+    EXPECT_EQ(openedMode, whole.front());
 }
 
 TEST_F(GenICamDriverTest, Start_HandsFramesOfTheModesSizeToTheSink)
@@ -252,8 +272,10 @@ TEST_F(GenICamDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTh
     const QString path = dir.file(QStringLiteral("clip.avi"));
     EXPECT_EQ(driver.SaveAvi(0, path, 0, 1), GenICamDriver::kNoFrame);  // not streaming
     ASSERT_EQ(driver.SetCamParameter(0, 147, 10), 0);                   // 10 fps: a one-second clip is short
+    EXPECT_EQ(driver.deliveredFps(), 0);
     ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
-    ASSERT_TRUE(waitFrames(2));
+    ASSERT_TRUE(waitFrames(FrameRateMeter::kFewest + 2));
+    EXPECT_GT(driver.deliveredFps(), 0);  // the clip is stamped with this, not with the rate set
     ASSERT_EQ(driver.SaveAvi(0, path, 0, 1), 0);
     std::int32_t writing = 0;
     ASSERT_EQ(driver.GetCamParameter(0, 24, writing), 0);
@@ -419,7 +441,8 @@ TEST_F(GenICamDriverTest, EveryMode_TellsTheBinningAndRegionTheCameraThenReports
 
 TEST_F(GenICamDriverTest, TheCameraId_IsAravisDeviceId)
 {
-    EXPECT_EQ(driver.cameraId(), QString::fromUtf8(arv_get_device_id(0)));
+    EXPECT_EQ(driver.cameraId(),
+              QString::fromUtf8(arv_interface_get_device_id(arv_fake_interface_get_instance(), 0)));
     EXPECT_FALSE(driver.cameraId().isEmpty());
     driver.Close(0);
     EXPECT_TRUE(driver.cameraId().isEmpty());
@@ -463,4 +486,86 @@ TEST_F(GenICamDriverTest, Calibration_CarriedToACropABinningAndBack_MeasuresTheT
         }
     }
     EXPECT_EQ(ProofRescale::toPicture(stored, made, picture(kFullWidth)), stored);  // back: exactly
+}
+
+TEST_F(GenICamDriverTest, AModeTheCameraRefuses_IsLogged_AndThePreviousModeStaysAndStreams)
+{
+    ASSERT_EQ(driver.SetMode(0, kCrop), 0);
+    // The camera now takes no width above 1500 (as if it had changed its mind since it was opened), and
+    // checks what it is given as a real one does.
+    arv_device_set_register_cache_policy(device(), ARV_REGISTER_CACHE_POLICY_DISABLE);
+    arv_device_set_range_check_policy(device(), ARV_RANGE_CHECK_POLICY_ENABLE);
+    GError* error = nullptr;
+    arv_device_write_register(device(), 0x11c, 1500, &error);
+    ASSERT_EQ(error, nullptr);
+    logged.clear();
+
+    EXPECT_EQ(driver.SetMode(0, kFullWidth), GenICamDriver::kFailed);
+
+    ASSERT_FALSE(logged.isEmpty());
+    EXPECT_EQ(logged.last(),
+              QStringLiteral("GenICam: the camera refuses 2048x1536 (binning 1); 1280x1024 stays"));
+    std::int32_t mode = -1;
+    ASSERT_EQ(driver.GetMode(0, mode), 0);
+    EXPECT_EQ(mode, kCrop);
+    EXPECT_EQ(driver.IsOpen(0), 0);
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    EXPECT_EQ(sink.size, QSize(1280, 1024));
+}
+
+TEST_F(GenICamDriverTest, AColourCamera_IsSwitchedFromMono8ToItsBayerFormat_AtOpen)
+{
+    // The fake camera starts in Mono8 and offers BayerBG8 first among its colour formats.
+    EXPECT_EQ(openedFormat, QStringLiteral("BayerBG8"));
+}
+
+TEST_F(GenICamDriverTest, SixteenBitMono_IsShownAsItsHighByte)
+{
+    setFormat("Mono16");
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    EXPECT_EQ(sink.size, QSize(2048, 1536));
+    EXPECT_EQ(sink.format, QImage::Format_Grayscale8);
+    std::int32_t broken = -1;
+    driver.GetBrokenFrames(0, broken);
+    EXPECT_EQ(broken, 0);
+}
+
+// ---- which camera ----
+
+TEST(GenICamCameraChoice, ListCameras_NamesEachByVendorAndModel_WithItsSerialNumberAsId)
+{
+    GenICamDriver::useFakeCameraOnly();
+    const std::vector<CameraChoice> cameras = GenICamDriver::listCameras();
+    GenICamDriver::useRealCameras();
+    ASSERT_EQ(cameras.size(), 1u);
+    EXPECT_EQ(cameras[0].driver, QStringLiteral("genicam"));
+    EXPECT_EQ(cameras[0].id, QStringLiteral("1"));
+    EXPECT_EQ(cameras[0].name, QStringLiteral("Aravis Fake"));
+    EXPECT_FALSE(cameras[0].place.isEmpty());
+}
+
+TEST(GenICamCameraChoice, TheWantedSerialNumber_IsOpened_AndAMissingOneFallsBackToTheFirstWithALogLine)
+{
+    GenICamDriver::useFakeCameraOnly();
+    QStringList logged;
+    const auto log = [&logged](const QString& line) { logged.append(line); };
+    {
+        GenICamDriver wanted(log, QStringLiteral("1"));
+        EXPECT_EQ(wanted.wantedSerial(), QStringLiteral("1"));
+        ASSERT_EQ(wanted.Init(), 1);
+        EXPECT_EQ(wanted.Open(0), 0);
+        QString name;
+        wanted.GetName(0, name);
+        EXPECT_EQ(name, QStringLiteral("Aravis Fake 1"));
+        EXPECT_TRUE(logged.isEmpty()) << logged.join(QLatin1Char('\n')).toStdString();
+    }
+    GenICamDriver missing(log);
+    missing.setWantedSerial(QStringLiteral("4711"));
+    ASSERT_EQ(missing.Init(), 1);
+    EXPECT_EQ(missing.Open(0), 0);
+    EXPECT_EQ(logged, QStringList{QStringLiteral(
+                          "GenICam: no camera with serial number 4711; the first one found is used")});
+    GenICamDriver::useRealCameras();
 }

@@ -47,7 +47,8 @@ protected:
 
     TempDir dir;
     test::RicherFakeCamera fake{dir.file(QStringLiteral("RicherFake.xml"))};
-    GenICamDriver driver;
+    QStringList logged;
+    GenICamDriver driver{[this](const QString& line) { logged.append(line); }};
 };
 
 }  // namespace
@@ -132,4 +133,90 @@ TEST_F(RicherGenICam, OnePushWhiteBalance_ReadsZeroUntilTheCameraIsBackOff)
     EXPECT_EQ(get(6), 0);
     setFeature("BalanceWhiteAuto", "Off");  // the camera has balanced
     EXPECT_EQ(get(6), 1);
+}
+
+namespace {
+
+// Opened with a factory loader that plays the camera: its factory settings
+// are automatic exposure, exposure 5000 us, black level 0 and gamma 1.5.
+class RicherGenICamDefaults : public RicherGenICam {
+protected:
+    void SetUp() override
+    {
+        driver.setFactoryLoader([this](ArvCamera* camera) {
+            ++factoryLoads;
+            ArvDevice* d = arv_camera_get_device(camera);
+            arv_device_set_string_feature_value(d, "ExposureAuto", "Off", nullptr);
+            arv_device_set_float_feature_value(d, "ExposureTime", 5000, nullptr);
+            arv_device_set_string_feature_value(d, "ExposureAuto", "Continuous", nullptr);
+            arv_device_set_integer_feature_value(d, "BlackLevel", 0, nullptr);
+            arv_device_set_float_feature_value(d, "Gamma", 1.5, nullptr);
+            return true;
+        });
+        RicherGenICam::SetUp();
+        driver.Open(0);  // already open: the factory settings are read once
+        // Values beyond a feature's range are refused, as a real camera refuses them.
+        arv_device_set_range_check_policy(device(), ARV_RANGE_CHECK_POLICY_ENABLE);
+    }
+
+    // The settings dialog's Default button: each parameter's automatic mode
+    // back to its default, then its default value. The statuses that were not 0.
+    QStringList pressDefault()
+    {
+        QStringList refused;
+        for (const int type : {7,  8,   12,  13, 4,   5,   14, 15, 147, 117, 1,   2,
+                               19, 109, 111, 3,  110, 115, 9,  10, 11,  106, 107, 108}) {
+            CamParamRange r;
+            if (driver.GetCamParameterRange(0, type, r) != 0 || !r.enabled)
+                continue;
+            if (r.autoMode == 1 && driver.SetParamAutoDef(0, type) != 0) {
+                refused << QStringLiteral("auto %1").arg(type);
+                continue;
+            }
+            if (const int s = driver.SetCamParameter(0, type, r.defaultValue))
+                refused << QStringLiteral("%1: %2").arg(type).arg(s);
+        }
+        return refused;
+    }
+
+    int factoryLoads = 0;
+};
+
+}  // namespace
+
+TEST_F(RicherGenICamDefaults, TheDefaults_AreTheFactorySettings_AndTheUsersValuesStay)
+{
+    EXPECT_EQ(factoryLoads, 1);
+    EXPECT_EQ(range(7).defaultValue, 5000);
+    EXPECT_EQ(range(12).defaultValue, 0);
+    EXPECT_EQ(range(3).defaultValue, 96);
+    // What the user had when the camera was opened is still set.
+    EXPECT_EQ(feature("ExposureAuto"), QStringLiteral("Off"));
+    EXPECT_EQ(get(7), 20000);
+    EXPECT_EQ(get(12), 4);
+    EXPECT_EQ(get(3), 64);
+}
+
+TEST_F(RicherGenICamDefaults, Default_UnderAutomaticExposure_WritesNoExposureTheCameraRefuses)
+{
+    ASSERT_EQ(driver.SetParamAuto(0, 7, 1), 0);
+    logged.clear();
+    EXPECT_EQ(pressDefault(), QStringList{});
+    EXPECT_EQ(logged, QStringList{});
+    EXPECT_EQ(feature("ExposureAuto"), QStringLiteral("Continuous"));  // the factory's automatic exposure
+    // Not written: a real camera refuses ExposureTime while ExposureAuto governs it.
+    EXPECT_EQ(get(7), 20000);
+    EXPECT_EQ(get(12), 0);
+    EXPECT_EQ(get(3), 96);
+}
+
+TEST_F(RicherGenICamDefaults, Default_WithAutomaticExposureOff_WritesTheFactoryExposure_WithinTheRangeNow)
+{
+    ASSERT_EQ(driver.SetParamAuto(0, 7, 0), 0);
+    // A camera whose exposure range has shrunk below the factory value since it was opened.
+    arv_device_set_float_feature_value(device(), "TestExposureTimeMax", 4000, nullptr);
+    logged.clear();
+    ASSERT_EQ(driver.SetCamParameter(0, 7, range(7).defaultValue), 0);
+    EXPECT_EQ(get(7), 4000);
+    EXPECT_EQ(logged, QStringList{});
 }
