@@ -4,6 +4,7 @@
 #include "calib/Magnification.h"
 #include "calib/ui/OverlayPanel.h"
 #include "camera/CameraDriver.h"
+#include "camera/genicam/GenICamDriver.h"
 #include "camera/graph/LinuxVideoDevices.h"
 #include "camera/ui/CameraPanel.h"
 #include "camera/ui/CameraViewWidget.h"
@@ -211,7 +212,11 @@ void frmMain::offerOtherCameras()
     };
     CameraPanel::CameraSwitching s;
     s.cameras = [devices] {
-        return devices([](const VideoDeviceSystem& system) { return CameraList::all(system, {}); });
+        // The dialog does not wait for the network: the discovery begun at start has ended by now.
+        return devices([](const VideoDeviceSystem& system) {
+            return CameraList::all(system,
+                                   [] { return GenICamDriver::listCameras(std::chrono::milliseconds(0)); });
+        });
     };
     s.make = [this](const CameraChoice& choice) -> std::unique_ptr<CameraDriver> {
         return cameraKeeper_->prepare(choice) ? driverFactory_(data_) : nullptr;

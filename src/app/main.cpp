@@ -1,5 +1,6 @@
 #include "app/QtPrompter.h"
 #include "app/frmMain.h"
+#include "camera/genicam/GenICamDriver.h"
 #include "camera/graph/LinuxVideoDevices.h"
 #include "common/Clock.h"
 #include "common/CommandLine.h"
@@ -22,7 +23,10 @@ int main(int argc, char** argv)
     const tavix::CommandLine line = tavix::CommandLine::parse(arguments, QStringLiteral(TAVIX_VERSION));
     if (line.action == tavix::CommandLine::Action::ListCameras) {
         const tavix::LinuxVideoDevices devices;
-        std::fputs(tavix::CameraList::text(tavix::CameraList::all(devices, {})).toLocal8Bit().constData(),
+        std::fputs(tavix::CameraList::text(
+                       tavix::CameraList::all(devices, [] { return tavix::GenICamDriver::listCameras(); }))
+                       .toLocal8Bit()
+                       .constData(),
                    stdout);
         return 0;
     }
@@ -44,9 +48,9 @@ int main(int argc, char** argv)
     auto driverFactory = [asked = line.camera](tavix::AppData& data) mutable {
         const QString name = asked.isEmpty() ? data.settings.DRIVER : asked;
         asked.clear();
-        auto choice = tavix::CameraFactory::create(name, data.folder,
-                                                   [log = data.log](const QString& text) { log.write(text); },
-                                                   {data.graphPath(), data.settings.CAMERAFILTERNAME});
+        auto choice = tavix::CameraFactory::create(
+            name, data.folder, [log = data.log](const QString& text) { log.write(text); },
+            {data.graphPath(), data.settings.CAMERAFILTERNAME}, data.settings.CAMERAID);
         if (!choice.note.isEmpty())
             data.log.write(choice.note);
         data.cameraNote = choice.note;

@@ -12,13 +12,17 @@
 namespace tavix::CameraFactory {
 
 Choice create(const QString& name, const QString& programFolder, std::function<void(const QString&)> log,
-              const GraphSource& graph)
+              const GraphSource& graph, const QString& genicamSerial)
 {
     const QString wanted = name.trimmed().toLower();
     if (wanted == QLatin1String("sim"))
         return {std::make_unique<SimCamera>(), {}};
-    if (wanted == QLatin1String("genicam"))
-        return {std::make_unique<GenICamDriver>(log), {}};
+    if (wanted == QLatin1String("genicam")) {
+        // Asked for by name: worth the wait for a camera on the network.
+        auto genicam = std::make_unique<GenICamDriver>(log, genicamSerial);
+        genicam->setGigEWait(GenICamDriver::kGigEDiscovery);
+        return {std::move(genicam), {}};
+    }
     if (wanted == QLatin1String("graph"))
         return {std::make_unique<GraphDriver>(graph.path, graph.cameraFilter, std::move(log)), {}};
     auto icube = std::make_unique<ICubeDriver>(programFolder);
@@ -33,7 +37,7 @@ Choice create(const QString& name, const QString& programFolder, std::function<v
         why = QStringLiteral("No ICubeSDK camera found");
     else
         return {std::move(icube), {}};
-    auto genicam = std::make_unique<GenICamDriver>(log);
+    auto genicam = std::make_unique<GenICamDriver>(log, genicamSerial);
     if (genicam->Init() > 0)
         return {std::move(genicam), why + QStringLiteral("; using a GenICam camera")};
     why += QStringLiteral("; no GenICam camera found");

@@ -31,6 +31,6 @@ struct GraphSource {
 // test source are never taken by themselves), else the simulated camera. `log` receives what a driver reports
 // while it runs (a camera lost).
 Choice create(const QString& name, const QString& programFolder, std::function<void(const QString&)> log = {},
-              const GraphSource& graph = {});
+              const GraphSource& graph = {}, const QString& genicamSerial = {});
 
 }  // namespace tavix::CameraFactory

@@ -53,11 +53,11 @@ void GenICamDriver::useRealCameras()
     GenICamDiscovery::useFakeOnly(false);
 }
 
-std::vector<CameraChoice> GenICamDriver::listCameras()
+std::vector<CameraChoice> GenICamDriver::listCameras(std::chrono::milliseconds gigeWait)
 {
     GenICamDiscovery::startGigE();
     std::vector<CameraChoice> choices;
-    for (const GenICamDiscovery::Device& d : GenICamDiscovery::find(kGigEDiscovery))
+    for (const GenICamDiscovery::Device& d : GenICamDiscovery::find(gigeWait))
         choices.push_back({QStringLiteral("genicam"), d.serial,
                            QStringList{d.vendor, d.model}.join(QLatin1Char(' ')).simplified(), d.place});
     return choices;

@@ -92,10 +92,11 @@ public:
     static void useFakeCameraOnly();
     // Back to the buses Aravis looks on by default.
     static void useRealCameras();
-    // Every camera on the buses, after a GigE discovery of its own: driver
-    // "genicam", id the serial number, name vendor and model, place the
-    // network address or the USB port.
-    static std::vector<CameraChoice> listCameras();
+    // Every camera on the buses: driver "genicam", id the serial number, name
+    // vendor and model, place the network address or the USB port. GigE
+    // cameras are those of a discovery that ends within `gigeWait`, else of
+    // the newest one.
+    static std::vector<CameraChoice> listCameras(std::chrono::milliseconds gigeWait = kGigEDiscovery);
 
     // The serial number Init puts first (empty: the first camera found).
     void setWantedSerial(const QString& serial) { serial_ = serial; }

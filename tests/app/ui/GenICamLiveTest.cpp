@@ -38,16 +38,16 @@ TEST_F(GenICamLive, OpensTheFakeCamera_ShowsItLive_AndFreezesItsFrame)
 {
     EXPECT_TRUE(log().contains(QStringLiteral("Camera Name:Aravis Fake 1\r\n")));
     EXPECT_EQ(status(0), w->data().messages.text(40029) + QStringLiteral(": genicam"));
-    EXPECT_EQ(status(5), QStringLiteral("Resolution:2048x1536"));
+    EXPECT_EQ(status(5), QStringLiteral("Resolution:2048x2048"));
     ASSERT_TRUE(waitForLiveFrames(2));
-    EXPECT_EQ(driver->frameSize(), QSize(2048, 1536));
+    EXPECT_EQ(driver->frameSize(), QSize(2048, 2048));
 
     freeze();
 
     ASSERT_TRUE(w->camera().stillShown());
     QImage fromFile;
     ASSERT_EQ(BmpFile::read(w->data().tempBitmapPath(), fromFile), 0);
-    EXPECT_EQ(w->camera().still().size(), QSize(2048, 1536));
+    EXPECT_EQ(w->camera().still().size(), QSize(2048, 2048));
     EXPECT_EQ(w->camera().still().convertToFormat(QImage::Format_RGB32),
               fromFile.convertToFormat(QImage::Format_RGB32));
 }

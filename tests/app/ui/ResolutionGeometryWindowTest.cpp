@@ -83,9 +83,12 @@ protected:
         QTest::mouseClick(find<QPushButton>("cmdPlayStop"), Qt::LeftButton);
         ASSERT_FALSE(w->camera().stillShown());
         bool chosen = false;
+        QStringList offered;
         w->camera().setDialogRunner([&](QDialog& d) {
             d.show();
             auto* combo = d.findChild<QComboBox*>(QStringLiteral("cboResolution"));
+            for (int i = 0; i < combo->count(); ++i)
+                offered << combo->itemText(i);
             const int index = combo->findText(QLatin1String(resolution));
             if (index >= 0) {
                 combo->setCurrentIndex(index);
@@ -96,7 +99,7 @@ protected:
             return 0;
         });
         QTest::mouseClick(find<QPushButton>("cmdPinProp"), Qt::LeftButton);
-        ASSERT_TRUE(chosen) << resolution;
+        ASSERT_TRUE(chosen) << resolution << " is not among " << offered.join(QLatin1Char(' ')).toStdString();
         freezeAtOnePixelPerPixel();
         ASSERT_EQ(w->camera().still().size(), w->camera().modeSize());
     }
