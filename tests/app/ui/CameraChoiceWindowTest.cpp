@@ -1,5 +1,6 @@
 #include "DriverWindow.h"
 #include "FakeVideoDevices.h"
+#include "camera/genicam/GenICamDriver.h"
 #include "camera/graph/GraphDriver.h"
 #include "camera/sim/SimCamera.h"
 
@@ -33,6 +34,8 @@ protected:
         startNote =
             QStringLiteral("No ICubeSDK camera found; no GenICam camera found; using the simulated camera");
         ASSERT_TRUE(startWindow([this](AppData& data) -> std::unique_ptr<CameraDriver> {
+            if (data.settings.DRIVER == QLatin1String("genicam"))
+                return std::make_unique<GenICamDriver>(GenICamDriver::Log{}, data.settings.CAMERAID);
             if (data.settings.DRIVER != QLatin1String("graph")) {
                 data.cameraNote = startNote;
                 return std::make_unique<SimCamera>();
@@ -129,4 +132,21 @@ TEST_F(CameraChoiceWindow, ACameraThatDoesNotOpen_IsReported_AndTheOneInUseGoesO
     EXPECT_EQ(ini(), iniBefore);
     EXPECT_TRUE(log().contains(QStringLiteral("Camera switch: USB Microscope could not be opened")))
         << log().toStdString();
+}
+
+TEST_F(CameraChoiceWindow, ChoosingAGenICamCamera_KeepsItsSerialNumber)
+{
+    GenICamDriver::useFakeCameraOnly();
+    const QStringList items = chooseInSettings(1);
+    GenICamDriver::useRealCameras();
+
+    ASSERT_EQ(items.size(), 3);
+    EXPECT_TRUE(items[1].startsWith(QStringLiteral("Aravis Fake"))) << items[1].toStdString();
+    EXPECT_EQ(status(0), QStringLiteral("Camera: genicam"));
+    EXPECT_TRUE(waitForLiveFrames(2));
+    const QString serial = w->camera().currentCamera().id;
+    EXPECT_FALSE(serial.isEmpty());
+    EXPECT_TRUE(ini().contains(QStringLiteral("DRIVER=genicam"))) << ini().toStdString();
+    EXPECT_TRUE(ini().contains(QStringLiteral("CAMERAID=") + serial)) << ini().toStdString();
+    EXPECT_EQ(w->data().settings.CAMERAID, serial);
 }
