@@ -6,26 +6,78 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <algorithm>
+
+#ifdef __linux__
+#include <fcntl.h>
+#endif
 
 namespace tavix::SafeFile {
 
-int write(const QString& path, const QByteArray& content, const PartWrittenHook& partWritten)
+namespace {
+
+constexpr qsizetype kPiece = 1 << 20;
+
+// Starts the disk's write-back of what was just written, so that the wait at
+// the commit is for the last piece only, not for the whole file.
+void startWriteBack(QFileDevice& file, qint64 offset, qint64 size)
+{
+#ifdef __linux__
+    ::sync_file_range(file.handle(), offset, size, SYNC_FILE_RANGE_WRITE);
+#else
+    Q_UNUSED(file);
+    Q_UNUSED(offset);
+    Q_UNUSED(size);
+#endif
+}
+
+int writePieces(const QString& path, const Filler& fill, qsizetype total, const PartWrittenHook& partWritten)
 {
     QSaveFile file(path);
     // Unbuffered: Qt 6.4 loses an error of the final buffer flush and would
     // then commit a cut-off file over the old one.
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return QFileInfo(path).absoluteDir().exists() ? err::PathFileAccess : err::PathNotFound;
-    const qsizetype half = content.size() / 2;
-    bool ok = file.write(content.constData(), half) == half;
-    if (ok && partWritten)
-        partWritten();
-    ok = ok && file.write(content.constData() + half, content.size() - half) == content.size() - half;
-    if (!ok) {
-        file.cancelWriting();  // the temporary file goes, the old file stays
-        return err::DiskFull;
+    qint64 written = 0;
+    bool hookCalled = !partWritten;
+    for (;;) {
+        const Piece piece = fill();
+        if (piece.size <= 0)
+            break;
+        if (file.write(piece.data, piece.size) != piece.size) {
+            file.cancelWriting();  // the temporary file goes, the old file stays
+            return err::DiskFull;
+        }
+        startWriteBack(file, written, piece.size);
+        written += piece.size;
+        if (!hookCalled && written >= total / 2) {
+            partWritten();
+            hookCalled = true;
+        }
     }
     return file.commit() ? 0 : err::DiskFull;
+}
+
+}  // namespace
+
+int write(const QString& path, const QByteArray& content, const PartWrittenHook& partWritten)
+{
+    // The first piece is at most half the content, so that the hook sees part of it written.
+    qsizetype offset = 0;
+    const qsizetype total = content.size();
+    auto next = [&]() -> Piece {
+        const qsizetype wanted = offset == 0 ? std::min(kPiece, std::max<qsizetype>(total / 2, 1)) : kPiece;
+        const qsizetype size = std::min(wanted, total - offset);
+        const Piece piece{content.constData() + offset, size};
+        offset += size;
+        return piece;
+    };
+    return writePieces(path, next, total, partWritten);
+}
+
+int writeStreamed(const QString& path, const Filler& fill)
+{
+    return writePieces(path, fill, 0, {});
 }
 
 int writeScratch(const QString& path, const QByteArray& content)

@@ -6,6 +6,7 @@
 #include <QBuffer>
 #include <QFile>
 #include <QImageReader>
+#include <algorithm>
 #include <cstring>
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -300,22 +301,16 @@ qsizetype BmpFile::fileSize(int width, int height)
     return kHeaderSize + rowBytes(width) * height;
 }
 
-bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
-                     QByteArray& out)
-{
-    if (!bits || width <= 0 || height <= 0 || !encodable(format))
-        return false;
-    const qsizetype stride = rowBytes(width);
-    const qsizetype total = fileSize(width, height);
-    if (out.size() != total)
-        out.resize(total);
-    uchar* p = reinterpret_cast<uchar*>(out.data());  // detaches only when shared
+namespace {
 
-    std::memset(p, 0, kHeaderSize);
+void putHeader(uchar* p, int width, int height, quint32 dotsPerMeterX, quint32 dotsPerMeterY)
+{
+    const qsizetype stride = rowBytes(width);
+    std::memset(p, 0, BmpFile::kHeaderSize);
     p[0] = 'B';
     p[1] = 'M';
-    put32(p + 2, static_cast<quint32>(total));
-    put32(p + 10, kHeaderSize);
+    put32(p + 2, static_cast<quint32>(BmpFile::fileSize(width, height)));
+    put32(p + 10, BmpFile::kHeaderSize);
     put32(p + 14, 40);
     put32(p + 18, static_cast<quint32>(width));
     put32(p + 22, static_cast<quint32>(height));  // positive: bottom-up
@@ -323,14 +318,19 @@ bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPe
     put16(p + 28, 24);
     put32(p + 30, kRgb);
     put32(p + 34, static_cast<quint32>(stride * height));
-    put32(p + 38, 3780);  // 96 dpi, as Qt marks a picture without its own resolution
-    put32(p + 42, 3780);
+    put32(p + 38, dotsPerMeterX);
+    put32(p + 42, dotsPerMeterY);
+}
 
+// Rows [first, first + count) of the file (bottom-up) into dst, padded.
+void putRows(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
+             int first, int count, uchar* dst)
+{
     const RowFns& fns = rowFns();
+    const qsizetype stride = rowBytes(width);
     const qsizetype pad = stride - static_cast<qsizetype>(width) * 3;
-    for (int y = 0; y < height; ++y) {
+    for (int y = first; y < first + count; ++y, dst += stride) {
         const uchar* src = bits + static_cast<qsizetype>(height - 1 - y) * bytesPerLine;
-        uchar* dst = p + kHeaderSize + static_cast<qsizetype>(y) * stride;
         switch (format) {
             case QImage::Format_RGB888:
                 fns.swap3(src, dst, width);
@@ -345,6 +345,23 @@ bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPe
         if (pad)
             std::memset(dst + width * 3, 0, static_cast<size_t>(pad));
     }
+}
+
+constexpr quint32 kDefaultDotsPerMeter = 3780;  // 96 dpi, as Qt marks a picture without its own resolution
+
+}  // namespace
+
+bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
+                     QByteArray& out)
+{
+    if (!bits || width <= 0 || height <= 0 || !encodable(format))
+        return false;
+    const qsizetype total = fileSize(width, height);
+    if (out.size() != total)
+        out.resize(total);
+    uchar* p = reinterpret_cast<uchar*>(out.data());  // detaches only when shared
+    putHeader(p, width, height, kDefaultDotsPerMeter, kDefaultDotsPerMeter);
+    putRows(bits, width, height, bytesPerLine, format, 0, height, p + kHeaderSize);
     return true;
 }
 
@@ -366,9 +383,39 @@ bool BmpFile::encode(const QImage& image, QByteArray& out)
 
 int BmpFile::write(const QString& path, const QImage& image, QByteArray& buffer)
 {
-    if (!encode(image, buffer))
+    if (image.isNull())
         return err::InvalidCall;
-    return SafeFile::write(path, buffer);
+    if (!encodable(image.format()))
+        return write(path, image.convertToFormat(QImage::Format_RGB888), buffer);
+    // Converted a few hundred rows at a time into a buffer that stays in the
+    // cache and written from there: no buffer for the whole file to fill (its
+    // fresh pages cost more than the conversion), and the disk gets the first
+    // rows while the last are converted.
+    const int width = image.width();
+    const int height = image.height();
+    const qsizetype stride = rowBytes(width);
+    const int rowsPerPiece = static_cast<int>(std::max<qsizetype>(1, (qsizetype(1) << 18) / stride));
+    const qsizetype capacity = std::max<qsizetype>(kHeaderSize, stride * rowsPerPiece);
+    if (buffer.size() < capacity)
+        buffer.resize(capacity);
+    uchar* chunk = reinterpret_cast<uchar*>(buffer.data());
+    const bool ownResolution = image.dotsPerMeterX() > 0 && image.dotsPerMeterY() > 0;
+    int next = -1;  // -1: the header
+    return SafeFile::writeStreamed(path, [&]() -> SafeFile::Piece {
+        if (next < 0) {
+            putHeader(chunk, width, height,
+                      ownResolution ? static_cast<quint32>(image.dotsPerMeterX()) : kDefaultDotsPerMeter,
+                      ownResolution ? static_cast<quint32>(image.dotsPerMeterY()) : kDefaultDotsPerMeter);
+            next = 0;
+            return {reinterpret_cast<const char*>(chunk), kHeaderSize};
+        }
+        const int count = std::min(rowsPerPiece, height - next);
+        if (count <= 0)
+            return {};
+        putRows(image.constBits(), width, height, image.bytesPerLine(), image.format(), next, count, chunk);
+        next += count;
+        return {reinterpret_cast<const char*>(chunk), stride * count};
+    });
 }
 
 int BmpFile::write(const QString& path, const QImage& image)
