@@ -7,8 +7,10 @@
 
 namespace tavix::bench {
 
-// Times our path and its baseline alternately, once each per iteration, so
-// that both see the same load. The iteration time is ours; the counters are
+// Times our path and its baseline alternately, once each per iteration and
+// each first in every other iteration, so that both see the same load and
+// neither always pays for what the other left behind (dirty pages, a cold
+// cache). The iteration time is ours; the counters are
 // the medians in milliseconds (ours_ms, base_ms) and their ratio, which
 // scripts/bench.sh puts in its table.
 template <class Ours, class Baseline>
@@ -17,15 +19,25 @@ void timeAgainstBaseline(benchmark::State& state, Ours&& ours, Baseline&& baseli
     using Clock = std::chrono::steady_clock;
     std::vector<double> oursMs, baseMs;
     auto ms = [](Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); };
-    for (auto _ : state) {
+    bool baselineFirst = true;
+    auto timed = [](auto& f) {
         const auto t0 = Clock::now();
-        baseline();
-        const auto t1 = Clock::now();
-        ours();
-        const auto t2 = Clock::now();
-        baseMs.push_back(ms(t1 - t0));
-        oursMs.push_back(ms(t2 - t1));
-        state.SetIterationTime(std::chrono::duration<double>(t2 - t1).count());
+        f();
+        return Clock::now() - t0;
+    };
+    for (auto _ : state) {
+        Clock::duration base{}, our{};
+        if (baselineFirst) {
+            base = timed(baseline);
+            our = timed(ours);
+        } else {
+            our = timed(ours);
+            base = timed(baseline);
+        }
+        baselineFirst = !baselineFirst;
+        baseMs.push_back(ms(base));
+        oursMs.push_back(ms(our));
+        state.SetIterationTime(std::chrono::duration<double>(our).count());
     }
     auto median = [](std::vector<double>& v) {
         if (v.empty())

@@ -37,7 +37,8 @@ void ExecToWindow(benchmark::State& state)
         timer.start();
         program.start(QStringLiteral(TAVIX_BINARY), arguments);
         QByteArray output;
-        while (!output.contains("shown") && timer.elapsed() < 20000 && program.state() != QProcess::NotRunning) {
+        while (!output.contains("shown") && timer.elapsed() < 20000 &&
+               program.state() != QProcess::NotRunning) {
             program.waitForReadyRead(100);
             output += program.readAllStandardOutput();
         }

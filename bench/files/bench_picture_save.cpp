@@ -130,8 +130,9 @@ void BmpSave_SavePicture(benchmark::State& state)
                      PictureFiles::savePicture(request).outcome != PictureFiles::SaveResult::Outcome::Written;
         },
         [&] {
-            failed = failed || !writeSyncRename(path, reinterpret_cast<const unsigned char*>(bytes.constData()),
-                                                static_cast<size_t>(bytes.size()));
+            failed =
+                failed || !writeSyncRename(path, reinterpret_cast<const unsigned char*>(bytes.constData()),
+                                           static_cast<size_t>(bytes.size()));
         });
     if (failed)
         state.SkipWithError("the picture could not be saved");

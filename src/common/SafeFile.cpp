@@ -6,54 +6,28 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <algorithm>
-
-#ifdef __linux__
-#include <fcntl.h>
-#endif
 
 namespace tavix::SafeFile {
 
 namespace {
 
-constexpr qsizetype kPiece = 1 << 20;
-
-// Starts the disk's write-back of what was just written, so that the wait at
-// the commit is for the last piece only, not for the whole file.
-void startWriteBack(QFileDevice& file, qint64 offset, qint64 size)
-{
-#ifdef __linux__
-    ::sync_file_range(file.handle(), offset, size, SYNC_FILE_RANGE_WRITE);
-#else
-    Q_UNUSED(file);
-    Q_UNUSED(offset);
-    Q_UNUSED(size);
-#endif
-}
-
-int writePieces(const QString& path, const Filler& fill, qsizetype total, const PartWrittenHook& partWritten)
+// Writes the pieces `fill` gives until it gives none; the hook runs after the first.
+int writePieces(const QString& path, const Filler& fill, const PartWrittenHook& partWritten)
 {
     QSaveFile file(path);
     // Unbuffered: Qt 6.4 loses an error of the final buffer flush and would
     // then commit a cut-off file over the old one.
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return QFileInfo(path).absoluteDir().exists() ? err::PathFileAccess : err::PathNotFound;
-    qint64 written = 0;
-    bool hookCalled = !partWritten;
-    for (;;) {
-        const Piece piece = fill();
-        if (piece.size <= 0)
-            break;
+    bool first = true;
+    for (Piece piece = fill(); piece.data; piece = fill()) {
         if (file.write(piece.data, piece.size) != piece.size) {
             file.cancelWriting();  // the temporary file goes, the old file stays
             return err::DiskFull;
         }
-        startWriteBack(file, written, piece.size);
-        written += piece.size;
-        if (!hookCalled && written >= total / 2) {
+        if (first && partWritten)
             partWritten();
-            hookCalled = true;
-        }
+        first = false;
     }
     return file.commit() ? 0 : err::DiskFull;
 }
@@ -62,22 +36,25 @@ int writePieces(const QString& path, const Filler& fill, qsizetype total, const 
 
 int write(const QString& path, const QByteArray& content, const PartWrittenHook& partWritten)
 {
-    // The first piece is at most half the content, so that the hook sees part of it written.
-    qsizetype offset = 0;
-    const qsizetype total = content.size();
+    // In two halves, so that the hook sees part of the content written.
+    const qsizetype half = content.size() / 2;
+    int piece = 0;
     auto next = [&]() -> Piece {
-        const qsizetype wanted = offset == 0 ? std::min(kPiece, std::max<qsizetype>(total / 2, 1)) : kPiece;
-        const qsizetype size = std::min(wanted, total - offset);
-        const Piece piece{content.constData() + offset, size};
-        offset += size;
-        return piece;
+        switch (piece++) {
+            case 0:
+                return {content.constData(), half};
+            case 1:
+                return {content.constData() + half, content.size() - half};
+            default:
+                return {};
+        }
     };
-    return writePieces(path, next, total, partWritten);
+    return writePieces(path, next, partWritten);
 }
 
 int writeStreamed(const QString& path, const Filler& fill)
 {
-    return writePieces(path, fill, 0, {});
+    return writePieces(path, fill, {});
 }
 
 int writeScratch(const QString& path, const QByteArray& content)

@@ -18,8 +18,8 @@ int write(const QString& path, const QByteArray& content, const PartWrittenHook&
 
 // The same safe write for content made piece by piece (a large picture
 // converted row by row, without a buffer for the whole file): `fill` returns
-// the next piece, which stays valid until the next call, or an empty one at
-// the end.
+// the next piece, which stays valid until the next call, or one without data
+// at the end.
 struct Piece {
     const char* data = nullptr;
     qsizetype size = 0;
