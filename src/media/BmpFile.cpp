@@ -242,7 +242,9 @@ Parse parse(const uchar* data, qsizetype size, Layout& l)
 }
 
 // Decodes into `image`, reusing its buffer when it fits.
-bool decodeInto(const uchar* data, qsizetype size, QImage& image)
+// asStored: a 24-bit file's rows are copied as they are (blue first) into a
+// Format_BGR888 picture instead of being swapped into RGB888.
+bool decodeInto(const uchar* data, qsizetype size, QImage& image, bool asStored = false)
 {
     Layout l;
     switch (parse(data, size, l)) {
@@ -259,8 +261,9 @@ bool decodeInto(const uchar* data, qsizetype size, QImage& image)
             break;
     }
 
+    const QImage::Format rgb24 = asStored ? QImage::Format_BGR888 : QImage::Format_RGB888;
     const QImage::Format format =
-        l.bits == 24 ? QImage::Format_RGB888 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+        l.bits == 24 ? rgb24 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     QImage target;
     if (image.width() == l.width && image.height() == l.height && image.format() == format &&
         image.isDetached())
@@ -275,7 +278,9 @@ bool decodeInto(const uchar* data, qsizetype size, QImage& image)
     for (int y = 0; y < l.height; ++y) {
         const uchar* src = pixels + static_cast<qsizetype>(l.topDown ? y : l.height - 1 - y) * l.stride;
         uchar* dst = target.scanLine(y);
-        if (l.bits == 24) {
+        if (l.bits == 24 && asStored) {
+            std::memcpy(dst, src, static_cast<size_t>(l.width) * 3);
+        } else if (l.bits == 24) {
             fns.swap3(src, dst, l.width);
         } else if (l.alpha) {
             std::memcpy(dst, src, static_cast<size_t>(l.width) * 4);
@@ -437,7 +442,9 @@ QImage BmpFile::decode(const QByteArray& bytes)
     return decode(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size());
 }
 
-int BmpFile::read(const QString& path, QImage& image)
+namespace {
+
+int readFile(const QString& path, QImage& image, bool asStored)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -445,16 +452,28 @@ int BmpFile::read(const QString& path, QImage& image)
     const qint64 size = file.size();
     // Mapped, the file's pages are read straight into the picture.
     if (uchar* mapped = size > 0 ? file.map(0, size) : nullptr) {
-        const bool ok = decodeInto(mapped, static_cast<qsizetype>(size), image);
+        const bool ok = decodeInto(mapped, static_cast<qsizetype>(size), image, asStored);
         file.unmap(mapped);
-        return ok ? 0 : kInvalidPicture;
+        return ok ? 0 : BmpFile::kInvalidPicture;
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return err::FileNotFound;
-    return decodeInto(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), image)
+    return decodeInto(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), image, asStored)
                ? 0
-               : kInvalidPicture;
+               : BmpFile::kInvalidPicture;
+}
+
+}  // namespace
+
+int BmpFile::read(const QString& path, QImage& image)
+{
+    return readFile(path, image, false);
+}
+
+int BmpFile::readAsStored(const QString& path, QImage& image)
+{
+    return readFile(path, image, true);
 }
 
 }  // namespace tavix
