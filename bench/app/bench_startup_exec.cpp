@@ -2,24 +2,16 @@
 // camera driver chosen by DRIVER=auto on this machine (no camera attached)
 // and with --camera sim. The program prints "shown" and ends when
 // TAVIX_QUIT_WHEN_SHOWN is set.
+#include "ProgramFolderBench.h"
+
 #include <benchmark/benchmark.h>
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 
 namespace {
 
-QString programFolder()
-{
-    static QTemporaryDir dir;
-    const QDir source(QStringLiteral(TAVIX_SOURCE_DATA_DIR));
-    for (const QString& name : source.entryList(QDir::Files))
-        QFile::copy(source.filePath(name), dir.filePath(name));
-    return dir.path();
-}
+using tavix::bench::programFolder;
 
 void ExecToWindow(benchmark::State& state)
 {

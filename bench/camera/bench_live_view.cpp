@@ -5,6 +5,7 @@
 // - freeze: the camera's bitmap written and read back into the still;
 // - start-up: from the main window's load to the first live frame painted.
 #include "BaselineRatio.h"
+#include "ProgramFolderBench.h"
 #include "ScriptedPrompterBench.h"
 #include "SimFrameBench.h"
 #include "app/frmMain.h"
@@ -40,6 +41,7 @@ QImage fullFrame()
     return bench::simFrame(kMode);
 }
 
+using bench::programFolder;
 using bench::viewOf;
 
 // Our display path for one frame: handed over, scaled into the view's
@@ -200,15 +202,6 @@ void FreezeWriteAndRead(benchmark::State& state)
     }
 }
 BENCHMARK(FreezeWriteAndRead)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-QString programFolder()
-{
-    static QTemporaryDir dir;
-    const QDir source(QStringLiteral(TAVIX_SOURCE_DATA_DIR));
-    for (const QString& name : source.entryList(QDir::Files))
-        QFile::copy(source.filePath(name), dir.filePath(name));
-    return dir.path();
-}
 
 frmMain::DriverFactory simAtFullSize()
 {

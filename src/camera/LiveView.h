@@ -17,6 +17,9 @@ namespace tavix {
 // the ready buffer; the user-interface thread takes the ready buffer when it
 // paints. A frame that arrives before the previous one was shown replaces it:
 // nothing queues up, and no buffer is allocated while the size stays the same.
+// A driver hands its frame as the camera delivered it, unconverted: YUYV and
+// Bayer frames with FrameView::raw set (ViewScaler reads them, a Bayer cell
+// giving one shown pixel), so that nothing the view does not show is converted.
 class LiveView : public FrameSink {
 public:
     struct Counters {
