@@ -102,7 +102,7 @@ TEST(LiveView, Frame_AveragesNeighbouringSamples)
 TEST(LiveView, FrameInAFormatTheScalerDoesNotRead_IsConvertedAndShown)
 {
     QImage source(16, 16, QImage::Format_RGB16);
-    source.fill(qRgb(255, 0, 0));
+    source.fill(QColor(255, 0, 0));
     FrameView f;
     f.bits = source.constBits();
     f.width = 16;
