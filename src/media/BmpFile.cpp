@@ -392,14 +392,15 @@ int BmpFile::write(const QString& path, const QImage& image, QByteArray& buffer)
         return err::InvalidCall;
     if (!encodable(image.format()))
         return write(path, image.convertToFormat(QImage::Format_RGB888), buffer);
-    // Converted a few hundred rows at a time into a buffer that stays in the
-    // cache and written from there: no buffer for the whole file to fill (its
-    // fresh pages cost more than the conversion), and the disk gets the first
-    // rows while the last are converted.
+    // Converted about a megabyte at a time into one buffer and written from
+    // there: no buffer for the whole file to fill, whose fresh pages cost more
+    // than the conversion. Just under the size from which the C library gives
+    // a block pages of its own, so that the buffer comes from its heap.
+    constexpr qsizetype kPieceBytes = (qsizetype(1) << 20) - (qsizetype(1) << 16);
     const int width = image.width();
     const int height = image.height();
     const qsizetype stride = rowBytes(width);
-    const int rowsPerPiece = static_cast<int>(std::max<qsizetype>(1, (qsizetype(1) << 18) / stride));
+    const int rowsPerPiece = static_cast<int>(std::max<qsizetype>(1, kPieceBytes / stride));
     const qsizetype capacity = std::max<qsizetype>(kHeaderSize, stride * rowsPerPiece);
     if (buffer.size() < capacity)
         buffer.resize(capacity);
