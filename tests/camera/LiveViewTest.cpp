@@ -1,3 +1,4 @@
+#include "FrameViewOf.h"
 #include "camera/LiveView.h"
 
 #include <gtest/gtest.h>
@@ -103,15 +104,9 @@ TEST(LiveView, FrameInAFormatTheScalerDoesNotRead_IsConvertedAndShown)
 {
     QImage source(16, 16, QImage::Format_RGB16);
     source.fill(QColor(255, 0, 0));
-    FrameView f;
-    f.bits = source.constBits();
-    f.width = 16;
-    f.height = 16;
-    f.bytesPerLine = source.bytesPerLine();
-    f.format = source.format();
     LiveView view;
     view.setDisplaySize(QSize(8, 8));
-    view.frameReady(f);
+    view.frameReady(test::frameViewOf(source));
     const QImage* shown = view.takeFrame();
     ASSERT_NE(shown, nullptr);
     EXPECT_EQ(shown->pixel(3, 3), qRgb(255, 0, 0));

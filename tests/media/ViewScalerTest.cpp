@@ -1,3 +1,4 @@
+#include "FrameViewOf.h"
 #include "media/ViewScaler.h"
 
 #include <gtest/gtest.h>
@@ -256,14 +257,8 @@ TEST(ViewScaler, UnreadableFrames_AreRefused_AndLeaveThePictureAlone)
     out.fill(Qt::magenta);
     ViewScaler scaler;
     EXPECT_FALSE(scaler.scale(odd.view, out));
-    QImage rgb16(8, 8, QImage::Format_RGB16);
-    FrameView f;
-    f.bits = rgb16.constBits();
-    f.width = 8;
-    f.height = 8;
-    f.bytesPerLine = rgb16.bytesPerLine();
-    f.format = rgb16.format();
-    EXPECT_FALSE(scaler.scale(f, out));
+    const QImage rgb16(8, 8, QImage::Format_RGB16);
+    EXPECT_FALSE(scaler.scale(test::frameViewOf(rgb16), out));
     QImage wrongTarget(4, 2, QImage::Format_RGB888);
     EXPECT_FALSE(scaler.scale(Frame(kLayouts[1], 8, 4, 2).view, wrongTarget));
     EXPECT_EQ(out.pixel(1, 1), QColor(Qt::magenta).rgb());
