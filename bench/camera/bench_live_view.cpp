@@ -14,6 +14,7 @@
 #include "camera/ui/CameraPanel.h"
 #include "common/Clock.h"
 #include "media/BmpFile.h"
+#include "media/FrameViewOf.h"
 
 #include <benchmark/benchmark.h>
 #include <gst/app/gstappsink.h>
@@ -42,7 +43,6 @@ QImage fullFrame()
 }
 
 using bench::programFolder;
-using bench::viewOf;
 
 // Our display path for one frame: handed over, scaled into the view's
 // buffer, taken and painted into the window.
@@ -53,7 +53,7 @@ struct OurDisplay {
     }
     void operator()()
     {
-        view.frameReady(viewOf(frame));
+        view.frameReady(frameViewOf(frame));
         QPainter painter(&window);
         painter.drawImage(0, 0, *view.takeFrame());
     }

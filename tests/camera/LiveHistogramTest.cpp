@@ -1,5 +1,5 @@
-#include "FrameViewOf.h"
 #include "camera/LiveHistogram.h"
+#include "media/FrameViewOf.h"
 
 #include "camera/LiveView.h"
 #include "common/Clock.h"
@@ -10,8 +10,6 @@
 using namespace tavix;
 
 namespace {
-
-using test::frameViewOf;
 
 QImage filled(int width, int height, int level)
 {

@@ -1,5 +1,5 @@
-#include "FrameViewOf.h"
 #include "camera/LiveView.h"
+#include "media/FrameViewOf.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -106,7 +106,7 @@ TEST(LiveView, FrameInAFormatTheScalerDoesNotRead_IsConvertedAndShown)
     source.fill(QColor(255, 0, 0));
     LiveView view;
     view.setDisplaySize(QSize(8, 8));
-    view.frameReady(test::frameViewOf(source));
+    view.frameReady(frameViewOf(source));
     const QImage* shown = view.takeFrame();
     ASSERT_NE(shown, nullptr);
     EXPECT_EQ(shown->pixel(3, 3), qRgb(255, 0, 0));

@@ -1,4 +1,4 @@
-#include "FrameViewOf.h"
+#include "media/FrameViewOf.h"
 #include "media/ViewScaler.h"
 
 #include <gtest/gtest.h>
@@ -258,7 +258,7 @@ TEST(ViewScaler, UnreadableFrames_AreRefused_AndLeaveThePictureAlone)
     ViewScaler scaler;
     EXPECT_FALSE(scaler.scale(odd.view, out));
     const QImage rgb16(8, 8, QImage::Format_RGB16);
-    EXPECT_FALSE(scaler.scale(test::frameViewOf(rgb16), out));
+    EXPECT_FALSE(scaler.scale(frameViewOf(rgb16), out));
     QImage wrongTarget(4, 2, QImage::Format_RGB888);
     EXPECT_FALSE(scaler.scale(Frame(kLayouts[1], 8, 4, 2).view, wrongTarget));
     EXPECT_EQ(out.pixel(1, 1), QColor(Qt::magenta).rgb());

@@ -4,7 +4,7 @@
 
 #include <QImage>
 
-namespace tavix::test {
+namespace tavix {
 
 // A picture as the frame a driver hands over, in the picture's own format.
 inline FrameView frameViewOf(const QImage& image)
@@ -18,4 +18,4 @@ inline FrameView frameViewOf(const QImage& image)
     return f;
 }
 
-}  // namespace tavix::test
+}  // namespace tavix
