@@ -1,7 +1,6 @@
 #pragma once
 
 #include "camera/sim/SimCamera.h"
-#include "media/FrameView.h"
 
 #include <QImage>
 #include <map>
@@ -24,18 +23,6 @@ inline const QImage& simFrame(int mode)
         found = frames.emplace(mode, sim.renderFrame().convertToFormat(QImage::Format_RGB888)).first;
     }
     return found->second;
-}
-
-// A picture as the frame a driver hands to its sink.
-inline FrameView viewOf(const QImage& image)
-{
-    FrameView v;
-    v.bits = image.constBits();
-    v.width = image.width();
-    v.height = image.height();
-    v.bytesPerLine = image.bytesPerLine();
-    v.format = image.format();
-    return v;
 }
 
 }  // namespace tavix::bench

@@ -10,6 +10,7 @@
 #include "camera/LiveHistogram.h"
 #include "camera/LiveView.h"
 #include "common/Clock.h"
+#include "media/FrameViewOf.h"
 #include "media/Histogram.h"
 
 #include <benchmark/benchmark.h>
@@ -29,8 +30,6 @@ const QImage& fullFrame()
     return bench::simFrame(kMode);
 }
 
-using bench::viewOf;
-
 void MemcpyOfOneFrame(benchmark::State& state)
 {
     const QImage& frame = fullFrame();
@@ -44,7 +43,7 @@ BENCHMARK(MemcpyOfOneFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void LiveViewScaleOneFrame(benchmark::State& state)
 {
-    const FrameView frame = viewOf(fullFrame());
+    const FrameView frame = frameViewOf(fullFrame());
     LiveView view;
     view.setDisplaySize(kView);
     for (auto _ : state) {
@@ -56,7 +55,7 @@ BENCHMARK(LiveViewScaleOneFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void HistogramOfTheLiveSample(benchmark::State& state)
 {
-    const FrameView frame = viewOf(fullFrame());
+    const FrameView frame = frameViewOf(fullFrame());
     const int step = Histogram::stepFor({frame.width, frame.height}, LiveHistogram::kSampleBudget);
     for (auto _ : state)
         benchmark::DoNotOptimize(Histogram::of(frame, step));
@@ -67,7 +66,7 @@ BENCHMARK(HistogramOfTheLiveSample)->Unit(benchmark::kMillisecond)->UseRealTime(
 // Per camera frame: most frames pass after a clock reading, one in 7 or 8 is counted.
 void LiveHistogramPerFrameAt30Fps(benchmark::State& state)
 {
-    const FrameView frame = viewOf(fullFrame());
+    const FrameView frame = frameViewOf(fullFrame());
     ManualClock clock;
     LiveHistogram live(clock);
     live.setNotifier([] {});
@@ -84,7 +83,7 @@ BENCHMARK(LiveHistogramPerFrameAt30Fps)->Unit(benchmark::kMillisecond)->UseRealT
 
 void HistogramOfEveryPixel(benchmark::State& state)
 {
-    const FrameView frame = viewOf(fullFrame());
+    const FrameView frame = frameViewOf(fullFrame());
     for (auto _ : state)
         benchmark::DoNotOptimize(Histogram::of(frame));
 }

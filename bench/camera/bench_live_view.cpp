@@ -4,6 +4,8 @@
 // - frames produced, shown and replaced per second at 30 fps;
 // - freeze: the camera's bitmap written and read back into the still;
 // - start-up: from the main window's load to the first live frame painted.
+#include "BaselineRatio.h"
+#include "ProgramFolderBench.h"
 #include "ScriptedPrompterBench.h"
 #include "SimFrameBench.h"
 #include "app/frmMain.h"
@@ -12,8 +14,12 @@
 #include "camera/ui/CameraPanel.h"
 #include "common/Clock.h"
 #include "media/BmpFile.h"
+#include "media/FrameViewOf.h"
 
 #include <benchmark/benchmark.h>
+#include <gst/app/gstappsink.h>
+#include <gst/app/gstappsrc.h>
+#include <gst/gst.h>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -36,32 +42,110 @@ QImage fullFrame()
     return bench::simFrame(kMode);
 }
 
-using bench::viewOf;
+using bench::programFolder;
 
-void MemcpyOfOneFrame(benchmark::State& state)
-{
-    const QImage frame = fullFrame();
-    std::vector<uchar> target(static_cast<size_t>(frame.sizeInBytes()));
-    for (auto _ : state) {
-        std::memcpy(target.data(), frame.constBits(), target.size());
-        benchmark::ClobberMemory();
+// Our display path for one frame: handed over, scaled into the view's
+// buffer, taken and painted into the window.
+struct OurDisplay {
+    explicit OurDisplay(const QImage& frame) : frame(frame), window(kView, QImage::Format_RGB32)
+    {
+        view.setDisplaySize(kView);
     }
-}
-BENCHMARK(MemcpyOfOneFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-void DisplayOneFrame(benchmark::State& state)
-{
-    const QImage frame = fullFrame();
-    LiveView view;
-    view.setDisplaySize(kView);
-    QImage window(kView, QImage::Format_RGB32);
-    for (auto _ : state) {
-        view.frameReady(viewOf(frame));
+    void operator()()
+    {
+        view.frameReady(frameViewOf(frame));
         QPainter painter(&window);
         painter.drawImage(0, 0, *view.takeFrame());
     }
+    const QImage& frame;
+    LiveView view;
+    QImage window;
+};
+
+// Against one memcpy of the camera frame.
+void DisplayOneFrame(benchmark::State& state)
+{
+    const QImage frame = fullFrame();
+    std::vector<uchar> target(static_cast<size_t>(frame.sizeInBytes()));
+    OurDisplay ours(frame);
+    bench::timeAgainstBaseline(state, ours, [&] {
+        std::memcpy(target.data(), frame.constBits(), target.size());
+        benchmark::ClobberMemory();
+    });
 }
-BENCHMARK(DisplayOneFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(DisplayOneFrame)->Unit(benchmark::kMillisecond)->UseManualTime();
+
+// GStreamer's own display path on the same frames: scaled to the view's size
+// and converted to the window's pixel layout, then handed to a sink (an
+// application sink here, so that each frame is waited for; a window sink
+// would add the same blit as our painter does).
+class GStreamerDisplay {
+public:
+    explicit GStreamerDisplay(const QImage& frame) : frame_(frame)
+    {
+        const QString description =
+            QStringLiteral(
+                "appsrc name=src format=time caps=video/x-raw,format=RGB,width=%1,height=%2,framerate=30/1 ! "
+                "videoscale ! video/x-raw,width=%3,height=%4 ! videoconvert ! video/x-raw,format=BGRx ! "
+                "appsink name=sink sync=false max-buffers=1")
+                .arg(frame.width())
+                .arg(frame.height())
+                .arg(kView.width())
+                .arg(kView.height());
+        GError* error = nullptr;
+        pipeline_ = gst_parse_launch(description.toUtf8().constData(), &error);
+        if (error) {
+            g_error_free(error);
+            return;
+        }
+        src_ = gst_bin_get_by_name(GST_BIN(pipeline_), "src");
+        sink_ = gst_bin_get_by_name(GST_BIN(pipeline_), "sink");
+        gst_element_set_state(pipeline_, GST_STATE_PLAYING);
+    }
+    ~GStreamerDisplay()
+    {
+        if (!pipeline_)
+            return;
+        gst_element_set_state(pipeline_, GST_STATE_NULL);
+        gst_object_unref(src_);
+        gst_object_unref(sink_);
+        gst_object_unref(pipeline_);
+    }
+    bool ok() const { return src_ && sink_; }
+    void operator()()
+    {
+        // The frame's memory is lent, not copied, as a camera's would be.
+        GstBuffer* buffer =
+            gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, const_cast<uchar*>(frame_.constBits()),
+                                        static_cast<gsize>(frame_.sizeInBytes()), 0,
+                                        static_cast<gsize>(frame_.sizeInBytes()), nullptr, nullptr);
+        GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(frames_++) * GST_SECOND / 30;
+        gst_app_src_push_buffer(GST_APP_SRC(src_), buffer);
+        if (GstSample* sample = gst_app_sink_pull_sample(GST_APP_SINK(sink_)))
+            gst_sample_unref(sample);
+    }
+
+private:
+    const QImage& frame_;
+    GstElement* pipeline_ = nullptr;
+    GstElement* src_ = nullptr;
+    GstElement* sink_ = nullptr;
+    std::uint64_t frames_ = 0;
+};
+
+// Ours against GStreamer's, frame for frame in the same run.
+void DisplayOneFrameVsGStreamer(benchmark::State& state)
+{
+    const QImage frame = fullFrame();  // RGB888 with rows of 2592 * 3 bytes: no padding
+    GStreamerDisplay peer(frame);
+    if (!peer.ok()) {
+        state.SkipWithError("the GStreamer pipeline could not be built");
+        return;
+    }
+    OurDisplay ours(frame);
+    bench::timeAgainstBaseline(state, ours, peer);
+}
+BENCHMARK(DisplayOneFrameVsGStreamer)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 // Three seconds of streaming; a consumer paints at up to 60 Hz like a screen.
 void StreamAt30Fps(benchmark::State& state)
@@ -118,15 +202,6 @@ void FreezeWriteAndRead(benchmark::State& state)
     }
 }
 BENCHMARK(FreezeWriteAndRead)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-QString programFolder()
-{
-    static QTemporaryDir dir;
-    const QDir source(QStringLiteral(TAVIX_SOURCE_DATA_DIR));
-    for (const QString& name : source.entryList(QDir::Files))
-        QFile::copy(source.filePath(name), dir.filePath(name));
-    return dir.path();
-}
 
 frmMain::DriverFactory simAtFullSize()
 {
@@ -190,6 +265,7 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
+    gst_init(nullptr, nullptr);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QScreen>
+#include <QTimer>
 #include <cstdio>
 
 int main(int argc, char** argv)
@@ -66,6 +67,14 @@ int main(int argc, char** argv)
         window.resize(window.minimumSize().expandedTo(room.boundedTo(QSize(1600, 1000))));
     }
     window.show();
+    // For the start-up bench: says when the window is up, and ends.
+    if (qEnvironmentVariableIsSet("TAVIX_QUIT_WHEN_SHOWN"))
+        QTimer::singleShot(0, &app, [&window] {
+            window.setConfirmOnClose(false);
+            std::puts("shown");
+            std::fflush(stdout);
+            QCoreApplication::quit();
+        });
     // A picture named on the command line (opened from a file manager) comes up as the still.
     if (!line.picture.isEmpty())
         window.openPicture(line.picture);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/CameraDriver.h"
+#include "media/ViewScaler.h"
 
 #include <QImage>
 #include <QSize>
@@ -8,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
-#include <vector>
 
 namespace tavix {
 
@@ -17,6 +17,9 @@ namespace tavix {
 // the ready buffer; the user-interface thread takes the ready buffer when it
 // paints. A frame that arrives before the previous one was shown replaces it:
 // nothing queues up, and no buffer is allocated while the size stays the same.
+// A driver hands its frame as the camera delivered it, unconverted: YUYV and
+// Bayer frames with FrameView::raw set (ViewScaler reads them, a Bayer cell
+// giving one shown pixel), so that nothing the view does not show is converted.
 class LiveView : public FrameSink {
 public:
     struct Counters {
@@ -48,16 +51,13 @@ public:
 
     Counters counters() const;
 
-    // Scales a frame into dst (RGB32) by averaging a 2x2 sample around each
-    // target pixel's source position. offsets are reused between calls.
-    static void scaleInto(const FrameView& frame, QImage& dst, std::vector<int>& xOffsets);
-
 private:
     mutable std::mutex mutex_;
-    QImage back_;   // driver thread only
-    QImage ready_;  // under the mutex
-    QImage front_;  // user-interface thread only
-    std::vector<int> xOffsets_;
+    QImage back_;        // driver thread only
+    QImage ready_;       // under the mutex
+    QImage front_;       // user-interface thread only
+    ViewScaler scaler_;  // driver thread only
+    QImage converted_;   // a frame in a layout the scaler does not read, as RGB32
     QSize size_;
     bool readyFresh_ = false;
     Counters counters_;

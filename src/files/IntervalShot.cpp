@@ -46,7 +46,7 @@ IntervalShot::Outcome IntervalShot::save(const Job& job)
     for (int attempt = 0; attempt < kReadAttempts && !read; ++attempt) {
         if (attempt > 0 || driver_.savesInBackground())
             clock_.sleepMs(job.stillWaitMs);
-        read = BmpFile::read(written, picture_) == 0;
+        read = BmpFile::readAsStored(written, picture_) == 0;
     }
     if (!read)
         return cameraFailed(QStringLiteral("Error:IS_DrawCrossLine FileCheck Error."));
@@ -67,14 +67,16 @@ IntervalShot::Outcome IntervalShot::saveStill(const QImage& still, const Job& jo
 
 void IntervalShot::drawCrosses(QImage& picture, const Crosses& crosses)
 {
-    if (picture.format() != QImage::Format_RGB888 && picture.format() != QImage::Format_RGB32)
+    const QImage::Format format = picture.format();
+    if (format != QImage::Format_RGB888 && format != QImage::Format_BGR888 && format != QImage::Format_RGB32)
         picture = picture.convertToFormat(QImage::Format_RGB888);
     const int w = picture.width();
     const int h = picture.height();
     const QRgb rgb = crosses.color.rgb();
-    const uchar c[3] = {static_cast<uchar>(qRed(rgb)), static_cast<uchar>(qGreen(rgb)),
-                        static_cast<uchar>(qBlue(rgb))};
-    const bool packed = picture.format() == QImage::Format_RGB888;
+    const bool bgr = picture.format() == QImage::Format_BGR888;
+    const uchar c[3] = {static_cast<uchar>(bgr ? qBlue(rgb) : qRed(rgb)), static_cast<uchar>(qGreen(rgb)),
+                        static_cast<uchar>(bgr ? qRed(rgb) : qBlue(rgb))};
+    const bool packed = picture.format() != QImage::Format_RGB32;
     auto set = [&](int x, int y) {
         uchar* p = picture.scanLine(y);
         if (packed)

@@ -6,6 +6,7 @@
 #include <QBuffer>
 #include <QFile>
 #include <QImageReader>
+#include <algorithm>
 #include <cstring>
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -241,7 +242,9 @@ Parse parse(const uchar* data, qsizetype size, Layout& l)
 }
 
 // Decodes into `image`, reusing its buffer when it fits.
-bool decodeInto(const uchar* data, qsizetype size, QImage& image)
+// asStored: a 24-bit file's rows are copied as they are (blue first) into a
+// Format_BGR888 picture instead of being swapped into RGB888.
+bool decodeInto(const uchar* data, qsizetype size, QImage& image, bool asStored = false)
 {
     Layout l;
     switch (parse(data, size, l)) {
@@ -258,8 +261,9 @@ bool decodeInto(const uchar* data, qsizetype size, QImage& image)
             break;
     }
 
+    const QImage::Format rgb24 = asStored ? QImage::Format_BGR888 : QImage::Format_RGB888;
     const QImage::Format format =
-        l.bits == 24 ? QImage::Format_RGB888 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+        l.bits == 24 ? rgb24 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     QImage target;
     if (image.width() == l.width && image.height() == l.height && image.format() == format &&
         image.isDetached())
@@ -274,7 +278,9 @@ bool decodeInto(const uchar* data, qsizetype size, QImage& image)
     for (int y = 0; y < l.height; ++y) {
         const uchar* src = pixels + static_cast<qsizetype>(l.topDown ? y : l.height - 1 - y) * l.stride;
         uchar* dst = target.scanLine(y);
-        if (l.bits == 24) {
+        if (l.bits == 24 && asStored) {
+            std::memcpy(dst, src, static_cast<size_t>(l.width) * 3);
+        } else if (l.bits == 24) {
             fns.swap3(src, dst, l.width);
         } else if (l.alpha) {
             std::memcpy(dst, src, static_cast<size_t>(l.width) * 4);
@@ -300,22 +306,16 @@ qsizetype BmpFile::fileSize(int width, int height)
     return kHeaderSize + rowBytes(width) * height;
 }
 
-bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
-                     QByteArray& out)
-{
-    if (!bits || width <= 0 || height <= 0 || !encodable(format))
-        return false;
-    const qsizetype stride = rowBytes(width);
-    const qsizetype total = fileSize(width, height);
-    if (out.size() != total)
-        out.resize(total);
-    uchar* p = reinterpret_cast<uchar*>(out.data());  // detaches only when shared
+namespace {
 
-    std::memset(p, 0, kHeaderSize);
+void putHeader(uchar* p, int width, int height, quint32 dotsPerMeterX, quint32 dotsPerMeterY)
+{
+    const qsizetype stride = rowBytes(width);
+    std::memset(p, 0, BmpFile::kHeaderSize);
     p[0] = 'B';
     p[1] = 'M';
-    put32(p + 2, static_cast<quint32>(total));
-    put32(p + 10, kHeaderSize);
+    put32(p + 2, static_cast<quint32>(BmpFile::fileSize(width, height)));
+    put32(p + 10, BmpFile::kHeaderSize);
     put32(p + 14, 40);
     put32(p + 18, static_cast<quint32>(width));
     put32(p + 22, static_cast<quint32>(height));  // positive: bottom-up
@@ -323,14 +323,19 @@ bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPe
     put16(p + 28, 24);
     put32(p + 30, kRgb);
     put32(p + 34, static_cast<quint32>(stride * height));
-    put32(p + 38, 3780);  // 96 dpi, as Qt marks a picture without its own resolution
-    put32(p + 42, 3780);
+    put32(p + 38, dotsPerMeterX);
+    put32(p + 42, dotsPerMeterY);
+}
 
+// Rows [first, first + count) of the file (bottom-up) into dst, padded.
+void putRows(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
+             int first, int count, uchar* dst)
+{
     const RowFns& fns = rowFns();
+    const qsizetype stride = rowBytes(width);
     const qsizetype pad = stride - static_cast<qsizetype>(width) * 3;
-    for (int y = 0; y < height; ++y) {
+    for (int y = first; y < first + count; ++y, dst += stride) {
         const uchar* src = bits + static_cast<qsizetype>(height - 1 - y) * bytesPerLine;
-        uchar* dst = p + kHeaderSize + static_cast<qsizetype>(y) * stride;
         switch (format) {
             case QImage::Format_RGB888:
                 fns.swap3(src, dst, width);
@@ -345,6 +350,23 @@ bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPe
         if (pad)
             std::memset(dst + width * 3, 0, static_cast<size_t>(pad));
     }
+}
+
+constexpr quint32 kDefaultDotsPerMeter = 3780;  // 96 dpi, as Qt marks a picture without its own resolution
+
+}  // namespace
+
+bool BmpFile::encode(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
+                     QByteArray& out)
+{
+    if (!bits || width <= 0 || height <= 0 || !encodable(format))
+        return false;
+    const qsizetype total = fileSize(width, height);
+    if (out.size() != total)
+        out.resize(total);
+    uchar* p = reinterpret_cast<uchar*>(out.data());  // detaches only when shared
+    putHeader(p, width, height, kDefaultDotsPerMeter, kDefaultDotsPerMeter);
+    putRows(bits, width, height, bytesPerLine, format, 0, height, p + kHeaderSize);
     return true;
 }
 
@@ -366,9 +388,40 @@ bool BmpFile::encode(const QImage& image, QByteArray& out)
 
 int BmpFile::write(const QString& path, const QImage& image, QByteArray& buffer)
 {
-    if (!encode(image, buffer))
+    if (image.isNull())
         return err::InvalidCall;
-    return SafeFile::write(path, buffer);
+    if (!encodable(image.format()))
+        return write(path, image.convertToFormat(QImage::Format_RGB888), buffer);
+    // Converted about a megabyte at a time into one buffer and written from
+    // there: no buffer for the whole file to fill, whose fresh pages cost more
+    // than the conversion. Just under the size from which the C library gives
+    // a block pages of its own, so that the buffer comes from its heap.
+    constexpr qsizetype kPieceBytes = (qsizetype(1) << 20) - (qsizetype(1) << 16);
+    const int width = image.width();
+    const int height = image.height();
+    const qsizetype stride = rowBytes(width);
+    const int rowsPerPiece = static_cast<int>(std::max<qsizetype>(1, kPieceBytes / stride));
+    const qsizetype capacity = std::max<qsizetype>(kHeaderSize, stride * rowsPerPiece);
+    if (buffer.size() < capacity)
+        buffer.resize(capacity);
+    uchar* chunk = reinterpret_cast<uchar*>(buffer.data());
+    const bool ownResolution = image.dotsPerMeterX() > 0 && image.dotsPerMeterY() > 0;
+    int next = -1;  // -1: the header
+    return SafeFile::writeStreamed(path, [&]() -> SafeFile::Piece {
+        if (next < 0) {
+            putHeader(chunk, width, height,
+                      ownResolution ? static_cast<quint32>(image.dotsPerMeterX()) : kDefaultDotsPerMeter,
+                      ownResolution ? static_cast<quint32>(image.dotsPerMeterY()) : kDefaultDotsPerMeter);
+            next = 0;
+            return {reinterpret_cast<const char*>(chunk), kHeaderSize};
+        }
+        const int count = std::min(rowsPerPiece, height - next);
+        if (count <= 0)
+            return {};
+        putRows(image.constBits(), width, height, image.bytesPerLine(), image.format(), next, count, chunk);
+        next += count;
+        return {reinterpret_cast<const char*>(chunk), stride * count};
+    });
 }
 
 int BmpFile::write(const QString& path, const QImage& image)
@@ -390,7 +443,9 @@ QImage BmpFile::decode(const QByteArray& bytes)
     return decode(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size());
 }
 
-int BmpFile::read(const QString& path, QImage& image)
+namespace {
+
+int readFile(const QString& path, QImage& image, bool asStored)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -398,16 +453,28 @@ int BmpFile::read(const QString& path, QImage& image)
     const qint64 size = file.size();
     // Mapped, the file's pages are read straight into the picture.
     if (uchar* mapped = size > 0 ? file.map(0, size) : nullptr) {
-        const bool ok = decodeInto(mapped, static_cast<qsizetype>(size), image);
+        const bool ok = decodeInto(mapped, static_cast<qsizetype>(size), image, asStored);
         file.unmap(mapped);
-        return ok ? 0 : kInvalidPicture;
+        return ok ? 0 : BmpFile::kInvalidPicture;
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return err::FileNotFound;
-    return decodeInto(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), image)
+    return decodeInto(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), image, asStored)
                ? 0
-               : kInvalidPicture;
+               : BmpFile::kInvalidPicture;
+}
+
+}  // namespace
+
+int BmpFile::read(const QString& path, QImage& image)
+{
+    return readFile(path, image, false);
+}
+
+int BmpFile::readAsStored(const QString& path, QImage& image)
+{
+    return readFile(path, image, true);
 }
 
 }  // namespace tavix

@@ -47,6 +47,10 @@ public:
     // unreadable, or 481 when it is not a readable bitmap; `image` is left as
     // it was on failure.
     static int read(const QString& path, QImage& image);
+    // The same, but a 24-bit file gives Format_BGR888 with its rows as stored,
+    // which saves a pass over the pixels for a picture that goes on to the
+    // JPEG writer or to another bitmap.
+    static int readAsStored(const QString& path, QImage& image);
 };
 
 }  // namespace tavix

@@ -6,6 +6,18 @@
 
 namespace tavix {
 
+// Camera pixel layouts that have no QImage format. A frame in one of them is
+// for the live view only (ViewScaler reads it); None means `format` says how
+// the pixels are laid out.
+enum class RawLayout : std::uint8_t {
+    None,
+    Yuyv,       // Y0 U Y1 V: two pixels in four bytes
+    BayerRggb,  // 8-bit Bayer, named by the 2x2 cell read row by row
+    BayerGrbg,
+    BayerGbrg,
+    BayerBggr,
+};
+
 // One frame as a driver hands it over. The pixels belong to the driver and
 // are valid only during the call; a sink copies what it keeps.
 struct FrameView {
@@ -14,6 +26,7 @@ struct FrameView {
     int height = 0;
     qsizetype bytesPerLine = 0;
     QImage::Format format = QImage::Format_RGB888;
+    RawLayout raw = RawLayout::None;
     std::uint64_t sequence = 0;  // counts every frame the camera produced
     // When the frame was captured, in nanoseconds from any fixed start that
     // does not go back; negative when the driver does not know (a recorder

@@ -1,5 +1,7 @@
 #include "media/Histogram.h"
 
+#include "media/FrameViewOf.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -66,26 +68,17 @@ Histogram Histogram::of(const FrameView& frame, int step)
 
 Histogram Histogram::of(const QImage& image, int step)
 {
-    const auto view = [](const QImage& i) {
-        FrameView v;
-        v.bits = i.constBits();
-        v.width = i.width();
-        v.height = i.height();
-        v.bytesPerLine = i.bytesPerLine();
-        v.format = i.format();
-        return v;
-    };
     switch (image.format()) {
         case QImage::Format_Grayscale8:
         case QImage::Format_RGB32:
         case QImage::Format_ARGB32:
         case QImage::Format_ARGB32_Premultiplied:
         case QImage::Format_RGB888:
-            return of(view(image), step);
+            return of(frameViewOf(image), step);
         default: {
             const QImage converted = image.convertToFormat(image.isGrayscale() ? QImage::Format_Grayscale8
                                                                                : QImage::Format_RGB888);
-            return of(view(converted), step);
+            return of(frameViewOf(converted), step);
         }
     }
 }

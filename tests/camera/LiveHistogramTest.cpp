@@ -1,4 +1,5 @@
 #include "camera/LiveHistogram.h"
+#include "media/FrameViewOf.h"
 
 #include "camera/LiveView.h"
 #include "common/Clock.h"
@@ -9,17 +10,6 @@
 using namespace tavix;
 
 namespace {
-
-FrameView viewOf(const QImage& image)
-{
-    FrameView v;
-    v.bits = image.constBits();
-    v.width = image.width();
-    v.height = image.height();
-    v.bytesPerLine = image.bytesPerLine();
-    v.format = image.format();
-    return v;
-}
 
 QImage filled(int width, int height, int level)
 {
@@ -46,7 +36,7 @@ protected:
 
 TEST_F(LiveHistogramTest, Off_FramesPassUncounted)
 {
-    live.frameReady(viewOf(dark));
+    live.frameReady(frameViewOf(dark));
     EXPECT_EQ(live.passes(), 0);
     EXPECT_FALSE(live.take());
     EXPECT_EQ(notified, 0);
@@ -55,24 +45,24 @@ TEST_F(LiveHistogramTest, Off_FramesPassUncounted)
 TEST_F(LiveHistogramTest, On_TheFirstFrameIsCountedAtOnce_ThenOneFrameAQuarterSecond)
 {
     live.setEnabled(true);
-    live.frameReady(viewOf(dark));
+    live.frameReady(frameViewOf(dark));
     EXPECT_EQ(live.passes(), 1);
     for (int i = 1; i <= 7; ++i) {  // 30 frames a second
         clock.advance(33);
-        live.frameReady(viewOf(bright));
+        live.frameReady(frameViewOf(bright));
     }
     EXPECT_EQ(live.passes(), 1) << "231 ms after the first count";
     clock.advance(19);
-    live.frameReady(viewOf(bright));
+    live.frameReady(frameViewOf(bright));
     EXPECT_EQ(live.passes(), 2) << "250 ms after it";
 }
 
 TEST_F(LiveHistogramTest, Take_GivesTheNewestCountOnce_AndTheNotifierWaitsForIt)
 {
     live.setEnabled(true);
-    live.frameReady(viewOf(dark));
+    live.frameReady(frameViewOf(dark));
     clock.advance(LiveHistogram::kIntervalMs);
-    live.frameReady(viewOf(bright));
+    live.frameReady(frameViewOf(bright));
     EXPECT_EQ(notified, 1) << "the first count was not taken yet";
 
     const std::optional<Histogram> taken = live.take();
@@ -82,18 +72,18 @@ TEST_F(LiveHistogramTest, Take_GivesTheNewestCountOnce_AndTheNotifierWaitsForIt)
     EXPECT_FALSE(live.take());
 
     clock.advance(LiveHistogram::kIntervalMs);
-    live.frameReady(viewOf(dark));
+    live.frameReady(frameViewOf(dark));
     EXPECT_EQ(notified, 2);
 }
 
 TEST_F(LiveHistogramTest, SwitchedOnAgain_CountsTheNextFrameAtOnce)
 {
     live.setEnabled(true);
-    live.frameReady(viewOf(dark));
+    live.frameReady(frameViewOf(dark));
     live.setEnabled(false);
     live.setEnabled(true);
     clock.advance(10);
-    live.frameReady(viewOf(bright));
+    live.frameReady(frameViewOf(bright));
     EXPECT_EQ(live.passes(), 2);
 }
 
@@ -101,7 +91,7 @@ TEST_F(LiveHistogramTest, AFiveMegapixelFrame_IsCountedOnASample)
 {
     const QImage frame = filled(2592, 1944, 255).convertToFormat(QImage::Format_RGB888);
     live.setEnabled(true);
-    live.frameReady(viewOf(frame));
+    live.frameReady(frameViewOf(frame));
     const std::optional<Histogram> taken = live.take();
     ASSERT_TRUE(taken);
     EXPECT_EQ(taken->pixels(), 371 * 278) << "every 7th pixel of every 7th row";
@@ -114,7 +104,7 @@ TEST_F(LiveHistogramTest, TheLiveView_HandsEachFrameToItsTap)
     LiveView view;
     view.setTap(&live);
     live.setEnabled(true);
-    view.frameReady(viewOf(bright));  // no display size yet: the tap sees it all the same
+    view.frameReady(frameViewOf(bright));  // no display size yet: the tap sees it all the same
     EXPECT_EQ(live.passes(), 1);
     EXPECT_EQ(view.counters().received, 1u);
 }

@@ -1,4 +1,5 @@
 #include "camera/LiveView.h"
+#include "media/FrameViewOf.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -76,7 +77,7 @@ TEST(LiveView, NewerFrameReplacesUnshownOne_AndNotifiesOnce)
     EXPECT_EQ(notified, 2);
 }
 
-TEST(LiveView, ScaleInto_AveragesNeighbouringSamples)
+TEST(LiveView, Frame_AveragesNeighbouringSamples)
 {
     // Columns alternate black and white: a 2:1 reduction gives mid-grey.
     const int w = 8, h = 4;
@@ -90,27 +91,41 @@ TEST(LiveView, ScaleInto_AveragesNeighbouringSamples)
     f.width = w;
     f.height = h;
     f.bytesPerLine = w * 3;
-    QImage dst(4, 2, QImage::Format_RGB32);
-    std::vector<int> offsets;
-    LiveView::scaleInto(f, dst, offsets);
-    EXPECT_EQ(qRed(dst.pixel(1, 1)), 128);
-    EXPECT_EQ(qGreen(dst.pixel(2, 0)), 128);
+    LiveView view;
+    view.setDisplaySize(QSize(4, 2));
+    view.frameReady(f);
+    const QImage* shown = view.takeFrame();
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(qRed(shown->pixel(1, 1)), 128);
+    EXPECT_EQ(qGreen(shown->pixel(2, 0)), 128);
 }
 
-TEST(LiveView, ScaleInto_ReadsBgraFramesInTheirByteOrder)
+TEST(LiveView, FrameInAFormatTheScalerDoesNotRead_IsConvertedAndShown)
 {
-    QImage source(16, 16, QImage::Format_RGB32);
-    source.fill(qRgb(10, 20, 30));
+    QImage source(16, 16, QImage::Format_RGB16);
+    source.fill(QColor(255, 0, 0));
+    LiveView view;
+    view.setDisplaySize(QSize(8, 8));
+    view.frameReady(frameViewOf(source));
+    const QImage* shown = view.takeFrame();
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(shown->pixel(3, 3), qRgb(255, 0, 0));
+}
+
+TEST(LiveView, YuyvFrameOfOddWidth_IsNotShown)
+{
+    std::vector<uchar> bytes(static_cast<size_t>(15) * 4 * 2, 128);
     FrameView f;
-    f.bits = source.constBits();
-    f.width = 16;
-    f.height = 16;
-    f.bytesPerLine = source.bytesPerLine();
-    f.format = QImage::Format_RGB32;
-    QImage dst(8, 8, QImage::Format_RGB32);
-    std::vector<int> offsets;
-    LiveView::scaleInto(f, dst, offsets);
-    EXPECT_EQ(dst.pixel(3, 3), qRgb(10, 20, 30));
+    f.bits = bytes.data();
+    f.width = 15;
+    f.height = 4;
+    f.bytesPerLine = 30;
+    f.raw = RawLayout::Yuyv;
+    LiveView view;
+    view.setDisplaySize(QSize(8, 2));
+    view.frameReady(f);
+    EXPECT_EQ(view.takeFrame(), nullptr);
+    EXPECT_EQ(view.counters().received, 1u);
 }
 
 TEST(LiveView, FramesFromAnotherThread_AreCountedAndNeverQueue)

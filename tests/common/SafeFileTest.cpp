@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <QFile>
+#include <cstring>
 
 using namespace tavix;
 using tavix::test::TempDir;
@@ -67,4 +68,31 @@ TEST(SafeFileScratch, WriteScratch_Returns76_WhenTheFolderIsMissing)
     EXPECT_EQ(SafeFile::writeScratch(dir.file(QStringLiteral("missing/temp.bmp")), "x"), 76);
 
     EXPECT_FALSE(dir.exists(QStringLiteral("missing")));
+}
+
+TEST(SafeFileStreamed, WriteStreamed_WritesThePiecesInOrder)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("streamed.bin"));
+    const char* parts[] = {"abc", "", "defg"};
+    int next = 0;
+    ASSERT_EQ(SafeFile::writeStreamed(path,
+                                      [&]() -> SafeFile::Piece {
+                                          if (next == 3)
+                                              return {};
+                                          const char* part = parts[next++];
+                                          return {part, static_cast<qsizetype>(std::strlen(part))};
+                                      }),
+              0);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), QByteArray("abcdefg"));
+}
+
+TEST(SafeFileStreamed, WriteStreamed_Returns76_WhenTheFolderIsMissing)
+{
+    TempDir dir;
+    EXPECT_EQ(
+        SafeFile::writeStreamed(dir.file(QStringLiteral("missing/x.bin")), [] { return SafeFile::Piece{}; }),
+        76);
 }

@@ -137,6 +137,23 @@ TEST_F(IntervalShotTest, Crosses_AreDrawnIntoTheBitmap_AtTheirPicturePositions)
     EXPECT_FALSE(dir.exists(QStringLiteral("TavixStill_001.bmp")));
 }
 
+TEST_F(IntervalShotTest, Crosses_KeepTheirColour_InTheBitmapReadBackFromTheCamera)
+{
+    // Red and blue differ: a picture read back in the file's byte order gets them the right way round.
+    FileCamera files(quietCamera());
+    ASSERT_EQ(files.Init(), 1);
+    ASSERT_EQ(files.Open(0), 0);
+    const QImage filesFrame = files.renderFrame();
+    IntervalShot fromFiles{files, errorLog, messages, prompter, clock};
+    IntervalShot::Job j = job(QStringLiteral("cell_002.bmp"), true);
+    j.crosses.color = qRgb(250, 20, 5);
+    ASSERT_EQ(fromFiles.save(j), IntervalShot::Outcome::Saved);
+    QImage read;
+    ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("cell_002.bmp")), read), 0);
+    EXPECT_EQ(read.pixel(100, 0), qRgb(250, 20, 5));
+    EXPECT_EQ(read.pixel(101, 7), filesFrame.pixel(101, 7));
+}
+
 TEST_F(IntervalShotTest, Crosses_AreDrawnIntoTheJpeg_AtItsQuality)
 {
     ASSERT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::Saved);

@@ -435,3 +435,29 @@ TEST(BmpFile, Write_KeepsThePicturesResolution)
     EXPECT_EQ(read.dotsPerMeterX(), 5000);
     EXPECT_EQ(read.dotsPerMeterY(), 6000);
 }
+
+TEST(BmpFile, WriteOfManyRows_GivesTheSameFileAsEncode)
+{
+    // More rows than go into one piece of the streamed write.
+    TempDir dir;
+    const QImage original = randomImage(641, 600, QImage::Format_RGB32, 3);
+    const QString path = dir.file(QStringLiteral("tall.bmp"));
+    ASSERT_EQ(BmpFile::write(path, original), 0);
+    QByteArray encoded;
+    ASSERT_TRUE(BmpFile::encode(original, encoded));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll() == encoded);
+}
+
+TEST(BmpFile, ReadAsStored_GivesBgr888_WithTheSamePixels)
+{
+    TempDir dir;
+    const QImage original = randomImage(7, 5, QImage::Format_RGB888, 9);
+    const QString path = dir.file(QStringLiteral("stored.bmp"));
+    ASSERT_EQ(BmpFile::write(path, original), 0);
+    QImage read;
+    ASSERT_EQ(BmpFile::readAsStored(path, read), 0);
+    EXPECT_EQ(read.format(), QImage::Format_BGR888);
+    EXPECT_TRUE(samePixels(read, original));
+}

@@ -1,6 +1,7 @@
 #include "camera/sim/SimFrameRing.h"
 
 #include "camera/sim/SimScene.h"
+#include "common/PictureMemory.h"
 
 #include <cstring>
 
@@ -26,7 +27,7 @@ void SimFrameRing::render(int slot, int previous, QSize size, const SimLook& loo
     auto& buffer = buffers_[i];
     const size_t bytes = static_cast<size_t>(stride(size) * size.height());
     if (buffer.size() != bytes)
-        buffer.assign(bytes, 0);
+        PictureMemory::assignZeros(buffer, bytes);
     sizes_[i] = size;
     sequences_[i] = sequence;
 

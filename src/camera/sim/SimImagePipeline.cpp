@@ -1,6 +1,7 @@
 #include "camera/sim/SimImagePipeline.h"
 
 #include "camera/sim/SimScene.h"
+#include "common/PictureMemory.h"
 
 #include <QtMath>
 #include <algorithm>
@@ -143,8 +144,8 @@ void SimImagePipeline::ensureScene()
     scene_ = SimScene::render(size_);
     particleMask_ = SimScene::particleMask(size_);
     const qsizetype bytes = static_cast<qsizetype>(size_.width()) * 3 * size_.height();
-    prepared_.assign(static_cast<size_t>(bytes), 0);
-    finished_.assign(static_cast<size_t>(bytes), 0);
+    PictureMemory::assignZeros(prepared_, static_cast<size_t>(bytes));
+    PictureMemory::assignZeros(finished_, static_cast<size_t>(bytes));
 
     sceneDirty_ = false;
     preparedValid_ = false;
@@ -301,7 +302,7 @@ void SimImagePipeline::ensureNoise()
         std::mt19937 rng(12345);
         std::uniform_real_distribution<double> uniform(-1.0, 1.0);
         const double scale = kUnitNoise / (2.0 / std::sqrt(3.0));
-        unitNoise_.resize(pixels);
+        PictureMemory::assignZeros(unitNoise_, pixels);
         for (auto& v : unitNoise_) {
             const double n = (uniform(rng) + uniform(rng) + uniform(rng) + uniform(rng)) * scale;
             v = static_cast<std::int16_t>(std::clamp(std::lround(n), -32000L, 32000L));
@@ -313,7 +314,8 @@ void SimImagePipeline::ensureNoise()
     if (sigma == noiseSigma_)
         return;
     noiseSigma_ = sigma;
-    noise_.resize(pixels * 3);
+    if (noise_.size() != pixels * 3)
+        PictureMemory::assignZeros(noise_, pixels * 3);
     const double scale = sigma / kUnitNoise;
     for (size_t i = 0; i < pixels; ++i) {
         const auto v = static_cast<std::int8_t>(std::clamp(std::lround(unitNoise_[i] * scale), -127L, 127L));

@@ -1,10 +1,13 @@
 #include "camera/sim/SimScene.h"
 
+#include "common/PictureMemory.h"
+
 #include <QPainter>
 #include <QPainterPath>
 #include <QtMath>
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 namespace tavix {
@@ -183,6 +186,7 @@ QImage SimScene::render(QSize size)
     // Paint reflectances, then light them: features sit in the same lamp
     // light as the slide, vignetting included.
     QImage slide(size, QImage::Format_RGB32);
+    PictureMemory::adviseLargePages(slide.bits(), static_cast<size_t>(slide.sizeInBytes()));
     slide.fill(Qt::white);
     {
         QPainter p(&slide);
@@ -219,6 +223,7 @@ QImage SimScene::render(QSize size)
     }
 
     QImage lit(size, QImage::Format_RGB888);
+    PictureMemory::adviseLargePages(lit.bits(), static_cast<size_t>(lit.sizeInBytes()));
     const float cx = size.width() / 2.0f;
     const float cy = size.height() / 2.0f;
     const float falloff = static_cast<float>(kVignetting) / (cx * cx + cy * cy);
@@ -226,17 +231,32 @@ QImage SimScene::render(QSize size)
     for (int x = 0; x < size.width(); ++x)
         columnSq[static_cast<size_t>(x)] = (x + 0.5f - cx) * (x + 0.5f - cx);
     const float lamp[3] = {kLamp[0] / 255.0f, kLamp[1] / 255.0f, kLamp[2] / 255.0f};
+    // Lit into a row of 32-bit pixels first: that loop vectorises, which one
+    // storing three bytes a pixel does not, and the scene is rendered before
+    // the first frame at start-up.
+    std::vector<quint32> litRow(static_cast<size_t>(size.width()));
+    const int w = size.width();
     for (int y = 0; y < size.height(); ++y) {
         const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y));
-        uchar* dst = lit.scanLine(y);
         const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
-        for (int x = 0; x < size.width(); ++x) {
-            const float light = 1.0f - falloff * (columnSq[static_cast<size_t>(x)] + rowSq);
+        quint32* row = litRow.data();
+        const float* colSq = columnSq.data();
+        for (int x = 0; x < w; ++x) {
+            const float light = 1.0f - falloff * (colSq[x] + rowSq);
             const QRgb c = src[x];
-            dst[3 * x] = static_cast<uchar>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f);
-            dst[3 * x + 1] = static_cast<uchar>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f);
-            dst[3 * x + 2] = static_cast<uchar>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f);
+            const auto r =
+                static_cast<quint32>(static_cast<int>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f));
+            const auto g = static_cast<quint32>(
+                static_cast<int>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f));
+            const auto b =
+                static_cast<quint32>(static_cast<int>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f));
+            row[x] = r | (g << 8) | (b << 16);
         }
+        // Four bytes a pixel, each store overlapping the next pixel's first byte; three for the last.
+        uchar* dst = lit.scanLine(y);
+        for (int x = 0; x + 1 < w; ++x)
+            std::memcpy(dst + 3 * x, row + x, 4);
+        std::memcpy(dst + 3 * (w - 1), row + w - 1, 3);
     }
     return lit;
 }

@@ -1,0 +1,104 @@
+#!/bin/bash
+# Builds the release benches, runs them one after the other and writes one
+# Markdown table (path, ours, baseline, ratio, target) to the file given
+# (default: build/release/bench.md). Every baseline is timed in the same run
+# as the path it is compared with. Run it on an idle machine: the figures are
+# real time.
+#   scripts/bench.sh [output.md]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+out=${1:-build/release/bench.md}
+benches=(bench_live_view bench_graph_live bench_genicam_live bench_interval_save bench_picture_save bench_startup_exec)
+
+cmake --preset release >/dev/null
+cmake --build --preset release -j2 --target "${benches[@]}" tavix >/dev/null
+
+json=$(mktemp -d)
+trap 'rm -rf "$json"' EXIT
+run() {  # bench, filter, extra arguments
+    local name=$1 filter=$2
+    shift 2
+    echo "running $name ($filter)" >&2
+    QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} "build/release/bench/$name" --benchmark_filter="$filter" \
+        --benchmark_out="$json/$name.json" --benchmark_out_format=json "$@" >/dev/null ||
+        echo "$name failed; its rows stay empty" >&2
+}
+run bench_live_view 'DisplayOneFrame|StreamAt30Fps|StartupToFirstLiveFrame'
+run bench_graph_live '.'
+run bench_genicam_live '.'
+run bench_interval_save 'SeriesPicture'
+run bench_picture_save 'BmpSave_SavePicture'
+run bench_startup_exec '.'
+
+python3 - "$json" "$out" <<'PY'
+import json, os, sys
+folder, out = sys.argv[1], sys.argv[2]
+
+def load(name):
+    path = os.path.join(folder, name + ".json")
+    if not os.path.exists(path):
+        return {}
+    runs = json.load(open(path))["benchmarks"]
+    return {r["name"]: r for r in runs if r.get("run_type", "iteration") == "iteration" and not r.get("error_occurred")}
+
+rows = []
+def row(path, ours, base, target, unit="ms"):
+    fmt = lambda v: "–" if v is None else (f"{v:.2f} {unit}" if unit else f"{v:g}")
+    ratio = f"{ours / base:.2f}x" if ours is not None and base else "–"
+    rows.append(f"| {path} | {fmt(ours)} | {fmt(base)} | {ratio} | {target} |")
+
+def ms(run):  # a run's time in milliseconds
+    scale = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[run.get("time_unit", "ns")]
+    return run["real_time"] * scale
+
+live = load("bench_live_view")
+def counter(runs, name, key):
+    r = runs.get(name)
+    return r.get(key) if r else None
+row("Live view, sim 2592x1944 to 1000x750, per shown frame (baseline: memcpy of the frame)",
+    counter(live, "DisplayOneFrame/manual_time", "ours_ms"), counter(live, "DisplayOneFrame/manual_time", "base_ms"), "≤ 1.0x")
+row("Live view, sim, ours against GStreamer's scale + convert + sink on the same frames (baseline: GStreamer)",
+    counter(live, "DisplayOneFrameVsGStreamer/manual_time", "ours_ms"),
+    counter(live, "DisplayOneFrameVsGStreamer/manual_time", "base_ms"), "peer")
+stream = next((r for n, r in live.items() if n.startswith("StreamAt30Fps")), None)
+if stream:
+    row(f"Live view at 30 fps, 3 s: frames lost (produced {stream['produced/s']:.1f}/s, shown {stream['shown/s']:.1f}/s, "
+        f"replaced {stream['replaced/s']:.1f}/s)", stream["lost"], None, "0", unit="")
+startup = next((r for n, r in live.items() if n.startswith("StartupToFirstLiveFrame")), None)
+if startup:
+    row("Start-up to the first live frame (in process, sim)", ms(startup), None, "≤ 50 ms")
+
+for bench, label in (("bench_graph_live", "Graph camera"), ("bench_genicam_live", "GenICam camera")):
+    runs = load(bench)
+    copies = {n: ms(r) for n, r in runs.items() if n.startswith("MemcpyOfOneFrame")}
+    base = min(copies.values()) if copies else None
+    # The display's share: CPU per frame with the view shown minus without it.
+    live = {n.split("/iterations")[0]: r for n, r in runs.items() if "cpu_ms_per_frame" in r and "/display:" in n}
+    for name, shown in live.items():
+        if not name.endswith("display:1"):
+            continue
+        hidden = live.get(name[: -len("display:1")] + "display:0")
+        if hidden:
+            row(f"{label} {name[: -len('/display:1')]}: display share of CPU per frame "
+                f"({shown['cpu_ms_per_frame']:.2f} ms with, {hidden['cpu_ms_per_frame']:.2f} ms without; "
+                f"lost {shown.get('lost', 0):g}) (baseline: memcpy of a frame)",
+                shown["cpu_ms_per_frame"] - hidden["cpu_ms_per_frame"], base, "≤ 1.0x")
+
+series = {"crosses:1": "two cross lines, the frame handed over",
+          "crosses:2": "two cross lines, a camera that only writes files",
+          "crosses:0": "no cross lines, the camera writes the JPEG"}
+for name, r in load("bench_interval_save").items():
+    what = series.get(name.split("/")[1], name)
+    row(f"Series picture, {what} (baseline: JPEG encode alone)", r["ours_ms"], r["base_ms"], "≤ 1.1x")
+for name, r in load("bench_picture_save").items():
+    row(f"BMP save {name.split('/')[1]}-bit still (baseline: raw write + fsync + rename)", r["ours_ms"], r["base_ms"], "≤ 1.05x")
+exec_runs = load("bench_startup_exec")
+auto = next((ms(r) for n, r in exec_runs.items() if "sim:0" in n), None)
+sim = next((ms(r) for n, r in exec_runs.items() if "sim:1" in n), None)
+row("tavix exec to window, DRIVER=auto, no camera (baseline: --camera sim)", auto, sim, "≤ 1.0x, ≤ 0.3 s")
+
+with open(out, "w") as f:
+    f.write("| Path | Ours | Baseline | Ratio | Target |\n|---|---|---|---|---|\n")
+    f.write("\n".join(rows) + "\n")
+print(open(out).read())
+PY
