@@ -26,12 +26,13 @@ struct FrameView {
     int height = 0;
     qsizetype bytesPerLine = 0;
     QImage::Format format = QImage::Format_RGB888;
-    RawLayout raw = RawLayout::None;
     std::uint64_t sequence = 0;  // counts every frame the camera produced
     // When the frame was captured, in nanoseconds from any fixed start that
     // does not go back; negative when the driver does not know (a recorder
     // then takes the time the frame arrives).
     std::int64_t captureNs = -1;
+    // Set for frames that are no QImage format (the format is then ignored).
+    RawLayout raw = RawLayout::None;
 };
 
 // How a recording made by the program (not inside the camera) went: while it
