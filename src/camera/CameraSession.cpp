@@ -67,11 +67,13 @@ bool CameraSession::open(const View& view)
         log_.write(sdkError("SetCamParameter", r));
 
     modes_.clear();
-    modes_.reserve(CameraDriver::kModeListCapacity);
+    const int capacity = driver_.modeListCapacity();
+    if (capacity >= 0)
+        modes_.reserve(static_cast<size_t>(capacity));
     if (const int r = driver_.GetModeList(camera_, modes_); r != 0)
         return fatal(sdkError("GetModeList", r), r);
-    if (modes_.size() > static_cast<size_t>(CameraDriver::kModeListCapacity))
-        modes_.resize(CameraDriver::kModeListCapacity);
+    if (capacity >= 0 && modes_.size() > static_cast<size_t>(capacity))
+        modes_.resize(static_cast<size_t>(capacity));
 
     if (const int r = driver_.GetMode(camera_, currentMode_); r != 0)
         return fatal(QStringLiteral("ICubeSDK_GetMode(%1)").arg(r), r);

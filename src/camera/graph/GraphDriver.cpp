@@ -1,6 +1,5 @@
 #include "camera/graph/GraphDriver.h"
 
-#include "camera/Resolution.h"
 #include "camera/graph/V4l2Controls.h"
 
 #include <algorithm>
@@ -16,11 +15,15 @@ namespace {
 
 constexpr int kExposure = 7;
 constexpr int kAviWriting = 24;
+// A Bayer frame at least this wide is shown at half size when the sink does not say its size.
+constexpr int kLargeBayerWidth = 1280;
 
-GstCaps* rawCaps(QSize size)
+// The live picture of a Bayer frame is half its size unless it is shown larger than that.
+bool halfBayer(QSize frame, QSize shown)
 {
-    return gst_caps_new_simple("video/x-raw", "width", G_TYPE_INT, size.width(), "height", G_TYPE_INT,
-                               size.height(), nullptr);
+    if (shown.isEmpty())
+        return frame.width() >= kLargeBayerWidth;
+    return shown.width() <= frame.width() / 2 && shown.height() <= frame.height() / 2;
 }
 
 }  // namespace
@@ -38,6 +41,8 @@ GraphDriver::GraphDriver(const QString& graphPath, const QString& cameraFilterNa
         openControls_ = [](const GraphFile& file) { return V4l2Controls::ofSource(file.deviceSource()); };
     for (void*& map : maps_)
         map = new GstMapInfo;
+    converterIn_ = new GstVideoInfo;
+    gst_video_info_init(static_cast<GstVideoInfo*>(converterIn_));
 }
 
 GraphDriver::~GraphDriver()
@@ -47,6 +52,11 @@ GraphDriver::~GraphDriver()
     dropHeld();
     for (void* map : maps_)
         delete static_cast<GstMapInfo*>(map);
+    if (converter_)
+        gst_video_converter_free(converter_);
+    if (rgb_)
+        gst_buffer_unref(rgb_);
+    delete static_cast<GstVideoInfo*>(converterIn_);
 }
 
 bool GraphDriver::LoadGrfFile()
@@ -142,23 +152,22 @@ bool GraphDriver::buildTail()
             gst_object_unref(element);
         }
     }
-    GstElement* convert = gst_element_factory_make("videoconvert", nullptr);
+    // The camera's own frames reach the driver: it converts, decodes or records them as they are.
     filter_ = gst_element_factory_make("capsfilter", nullptr);
     appsink_ = gst_element_factory_make("appsink", nullptr);
-    if (!convert || !filter_ || !appsink_) {
-        for (GstElement* e : {convert, filter_, appsink_})
+    if (!filter_ || !appsink_) {
+        for (GstElement* e : {filter_, appsink_})
             if (e)
                 gst_object_unref(gst_object_ref_sink(e));
         filter_ = appsink_ = nullptr;
         if (log_)
-            log_(QStringLiteral("Error: graph camera: GStreamer lacks videoconvert, capsfilter or appsink"));
+            log_(QStringLiteral("Error: graph camera: GStreamer lacks capsfilter or appsink"));
         return false;
     }
-    gst_bin_add_many(GST_BIN(graph), convert, filter_, appsink_, nullptr);
-    GstPad* convertIn = gst_element_get_static_pad(convert, "sink");
-    const bool linked = gst_pad_link_maybe_ghosting(pin, convertIn) &&
-                        gst_element_link_many(convert, filter_, appsink_, nullptr);
-    gst_object_unref(convertIn);
+    gst_bin_add_many(GST_BIN(graph), filter_, appsink_, nullptr);
+    GstPad* filterIn = gst_element_get_static_pad(filter_, "sink");
+    const bool linked = gst_pad_link_maybe_ghosting(pin, filterIn) && gst_element_link(filter_, appsink_);
+    gst_object_unref(filterIn);
     if (!linked) {
         if (log_)
             log_(QStringLiteral("Error: graph camera: the camera's output cannot be converted to pictures"));
@@ -185,44 +194,29 @@ bool GraphDriver::buildTail()
 
 void GraphDriver::findModes()
 {
-    modes_.clear();
     GstCaps* offered = gst_pad_query_caps(file_.outputPin(), nullptr);
-    std::vector<std::int32_t> all;
-    for (int m = 0; m <= 10; ++m) {
-        GstCaps* wanted = rawCaps(Resolution::size(m));
-        if (gst_caps_can_intersect(offered, wanted))
-            all.push_back(m);
-        gst_caps_unref(wanted);
-    }
-    std::sort(all.begin(), all.end(), [](std::int32_t a, std::int32_t b) {
-        const QSize sa = Resolution::size(a), sb = Resolution::size(b);
-        return qint64(sa.width()) * sa.height() < qint64(sb.width()) * sb.height();
-    });
-    const size_t keep = std::min(all.size(), static_cast<size_t>(kModeListCapacity));
-    modes_.assign(all.end() - static_cast<std::ptrdiff_t>(keep), all.end());
-
-    // The size the camera takes by itself when it is one of ours, else the largest.
-    mode_ = modes_.empty() ? -1 : modes_.back();
-    GstCaps* raw = gst_caps_new_empty_simple("video/x-raw");
-    GstCaps* own = gst_caps_intersect(offered, raw);
-    if (!gst_caps_is_empty(own)) {
-        own = gst_caps_fixate(own);
-        gint w = 0, h = 0;
-        const GstStructure* s = gst_caps_get_structure(own, 0);
-        if (gst_structure_get_int(s, "width", &w) && gst_structure_get_int(s, "height", &h))
-            for (std::int32_t m : modes_)
-                if (Resolution::size(m) == QSize(w, h))
-                    mode_ = m;
-    }
+    modes_ = GraphMode::offered(offered);
+    // The size the camera takes by itself, else the largest.
+    mode_ = modes_.empty() ? -1 : modes_.back().index;
+    const QSize own = GraphMode::ownSize(offered);
+    for (const GraphMode& m : modes_)
+        if (m.size == own)
+            mode_ = m.index;
     if (modes_.empty() && log_) {
         gchar* text = gst_caps_to_string(offered);
-        log_(QStringLiteral("Error: graph camera offers none of the program's resolutions (") +
+        log_(QStringLiteral("Error: graph camera offers no picture format the program reads (") +
              QString::fromUtf8(text) + QLatin1Char(')'));
         g_free(text);
     }
-    gst_caps_unref(own);
-    gst_caps_unref(raw);
     gst_caps_unref(offered);
+}
+
+const GraphMode* GraphDriver::modeOf(std::int32_t index) const
+{
+    for (const GraphMode& m : modes_)
+        if (m.index == index)
+            return &m;
+    return nullptr;
 }
 
 int GraphDriver::Open(int cam)
@@ -271,7 +265,9 @@ int GraphDriver::GetModeList(int cam, std::vector<std::int32_t>& modes)
 {
     if (const int s = checkOpen(cam))
         return s;
-    modes = modes_;
+    modes.clear();
+    for (const GraphMode& m : modes_)
+        modes.push_back(m.index);
     return 0;
 }
 
@@ -289,7 +285,7 @@ int GraphDriver::SetMode(int cam, std::int32_t mode)
         return s;
     if (started_)
         return kBusy;
-    if (std::find(modes_.begin(), modes_.end(), mode) == modes_.end())
+    if (!modeOf(mode))
         return kOutOfRange;
     mode_ = mode;
     return 0;
@@ -308,11 +304,14 @@ int GraphDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
         return kBusy;
     if (lost_)
         return kDisconnected;
-    GstCaps* caps = rawCaps(Resolution::size(mode_));
-    gst_caps_set_simple(caps, "format", G_TYPE_STRING, "RGB", nullptr);
+    const GraphMode* mode = modeOf(mode_);
+    GstCaps* caps = mode->caps();
     g_object_set(filter_, "caps", caps, nullptr);
     gst_caps_unref(caps);
-    frame_.setSink(sink);
+    // Raw frames reach the sink through the held frame; the others the driver decodes for it.
+    const bool raw = mode->kind == GraphMode::Kind::Raw;
+    frame_.setSink(raw ? sink : nullptr);
+    sink_ = raw ? nullptr : sink;
     good_ = 0;
     broken_ = 0;
     nextOffset_ = GST_BUFFER_OFFSET_NONE;
@@ -339,6 +338,7 @@ int GraphDriver::Stop(int cam)
     // Back to ready joins the streaming thread; the newest frame stays held.
     gst_element_set_state(file_.graph(), GST_STATE_READY);
     frame_.setSink(nullptr);
+    sink_ = nullptr;
     return 0;
 }
 
@@ -379,7 +379,8 @@ int GraphDriver::onNewSample(GstElement* sink, void* self)
 void GraphDriver::receive(GstSample* sample)
 {
     GstBuffer* buffer = gst_sample_get_buffer(sample);
-    if (!started_ || !buffer) {
+    GstCaps* caps = gst_sample_get_caps(sample);
+    if (!started_ || !buffer || !caps) {
         gst_sample_unref(sample);
         return;
     }
@@ -390,45 +391,191 @@ void GraphDriver::receive(GstSample* sample)
             broken_ += static_cast<std::int32_t>(std::min<std::uint64_t>(offset - nextOffset_, 1u << 30));
         nextOffset_ = offset + 1;
     }
-    GstVideoInfo info;
+    const GstStructure* s = gst_caps_get_structure(caps, 0);
+    GraphMode::Kind kind = GraphMode::Kind::Raw;
+    if (gst_structure_has_name(s, "image/jpeg"))
+        kind = GraphMode::Kind::Jpeg;
+    else if (gst_structure_has_name(s, "video/x-bayer"))
+        kind = GraphMode::Kind::Bayer;
+    QSize size;
+    gst_structure_get_int(s, "width", &size.rwidth());
+    gst_structure_get_int(s, "height", &size.rheight());
+    gint fpsN = 0;
+    gint fpsD = 1;
+    if (gst_structure_get_fraction(s, "framerate", &fpsN, &fpsD) && fpsN > 0 && fpsD > 0)
+        fps_ = double(fpsN) / fpsD;
+
     // Only this thread maps, and only into the slot the held frame does not use.
     auto* map = static_cast<GstMapInfo*>(maps_[1 - heldMap_]);
-    const bool usable = gst_video_info_from_caps(&info, gst_sample_get_caps(sample)) &&
-                        !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) &&
-                        gst_buffer_map(buffer, map, GST_MAP_READ);
-    if (!usable || map->size < GST_VIDEO_INFO_SIZE(&info)) {
-        if (usable)
-            gst_buffer_unmap(buffer, map);
+    if (size.isEmpty() || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) ||
+        !gst_buffer_map(buffer, map, GST_MAP_READ)) {
         ++broken_;
         gst_sample_unref(sample);
         return;
     }
     FrameView view;
-    view.bits = map->data;
-    view.width = GST_VIDEO_INFO_WIDTH(&info);
-    view.height = GST_VIDEO_INFO_HEIGHT(&info);
-    view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&info, 0);
-    view.format = QImage::Format_RGB888;
     view.captureNs = GST_BUFFER_PTS_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_PTS(buffer)) : -1;
+    bool usable = false;
+    bool keep = true;  // the sample stays held (mapped) until a newer one replaces it
+    QByteArray pattern;
+    if (kind == GraphMode::Kind::Raw) {
+        GstVideoInfo info;
+        usable = gst_video_info_from_caps(&info, caps) && map->size >= GST_VIDEO_INFO_SIZE(&info);
+        if (usable && GST_VIDEO_INFO_FORMAT(&info) == GST_VIDEO_FORMAT_RGB) {
+            view.bits = map->data;
+            view.width = GST_VIDEO_INFO_WIDTH(&info);
+            view.height = GST_VIDEO_INFO_HEIGHT(&info);
+            view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&info, 0);
+            view.format = QImage::Format_RGB888;
+        } else if (usable) {
+            keep = false;
+        }
+    } else {
+        const QSize shown = sink_ ? sink_->shownSize() : QSize();
+        if (kind == GraphMode::Kind::Jpeg) {
+            usable = !sink_ || liveDecoder_.jpeg(map->data, map->size, GraphDecoder::jpegScale(size, shown),
+                                                 true, view);
+        } else {
+            pattern = gst_structure_get_string(s, "format");
+            const qsizetype stride = (size.width() + 3) & ~3;  // GStreamer's rows of 8-bit cells
+            usable = map->size >= size_t(stride) * size_t(size.height()) &&
+                     (!sink_ ||
+                      liveDecoder_.bayer(map->data, stride, size, pattern, halfBayer(size, shown), view));
+        }
+    }
+    if (!usable) {
+        gst_buffer_unmap(buffer, map);
+        ++broken_;
+        gst_sample_unref(sample);
+        return;
+    }
 
+    const bool recordingBayer = kind == GraphMode::Kind::Bayer && frame_.recording();
     const auto lock = frame_.lock();
     view.sequence = static_cast<std::uint64_t>(++good_);
-    if (GST_VIDEO_INFO_FPS_N(&info) > 0 && GST_VIDEO_INFO_FPS_D(&info) > 0)
-        fps_ = double(GST_VIDEO_INFO_FPS_N(&info)) / GST_VIDEO_INFO_FPS_D(&info);
+    if (!keep) {
+        // Converted under the lock: the held picture is the converter's output.
+        const bool converted = convertRaw(sample, view);
+        gst_buffer_unmap(buffer, map);
+        gst_sample_unref(sample);
+        if (!converted) {
+            ++broken_;
+            return;
+        }
+        dropHeld();
+        heldKind_ = kind;
+        heldSize_ = size;
+        frame_.hold(view);
+        return;
+    }
     // The newest frame stays mapped until a newer one replaces it.
-    dropHeld();
+    if (kind == GraphMode::Kind::Raw)
+        dropHeld();
+    else
+        releaseHeld();  // the picture developed from the frame before stays until the next freeze
     held_ = sample;
     heldMap_ = 1 - heldMap_;
-    frame_.hold(view);
+    heldKind_ = kind;
+    heldFormat_ = pattern;
+    heldSize_ = size;
+    developed_ = false;
+    if (kind == GraphMode::Kind::Raw) {
+        frame_.hold(view);
+        return;
+    }
+    if (sink_)
+        sink_->frameReady(view);
+    if (kind == GraphMode::Kind::Jpeg) {
+        frame_.holdJpeg(map->data, map->size, view.captureNs);
+    } else if (recordingBayer) {
+        develop();
+        FrameView full = frame_.view();
+        full.captureNs = view.captureNs;
+        full.sequence = view.sequence;
+        frame_.hold(full);
+    }
 }
 
-void GraphDriver::dropHeld()
+bool GraphDriver::convertRaw(GstSample* sample, FrameView& view)
+{
+    GstVideoInfo in;
+    if (!gst_video_info_from_caps(&in, gst_sample_get_caps(sample)))
+        return false;
+    auto* converterIn = static_cast<GstVideoInfo*>(converterIn_);
+    GstVideoInfo out;
+    gst_video_info_set_format(&out, GST_VIDEO_FORMAT_RGB, GST_VIDEO_INFO_WIDTH(&in),
+                              GST_VIDEO_INFO_HEIGHT(&in));
+    GST_VIDEO_INFO_FPS_N(&out) = GST_VIDEO_INFO_FPS_N(&in);
+    GST_VIDEO_INFO_FPS_D(&out) = GST_VIDEO_INFO_FPS_D(&in);
+    GST_VIDEO_INFO_PAR_N(&out) = GST_VIDEO_INFO_PAR_N(&in);
+    GST_VIDEO_INFO_PAR_D(&out) = GST_VIDEO_INFO_PAR_D(&in);
+    if (!converter_ || !gst_video_info_is_equal(&in, converterIn)) {
+        if (converter_)
+            gst_video_converter_free(converter_);
+        if (rgb_)
+            gst_buffer_unref(rgb_);
+        converter_ = gst_video_converter_new(&in, &out, nullptr);
+        rgb_ = gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&out), nullptr);
+        *converterIn = in;
+        if (!converter_)
+            return false;
+    }
+    GstVideoFrame from;
+    GstVideoFrame to;
+    if (!gst_video_frame_map(&from, &in, gst_sample_get_buffer(sample), GST_MAP_READ))
+        return false;
+    if (!gst_video_frame_map(&to, &out, rgb_, GST_MAP_WRITE)) {
+        gst_video_frame_unmap(&from);
+        return false;
+    }
+    gst_video_converter_frame(converter_, &from, &to);
+    // The output buffer is the driver's own and lives on: its memory stays valid after the unmap.
+    view.bits = static_cast<const uchar*>(GST_VIDEO_FRAME_PLANE_DATA(&to, 0));
+    view.width = GST_VIDEO_INFO_WIDTH(&out);
+    view.height = GST_VIDEO_INFO_HEIGHT(&out);
+    view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&out, 0);
+    view.format = QImage::Format_RGB888;
+    gst_video_frame_unmap(&to);
+    gst_video_frame_unmap(&from);
+    return true;
+}
+
+void GraphDriver::develop()
+{
+    if (!held_ || heldKind_ == GraphMode::Kind::Raw || developed_)
+        return;
+    const auto* map = static_cast<const GstMapInfo*>(maps_[heldMap_]);
+    FrameView full;
+    const bool ok = heldKind_ == GraphMode::Kind::Jpeg
+                        ? fullDecoder_.jpeg(map->data, map->size, 1, false, full)
+                        : fullDecoder_.bayer(map->data, (heldSize_.width() + 3) & ~3, heldSize_, heldFormat_,
+                                             false, full);
+    if (ok) {
+        frame_.place(full);
+        developed_ = true;
+    } else {
+        frame_.clear();
+    }
+}
+
+void GraphDriver::developHeld()
+{
+    const auto lock = frame_.lock();
+    develop();
+}
+
+void GraphDriver::releaseHeld()
 {
     if (held_) {
         gst_buffer_unmap(gst_sample_get_buffer(held_), static_cast<GstMapInfo*>(maps_[heldMap_]));
         gst_sample_unref(held_);
     }
     held_ = nullptr;
+}
+
+void GraphDriver::dropHeld()
+{
+    releaseHeld();
     frame_.clear();
 }
 
@@ -450,7 +597,8 @@ int GraphDriver::GetBrokenFrames(int cam, std::int32_t& count)
 
 QSize GraphDriver::frameSize() const
 {
-    return frame_.size();
+    const auto lock = frame_.lock();
+    return heldSize_;
 }
 
 // ---- files ----
@@ -459,6 +607,7 @@ int GraphDriver::SaveToFile(int cam, const QString& path)
 {
     if (const int s = checkOpen(cam))
         return s;
+    developHeld();
     return frame_.save(path);
 }
 
@@ -466,6 +615,7 @@ int GraphDriver::GrabFrame(int cam, QImage& frame)
 {
     if (const int s = checkOpen(cam))
         return s;
+    developHeld();
     return frame_.copy(frame);
 }
 
@@ -475,9 +625,20 @@ int GraphDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
         return s;
     if (!started_)
         return kNoFrame;
-    // The file takes the size and rate of the frames the camera sends now.
-    const double fps = fps_;
-    return frame_.record(path, fps > 0 ? fps : 30.0, seconds);
+    // The file takes the size and rate of the frames the camera sends now;
+    // a JPEG camera's frames go into it as they come.
+    const double fps = fps_ > 0 ? fps_.load() : 30.0;
+    QSize size;
+    bool jpeg = false;
+    {
+        const auto lock = frame_.lock();
+        if (!held_ && heldKind_ != GraphMode::Kind::Raw)
+            return kNoFrame;
+        develop();
+        size = heldSize_;
+        jpeg = heldKind_ == GraphMode::Kind::Jpeg;
+    }
+    return jpeg ? frame_.recordJpeg(path, size, fps, seconds) : frame_.record(path, fps, seconds);
 }
 
 bool GraphDriver::recordingStats(int cam, RecordingStats& stats)

@@ -2,7 +2,9 @@
 
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
+#include "camera/graph/GraphDecoder.h"
 #include "camera/graph/GraphFile.h"
+#include "camera/graph/GraphMode.h"
 #include "camera/graph/GraphParameters.h"
 #include "common/Clock.h"
 
@@ -16,6 +18,8 @@ struct _GstElement;
 struct _GstSample;
 struct _GstBus;
 struct _GstMessage;
+struct _GstVideoConverter;
+struct _GstBuffer;
 
 namespace tavix {
 
@@ -25,8 +29,14 @@ namespace tavix {
 // own tail (convert to RGB, an appsink) so that frames reach the sink on
 // GStreamer's streaming thread. There is one camera, index 0.
 //
-// Modes are the program's resolutions that the camera's output pin offers as
-// raw video; SetMode (while stopped) changes the size the next Start
+// Modes are every size the camera's output pin offers, each named "WxH"
+// under Resolution::indexOf and taken in the format the camera sends fastest
+// at that size: raw video (converted to RGB), Motion-JPEG (decoded with
+// libjpeg-turbo; for the live picture scaled down to the size the sink shows
+// it at, and recorded into AVI files as the camera sent it) or 8-bit Bayer
+// (demosaiced; the live picture of a large frame at half size). A compressed
+// or Bayer frame becomes a full-size picture only when it is frozen, saved
+// or recorded. SetMode (while stopped) changes what the next Start
 // negotiates. How a mode lies on the sensor is not known: a USB camera may
 // scale its whole field into a mode or crop it. Parameters map onto the
 // controls of the video device that a v4l2src feeding the camera element has
@@ -116,8 +126,10 @@ public:
     int SetParamAutoDef(int cam, int type) override;
     int SetParamOnePush(int cam, int type) override;
 
-    // For tests and the bench: the size of the newest frame, the pipeline.
+    // For tests and the bench: the size of the newest frame, the format each
+    // mode streams in, the pipeline.
     QSize frameSize() const;
+    const std::vector<GraphMode>& modes() const { return modes_; }
     _GstElement* pipeline() const { return file_.graph(); }
 
 private:
@@ -127,7 +139,13 @@ private:
     int checkOpen(int cam) const;
     bool buildTail();
     void findModes();
+    const GraphMode* modeOf(std::int32_t index) const;
     void receive(_GstSample* sample);
+    bool convertRaw(_GstSample* sample, FrameView& view);
+    // Under frame_.lock(): the held JPEG or Bayer frame becomes the full-size picture held.
+    void develop();
+    void developHeld();
+    void releaseHeld();
     void dropHeld();
 
     Log log_;
@@ -140,7 +158,7 @@ private:
     bool open_ = false;
     _GstElement* filter_ = nullptr;  // the size the camera is asked for
     _GstElement* appsink_ = nullptr;
-    std::vector<std::int32_t> modes_;
+    std::vector<GraphMode> modes_;
     std::int32_t mode_ = -1;
     GraphParameters parameters_;
 
@@ -153,11 +171,26 @@ private:
 
     // The newest frame, its sample mapped into one of two GstMapInfo made
     // once (the held frame's and the arriving one's); changed only under
-    // frame_.lock().
+    // frame_.lock(). A raw frame in another format than RGB is held as its
+    // conversion; a JPEG or Bayer frame as it came, its full-size picture
+    // made (developed) when it is needed.
     HeldFrame frame_;
     _GstSample* held_ = nullptr;
     void* maps_[2] = {nullptr, nullptr};
     int heldMap_ = 0;
+    GraphMode::Kind heldKind_ = GraphMode::Kind::Raw;
+    QByteArray heldFormat_;  // the held Bayer frame's pattern
+    QSize heldSize_;
+    bool developed_ = false;
+    GraphDecoder fullDecoder_;
+
+    // Streaming thread only: the sink of frames the driver decodes itself,
+    // the live picture's decoder, the raw converter and its output.
+    FrameSink* sink_ = nullptr;
+    GraphDecoder liveDecoder_;
+    _GstVideoConverter* converter_ = nullptr;
+    void* converterIn_ = nullptr;  // GstVideoInfo of what the converter takes
+    _GstBuffer* rgb_ = nullptr;
 };
 
 }  // namespace tavix

@@ -1,6 +1,7 @@
 #include "AviProbe.h"
 #include "TempDir.h"
 #include "camera/HeldFrame.h"
+#include "camera/Resolution.h"
 #include "camera/graph/GraphDriver.h"
 #include "media/BmpFile.h"
 
@@ -104,22 +105,35 @@ TEST_F(GraphDriverTest, ModeList_IsTheProgramsSizesThePinOffers_SmallestFirst)
     EXPECT_EQ(mode, 1);  // what the source takes by itself
 }
 
-TEST_F(GraphDriverTest, ASourceOfAnySize_OffersTenOfTheProgramsSizes_TheLargestKept)
+TEST_F(GraphDriverTest, ASourceOfAnySize_OffersEveryClassicSize_NotCappedAtTen)
 {
     ASSERT_TRUE(openWith("videotestsrc is-live=true name=Camera"));
     std::vector<std::int32_t> modes;
     ASSERT_EQ(driver->GetModeList(0, modes), 0);
-    ASSERT_EQ(modes.size(), 10u);
-    EXPECT_EQ(modes.front(), 1);  // 320x240, the smallest, made room for 3840x2748
-    EXPECT_EQ(modes.back(), 9);
+    ASSERT_EQ(modes.size(), 11u);
+    EXPECT_EQ(modes.front(), 0);  // 320x240
+    EXPECT_EQ(modes.back(), 9);   // 3840x2748
 }
 
-TEST_F(GraphDriverTest, ASourceWithNoneOfTheProgramsSizes_DoesNotOpen_AndSaysWhatItOffers)
+TEST_F(GraphDriverTest, ASizeOutsideTheClassicTable_IsAModeNamedBySize)
 {
-    EXPECT_FALSE(openWith("videotestsrc ! video/x-raw,width=1280,height=720 ! identity name=Camera"));
+    ASSERT_TRUE(
+        openWith("videotestsrc is-live=true ! video/x-raw,width=1280,height=720 ! identity name=Camera"));
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(driver->GetModeList(0, modes), 0);
+    ASSERT_EQ(modes.size(), 1u);
+    EXPECT_EQ(Resolution::name(modes[0]), QStringLiteral("1280x720"));
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(1));
+    EXPECT_EQ(sink.lastSize(), QSize(1280, 720));
+}
+
+TEST_F(GraphDriverTest, ASourceOfNoFormatTheProgramReads_DoesNotOpen_AndSaysWhatItOffers)
+{
+    EXPECT_FALSE(openWith("videotestsrc ! video/x-raw,width=320,height=240 ! pngenc ! identity name=Camera"));
     ASSERT_FALSE(logged.isEmpty());
     EXPECT_TRUE(logged.last().startsWith(
-        QStringLiteral("Error: graph camera offers none of the program's resolutions (")))
+        QStringLiteral("Error: graph camera offers no picture format the program reads (image/png")))
         << logged.last().toStdString();
 }
 
