@@ -98,6 +98,10 @@ public:
     // True once the camera stopped answering in the middle of a stream (a
     // pulled cable); the program goes on with its last picture.
     virtual bool connectionLost(int cam) const { return false; }
+    // True when the driver takes a lost camera up again by itself once it is
+    // plugged in again (the stream resumes; IsStarted answers 1 again), so
+    // that the program waits for it instead of asking for a restart.
+    virtual bool reconnects(int cam) const { return false; }
     virtual int Stop(int cam) = 0;
 
     virtual int GetGoodFrames(int cam, std::int32_t& count) = 0;

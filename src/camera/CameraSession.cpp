@@ -9,6 +9,8 @@
 namespace tavix {
 
 namespace {
+constexpr int kCameraAway = 27302;
+
 QString sdkError(const char* function, int status)
 {
     return QStringLiteral("Error: ICubeSDK_%1(%2)").arg(QLatin1String(function)).arg(status);
@@ -143,6 +145,11 @@ void CameraSession::exit()
 
 bool CameraSession::changeMode(std::int32_t mode)
 {
+    // An unplugged camera that will come back keeps its mode: no start could succeed now.
+    if (driver_.connectionLost(camera_) && driver_.reconnects(camera_)) {
+        prompter_.message({messages_.text(kCameraAway), messages_.text(26998), Prompter::Icon::Exclamation});
+        return false;
+    }
     driver_.Stop(camera_);
     currentMode_ = mode;
     bool ok = true;

@@ -1,6 +1,9 @@
 #include "camera/graph/GraphDriver.h"
 
+#include "camera/graph/GstCameraMonitor.h"
 #include "camera/graph/V4l2Controls.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -219,8 +222,74 @@ const GraphMode* GraphDriver::modeOf(std::int32_t index) const
     return nullptr;
 }
 
+void GraphDriver::watchDevices(std::unique_ptr<DeviceMonitor> monitor, const QString& devicePath)
+{
+    monitor_ = std::move(monitor);
+    watchPath_ = devicePath;
+}
+
+void GraphDriver::startWatching()
+{
+    const QString path = watchPath_.isEmpty() ? file_.devicePath() : watchPath_;
+    if (path.isEmpty())
+        return;
+    if (!monitor_)
+        monitor_ = std::make_unique<GstCameraMonitor>();
+    camera_ = DeviceMonitor::Device{};
+    camera_.path = path;
+    camera_.links = GstCameraMonitor::linksTo(path);
+    const QString target = QFileInfo(path).canonicalFilePath();
+    for (const DeviceMonitor::Device& d : monitor_->devices())
+        if (d.path == path || (!target.isEmpty() && QFileInfo(d.path).canonicalFilePath() == target))
+            camera_ = d;
+    watching_ = monitor_->start([this](const DeviceMonitor::Device& d, bool added) { onDevice(d, added); });
+}
+
+void GraphDriver::onDevice(const DeviceMonitor::Device& device, bool added)
+{
+    const std::lock_guard guard(deviceMutex_);
+    if (!open_ || !device.sameCamera(camera_) || added != away_)
+        return;
+    if (!added) {
+        // Let go of the device at once: nothing may keep it open while it is gone.
+        away_ = true;
+        started_ = false;
+        lost_ = true;
+        frame_.lose();
+        gst_element_set_state(file_.graph(), GST_STATE_NULL);
+        frame_.setSink(nullptr);
+        sink_ = nullptr;
+        parameters_.close();
+        if (log_)
+            log_(QStringLiteral("graph camera unplugged (%1)").arg(device.path));
+        return;
+    }
+    // Back, perhaps under another device file: open that one.
+    camera_ = device;
+    if (GstElement* source = file_.deviceSource())
+        g_object_set(source, "device", device.path.toUtf8().constData(), nullptr);
+    if (gst_element_set_state(file_.graph(), GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) {
+        gst_element_set_state(file_.graph(), GST_STATE_NULL);
+        if (log_)
+            log_(QStringLiteral("Error: graph camera plugged in again but cannot be opened (%1)")
+                     .arg(device.path));
+        return;
+    }
+    away_ = false;
+    lost_ = false;
+    frame_.found();
+    parameters_.open(openControls_(file_));
+    const int resumed = wanted_ ? startStream(wantedSink_) : 0;
+    if (log_)
+        log_(resumed == 0 ? QStringLiteral("graph camera plugged in again (%1)").arg(device.path)
+                          : QStringLiteral("Error: graph camera plugged in again but does not stream (%1)")
+                                .arg(device.path));
+    ++returns_;
+}
+
 int GraphDriver::Open(int cam)
 {
+    const std::lock_guard guard(deviceMutex_);
     if (open_)
         return cam == 0 ? kAlreadyOpen : kBadCamera;
     if (cam != 0 || !LoadGrfFile())
@@ -241,6 +310,8 @@ int GraphDriver::Open(int cam)
     }
     parameters_.open(openControls_(file_));
     open_ = true;
+    away_ = false;
+    startWatching();
     return 0;
 }
 
@@ -253,6 +324,11 @@ int GraphDriver::Close(int cam)
 {
     if (const int s = checkOpen(cam))
         return s;
+    // Stopped first, outside the lock: a call of the monitor may be waiting for it.
+    if (monitor_)
+        monitor_->stop();
+    watching_ = false;
+    const std::lock_guard guard(deviceMutex_);
     Stop(cam);
     frame_.endRecording();
     gst_element_set_state(file_.graph(), GST_STATE_NULL);
@@ -283,6 +359,7 @@ int GraphDriver::SetMode(int cam, std::int32_t mode)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (started_)
         return kBusy;
     if (!modeOf(mode))
@@ -300,10 +377,21 @@ int GraphDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (started_)
         return kBusy;
     if (lost_)
         return kDisconnected;
+    wanted_ = true;
+    wantedSink_ = sink;
+    good_ = 0;
+    broken_ = 0;
+    fps_ = 0;
+    return startStream(sink);
+}
+
+int GraphDriver::startStream(FrameSink* sink)
+{
     const GraphMode* mode = modeOf(mode_);
     GstCaps* caps = mode->caps();
     g_object_set(filter_, "caps", caps, nullptr);
@@ -312,10 +400,7 @@ int GraphDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
     const bool raw = mode->kind == GraphMode::Kind::Raw;
     frame_.setSink(raw ? sink : nullptr);
     sink_ = raw ? nullptr : sink;
-    good_ = 0;
-    broken_ = 0;
     nextOffset_ = GST_BUFFER_OFFSET_NONE;
-    fps_ = 0;
     started_ = true;
     if (gst_element_set_state(file_.graph(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
         started_ = false;
@@ -334,9 +419,14 @@ int GraphDriver::Stop(int cam)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
+    wanted_ = false;
+    wantedSink_ = nullptr;
     started_ = false;
     // Back to ready joins the streaming thread; the newest frame stays held.
-    gst_element_set_state(file_.graph(), GST_STATE_READY);
+    // An unplugged camera's pipeline stays at NULL.
+    if (!away_)
+        gst_element_set_state(file_.graph(), GST_STATE_READY);
     frame_.setSink(nullptr);
     sink_ = nullptr;
     return 0;
@@ -652,6 +742,7 @@ int GraphDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (type == kAviWriting) {
         range = CamParamRange{};
         range.enabled = 1;
@@ -664,6 +755,7 @@ int GraphDriver::SetCamParameter(int cam, int type, std::int32_t value)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.set(type, value);
 }
 
@@ -671,6 +763,7 @@ int GraphDriver::GetCamParameter(int cam, int type, std::int32_t& value)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (type == kAviWriting) {
         value = frame_.recording() ? 1 : 0;
         return 0;
@@ -691,6 +784,7 @@ int GraphDriver::GetParamAuto(int cam, int type, std::int32_t& flag)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.getAuto(type, flag);
 }
 
@@ -698,6 +792,7 @@ int GraphDriver::SetParamAuto(int cam, int type, std::int32_t flag)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.setAuto(type, flag);
 }
 
@@ -705,6 +800,7 @@ int GraphDriver::SetParamAutoDef(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.setAutoDefault(type);
 }
 
@@ -712,6 +808,7 @@ int GraphDriver::SetParamOnePush(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.onePush(type);
 }
 

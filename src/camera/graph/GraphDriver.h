@@ -2,6 +2,7 @@
 
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
+#include "camera/graph/DeviceMonitor.h"
 #include "camera/graph/GraphDecoder.h"
 #include "camera/graph/GraphFile.h"
 #include "camera/graph/GraphMode.h"
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 struct _GstElement;
@@ -58,7 +60,12 @@ namespace tavix {
 //   24 AVI being written
 // An error on the pipeline while streaming (a pulled cable) is logged with
 // GStreamer's text; the stream ends, IsStarted answers 0, connectionLost
-// true, and the newest frame stays for SaveToFile.
+// true, and the newest frame stays held (no save or grab passes it off as
+// new). When the graph opens a video device, a device monitor watches it:
+// unplugged, the device is let go at once (the pipeline to NULL, its
+// controls closed); plugged in again (the same by-id name, or the same card
+// on the same bus, under any /dev/videoN) it is opened again and a stream
+// that was running resumes by itself.
 class GraphDriver : public CameraDriver {
 public:
     static constexpr int kFailed = -1;
@@ -85,6 +92,10 @@ public:
     GraphDriver(const GraphDriver&) = delete;
     GraphDriver& operator=(const GraphDriver&) = delete;
 
+    // Watches `devicePath` (empty: the device the graph's v4l2src opens) with
+    // `monitor` instead of GStreamer's device monitor; before Open.
+    void watchDevices(std::unique_ptr<DeviceMonitor> monitor, const QString& devicePath = {});
+
     // Loads the graph file once; later calls answer what the first found.
     bool LoadGrfFile();
     int prepare() override;
@@ -108,6 +119,9 @@ public:
     int IsStarted(int cam) override;
     int Stop(int cam) override;
     bool connectionLost(int cam) const override { return lost_ && cam == 0 && open_; }
+    bool reconnects(int cam) const override { return watching_ && cam == 0; }
+    // How often the camera came back after it was unplugged.
+    int returns() const { return returns_; }
     int GetGoodFrames(int cam, std::int32_t& count) override;
     // Frames flagged corrupt, too short, or missing from the source's count.
     int GetBrokenFrames(int cam, std::int32_t& count) override;
@@ -140,6 +154,9 @@ private:
     bool buildTail();
     void findModes();
     const GraphMode* modeOf(std::int32_t index) const;
+    int startStream(FrameSink* sink);
+    void startWatching();
+    void onDevice(const DeviceMonitor::Device& device, bool added);
     void receive(_GstSample* sample);
     bool convertRaw(_GstSample* sample, FrameView& view);
     // Under frame_.lock(): the held JPEG or Bayer frame becomes the full-size picture held.
@@ -161,6 +178,18 @@ private:
     std::vector<GraphMode> modes_;
     std::int32_t mode_ = -1;
     GraphParameters parameters_;
+
+    // Unplugging and plugging in again, from the monitor's thread: these and
+    // every call that changes the stream or the controls take deviceMutex_.
+    std::unique_ptr<DeviceMonitor> monitor_;
+    QString watchPath_;
+    DeviceMonitor::Device camera_;  // the device the camera was last seen as
+    std::recursive_mutex deviceMutex_;
+    std::atomic<bool> watching_{false};
+    bool away_ = false;                // unplugged, not back yet
+    FrameSink* wantedSink_ = nullptr;  // a stream to resume: Start's sink until Stop
+    bool wanted_ = false;
+    std::atomic<int> returns_{0};
 
     std::atomic<bool> started_{false};
     std::atomic<bool> lost_{false};
