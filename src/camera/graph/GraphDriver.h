@@ -28,8 +28,8 @@ namespace tavix {
 // A camera made of the graph file: any source GStreamer can open (a USB
 // camera through v4l2src, a test source, ...). LoadGrfFile finds the camera
 // element; Open replaces whatever followed it in the file by the program's
-// own tail (convert to RGB, an appsink) so that frames reach the sink on
-// GStreamer's streaming thread. There is one camera, index 0.
+// own tail (a filter asking for the mode, an appsink) so that frames reach
+// the driver on GStreamer's streaming thread. There is one camera, index 0.
 //
 // Modes are every size the camera's output pin offers, each named "WxH"
 // under Resolution::indexOf and taken in the format the camera sends fastest

@@ -305,3 +305,32 @@ TEST_P(GraphWebcam, Recording_WritesFullSizeFrames_AJpegCamerasAsTheyCame)
 
 INSTANTIATE_TEST_SUITE_P(Webcams, GraphWebcam, ::testing::ValuesIn(kWebcams),
                          [](const auto& info) { return std::string(info.param.name); });
+
+// Only the vendor's library has a mode array of ten.
+TEST(GraphWebcamSession, KeepsEveryModeTheCameraOffers_MoreThanTen)
+{
+    FakeWebcamSource::registerElement();
+    TempDir dir;
+    QByteArray offers;
+    const int widths[] = {160, 320, 640, 800, 960, 1024, 1280, 1440, 1600, 1920, 2048, 2560};
+    for (const int w : widths)
+        offers += QByteArray("image/jpeg,width=") + QByteArray::number(w) +
+                  ",height=" + QByteArray::number(w * 9 / 16) + ",framerate=30/1; ";
+    GraphDriver driver(
+        dir.write(QStringLiteral("Camera.grf"),
+                  "tavixwebcamsrc offers=\"" + offers.chopped(2) + "\" ! identity name=Camera"),
+        QStringLiteral("Camera"));
+    const ErrorLog errorLog(dir.file(QStringLiteral("Error.Log")));
+    const MessageTable messages = shippedMessages();
+    ScriptedPrompter prompter;
+    Settings settings;
+    CameraSession session(driver, settings, messages, errorLog, prompter);
+    ShownSink sink;
+    CameraSession::View view;
+    view.sink = &sink;
+    ASSERT_TRUE(session.open(view));
+    ASSERT_EQ(session.modes().size(), 12u);
+    EXPECT_EQ(Resolution::name(session.modes().front()), QStringLiteral("160x90"));
+    EXPECT_EQ(Resolution::name(session.modes().back()), QStringLiteral("2560x1440"));
+    session.exit();
+}
