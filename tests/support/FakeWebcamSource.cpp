@@ -134,6 +134,13 @@ GstFlowReturn create(GstPushSrc* src, GstBuffer** out)
     return GST_FLOW_OK;
 }
 
+// Live: each frame waits for its time on the pipeline's clock, as a camera delivers at its rate.
+void getTimes(GstBaseSrc*, GstBuffer* buffer, GstClockTime* start, GstClockTime* end)
+{
+    *start = GST_BUFFER_PTS(buffer);
+    *end = GST_BUFFER_PTS(buffer) + GST_BUFFER_DURATION(buffer);
+}
+
 void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec)
 {
     auto* self = reinterpret_cast<TavixWebcamSrc*>(object);
@@ -187,6 +194,7 @@ void tavix_webcam_src_class_init(TavixWebcamSrcClass* klass)
     auto* base = GST_BASE_SRC_CLASS(klass);
     base->get_caps = getCaps;
     base->set_caps = setCaps;
+    base->get_times = getTimes;
     GST_PUSH_SRC_CLASS(klass)->create = create;
 }
 
