@@ -1,4 +1,5 @@
 #include "AviProbe.h"
+#include "CountingSink.h"
 #include "TempDir.h"
 #include "camera/HeldFrame.h"
 #include "camera/Resolution.h"
@@ -8,42 +9,16 @@
 #include <gtest/gtest.h>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMutex>
 #include <QThread>
 
 #undef signals
 #include <gst/gst.h>
 
 using namespace tavix;
+using tavix::test::CountingSink;
 using tavix::test::TempDir;
 
 namespace {
-
-class CountingSink : public FrameSink {
-public:
-    void frameReady(const FrameView& frame) override
-    {
-        QMutexLocker lock(&mutex);
-        ++count;
-        size = QSize(frame.width, frame.height);
-        format = frame.format;
-    }
-    int frames()
-    {
-        QMutexLocker lock(&mutex);
-        return count;
-    }
-    QSize lastSize()
-    {
-        QMutexLocker lock(&mutex);
-        return size;
-    }
-
-    QMutex mutex;
-    int count = 0;
-    QSize size;
-    QImage::Format format = QImage::Format_Invalid;
-};
 
 // A live test source that offers 640x480 and 1024x768 only, as a USB camera
 // offers its few sizes; the camera element passes on what is upstream of it,
@@ -65,15 +40,7 @@ protected:
         return driver->Init() == 1 && driver->Open(0) == 0;
     }
 
-    bool waitFrames(int frames)
-    {
-        const int target = sink.frames() + frames;
-        QElapsedTimer t;
-        t.start();
-        while (sink.frames() < target && t.elapsed() < 10000)
-            QThread::msleep(5);
-        return sink.frames() >= target;
-    }
+    bool waitFrames(int frames) { return sink.waitFrames(frames); }
 
     TempDir dir;
     QStringList logged;
@@ -143,7 +110,7 @@ TEST_F(GraphDriverTest, Start_HandsRgbFramesOfTheModesSizeToTheSink_AndCountsThe
     EXPECT_EQ(driver->IsStarted(0), 1);
     ASSERT_TRUE(waitFrames(3));
     EXPECT_EQ(sink.lastSize(), QSize(640, 480));
-    EXPECT_EQ(sink.format, QImage::Format_RGB888);
+    EXPECT_EQ(sink.lastFormat(), QImage::Format_RGB888);
     std::int32_t good = 0, broken = -1;
     ASSERT_EQ(driver->GetGoodFrames(0, good), 0);
     ASSERT_EQ(driver->GetBrokenFrames(0, broken), 0);

@@ -1,6 +1,8 @@
+#include "CountingSink.h"
 #include "FakeUvcCamera.h"
 #include "ScriptedDeviceMonitor.h"
 #include "ScriptedPrompter.h"
+#include "ShippedMessages.h"
 #include "TempDir.h"
 #include "camera/CameraSession.h"
 #include "camera/HeldFrame.h"
@@ -14,13 +16,13 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMutex>
 #include <QThread>
 
 #undef signals
 #include <gst/gst.h>
 
 using namespace tavix;
+using tavix::test::CountingSink;
 using tavix::test::FakeUvcCamera;
 using tavix::test::ScriptedDevices;
 using tavix::test::ScriptedPrompter;
@@ -28,22 +30,6 @@ using tavix::test::TempDir;
 using Device = DeviceMonitor::Device;
 
 namespace {
-
-class CountingSink : public FrameSink {
-public:
-    void frameReady(const FrameView&) override
-    {
-        QMutexLocker lock(&mutex);
-        ++count;
-    }
-    int frames()
-    {
-        QMutexLocker lock(&mutex);
-        return count;
-    }
-    QMutex mutex;
-    int count = 0;
-};
 
 Device webcam(const char* path)
 {
@@ -71,15 +57,7 @@ protected:
         ASSERT_EQ(driver->Open(0), 0);
     }
 
-    bool waitFrames(int frames)
-    {
-        const int target = sink.frames() + frames;
-        QElapsedTimer t;
-        t.start();
-        while (sink.frames() < target && t.elapsed() < 10000)
-            QThread::msleep(5);
-        return sink.frames() >= target;
-    }
+    bool waitFrames(int frames) { return sink.waitFrames(frames); }
 
     GstState state() const
     {
@@ -185,10 +163,7 @@ TEST_F(GraphHotplug, Close_StopsWatching)
 
 TEST_F(GraphHotplug, AResolutionChangeWhileUnplugged_IsRefusedWithAMessage_AndTheProgramGoesOn)
 {
-    QFile f(QDir(QStringLiteral(TAVIX_SOURCE_DATA_DIR)).filePath(QStringLiteral("Message_E.txt")));
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    MessageTable messages;
-    messages.parse(QString::fromUtf8(f.readAll()));
+    const MessageTable messages = test::shippedMessages();
     ErrorLog errorLog(dir.file(QStringLiteral("Error.Log")));
     Settings settings;
     ScriptedPrompter prompter;

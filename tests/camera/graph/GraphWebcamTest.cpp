@@ -1,7 +1,9 @@
 #include "AviFrames.h"
 #include "AviProbe.h"
+#include "CountingSink.h"
 #include "FakeWebcamSource.h"
 #include "ScriptedPrompter.h"
+#include "ShippedMessages.h"
 #include "TempDir.h"
 #include "camera/CameraSession.h"
 #include "camera/Resolution.h"
@@ -16,71 +18,17 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMutex>
 #include <QThread>
 
 using namespace tavix;
+using tavix::test::CountingSink;
 using tavix::test::FakeWebcamSource;
 using tavix::test::ScriptedPrompter;
+using tavix::test::shippedMessages;
 using tavix::test::TempDir;
 using Kind = GraphMode::Kind;
 
 namespace {
-
-// Shows frames at a fixed size, as the live view tells the driver.
-class ShownSink : public FrameSink {
-public:
-    explicit ShownSink(QSize shown = {}) : shown_(shown) {}
-    void frameReady(const FrameView& frame) override
-    {
-        QMutexLocker lock(&mutex_);
-        ++count_;
-        size_ = QSize(frame.width, frame.height);
-        top_ = qRgb(frame.bits[0], frame.bits[1], frame.bits[2]);
-    }
-    QSize shownSize() const override { return shown_; }
-    int frames() const
-    {
-        QMutexLocker lock(&mutex_);
-        return count_;
-    }
-    QSize lastSize() const
-    {
-        QMutexLocker lock(&mutex_);
-        return size_;
-    }
-    QRgb topLeft() const
-    {
-        QMutexLocker lock(&mutex_);
-        return top_;
-    }
-
-private:
-    QSize shown_;
-    mutable QMutex mutex_;
-    int count_ = 0;
-    QSize size_;
-    QRgb top_ = 0;
-};
-
-bool waitFrames(const ShownSink& sink, int frames)
-{
-    const int target = sink.frames() + frames;
-    QElapsedTimer t;
-    t.start();
-    while (sink.frames() < target && t.elapsed() < 20000)
-        QThread::msleep(5);
-    return sink.frames() >= target;
-}
-
-MessageTable shippedMessages()
-{
-    QFile f(QDir(QStringLiteral(TAVIX_SOURCE_DATA_DIR)).filePath(QStringLiteral("Message_E.txt")));
-    f.open(QIODevice::ReadOnly);
-    MessageTable m;
-    m.parse(QString::fromUtf8(f.readAll()));
-    return m;
-}
 
 struct Offered {
     QSize size;
@@ -190,10 +138,10 @@ TEST_P(GraphWebcam, EveryMode_Streams_AndFreezeGivesTheFullSizeStill)
     for (const Offered& mode : GetParam().modes) {
         SCOPED_TRACE(mode.size.width());
         // Shown at about a sixth of the width, as a live view in a window would.
-        ShownSink sink(mode.size / 6);
+        CountingSink sink(mode.size / 6);
         ASSERT_EQ(driver->SetMode(0, Resolution::indexOf(mode.size)), 0);
         ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
-        ASSERT_TRUE(waitFrames(sink, 2)) << logged.join(QLatin1Char('\n')).toStdString();
+        ASSERT_TRUE(sink.waitFrames(2)) << logged.join(QLatin1Char('\n')).toStdString();
         QImage still;
         ASSERT_EQ(driver->GrabFrame(0, still), 0);
         ASSERT_EQ(driver->Stop(0), 0);
@@ -243,7 +191,7 @@ TEST_P(GraphWebcam, ADefaultResolutionOf16By9_IsChosenAgainAtTheNextStart)
     ScriptedPrompter prompter;
     const std::int32_t first = Resolution::indexOf(GetParam().startAt);
     const std::int32_t second = Resolution::indexOf(GetParam().changeTo);
-    ShownSink sink;
+    CountingSink sink;
     CameraSession::View view;
     view.sink = &sink;
     int ended = 0;
@@ -260,7 +208,7 @@ TEST_P(GraphWebcam, ADefaultResolutionOf16By9_IsChosenAgainAtTheNextStart)
         ASSERT_TRUE(session.open(view));
         EXPECT_EQ(session.currentMode(), chosen);
         EXPECT_EQ(session.modes().size(), GetParam().modes.size());
-        ASSERT_TRUE(waitFrames(sink, 1));
+        ASSERT_TRUE(sink.waitFrames(1));
         EXPECT_EQ(sink.lastSize().isEmpty(), false);
         // The user picks the other 16:9 size; the program writes its settings at exit.
         ASSERT_TRUE(session.changeMode(second));
@@ -276,9 +224,9 @@ TEST_P(GraphWebcam, Recording_WritesFullSizeFrames_AJpegCamerasAsTheyCame)
     const auto driver = openDriver();
     const Offered mode = GetParam().modes[1];
     ASSERT_EQ(driver->SetMode(0, Resolution::indexOf(mode.size)), 0);
-    ShownSink sink(QSize(320, 180));
+    CountingSink sink(QSize(320, 180));
     ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
-    ASSERT_TRUE(waitFrames(sink, 1));
+    ASSERT_TRUE(sink.waitFrames(1));
     const QString path = dir.file(QStringLiteral("clip.avi"));
     ASSERT_EQ(driver->SaveAvi(0, path, 0, 1), 0);
     std::int32_t writing = 1;
@@ -325,7 +273,7 @@ TEST(GraphWebcamSession, KeepsEveryModeTheCameraOffers_MoreThanTen)
     ScriptedPrompter prompter;
     Settings settings;
     CameraSession session(driver, settings, messages, errorLog, prompter);
-    ShownSink sink;
+    CountingSink sink;
     CameraSession::View view;
     view.sink = &sink;
     ASSERT_TRUE(session.open(view));
