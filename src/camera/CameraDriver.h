@@ -4,6 +4,7 @@
 #include "media/ModeGeometry.h"
 
 #include <QImage>
+#include <QSize>
 #include <QString>
 #include <cstdint>
 #include <optional>
@@ -36,6 +37,9 @@ class FrameSink {
 public:
     virtual ~FrameSink() = default;
     virtual void frameReady(const FrameView& frame) = 0;
+    // The size the frames are shown at, so that a driver whose frames must be
+    // decoded first can decode them no larger; empty: the full size.
+    virtual QSize shownSize() const { return {}; }
 };
 
 // The operations the program calls on a camera, shaped after the vendor SDK
@@ -72,7 +76,9 @@ public:
     virtual int IsOpen(int cam) = 0;
     virtual int Close(int cam) = 0;
 
-    // Up to kModeListCapacity resolution indices.
+    // The most modes the session keeps of GetModeList; negative: no limit.
+    // Only the vendor's library has a fixed-size mode array.
+    virtual int modeListCapacity() const { return -1; }
     virtual int GetModeList(int cam, std::vector<std::int32_t>& modes) = 0;
     virtual int GetMode(int cam, std::int32_t& mode) = 0;
     virtual int SetMode(int cam, std::int32_t mode) = 0;
@@ -92,6 +98,10 @@ public:
     // True once the camera stopped answering in the middle of a stream (a
     // pulled cable); the program goes on with its last picture.
     virtual bool connectionLost(int cam) const { return false; }
+    // True when the driver takes a lost camera up again by itself once it is
+    // plugged in again (the stream resumes; IsStarted answers 1 again), so
+    // that the program waits for it instead of asking for a restart.
+    virtual bool reconnects(int cam) const { return false; }
     virtual int Stop(int cam) = 0;
 
     virtual int GetGoodFrames(int cam, std::int32_t& count) = 0;

@@ -9,6 +9,8 @@
 namespace tavix {
 
 namespace {
+constexpr int kCameraAway = 27302;
+
 QString sdkError(const char* function, int status)
 {
     return QStringLiteral("Error: ICubeSDK_%1(%2)").arg(QLatin1String(function)).arg(status);
@@ -67,11 +69,13 @@ bool CameraSession::open(const View& view)
         log_.write(sdkError("SetCamParameter", r));
 
     modes_.clear();
-    modes_.reserve(CameraDriver::kModeListCapacity);
+    const int capacity = driver_.modeListCapacity();
+    if (capacity >= 0)
+        modes_.reserve(static_cast<size_t>(capacity));
     if (const int r = driver_.GetModeList(camera_, modes_); r != 0)
         return fatal(sdkError("GetModeList", r), r);
-    if (modes_.size() > static_cast<size_t>(CameraDriver::kModeListCapacity))
-        modes_.resize(CameraDriver::kModeListCapacity);
+    if (capacity >= 0 && modes_.size() > static_cast<size_t>(capacity))
+        modes_.resize(static_cast<size_t>(capacity));
 
     if (const int r = driver_.GetMode(camera_, currentMode_); r != 0)
         return fatal(QStringLiteral("ICubeSDK_GetMode(%1)").arg(r), r);
@@ -141,6 +145,11 @@ void CameraSession::exit()
 
 bool CameraSession::changeMode(std::int32_t mode)
 {
+    // An unplugged camera that will come back keeps its mode: no start could succeed now.
+    if (driver_.connectionLost(camera_) && driver_.reconnects(camera_)) {
+        prompter_.message({messages_.text(kCameraAway), messages_.text(26998), Prompter::Icon::Exclamation});
+        return false;
+    }
     driver_.Stop(camera_);
     currentMode_ = mode;
     bool ok = true;

@@ -54,6 +54,8 @@ public:
     // The resolution change of the properties dialog: stop, set the mode, start.
     // False when setting the mode failed (logged, reported, camera closed);
     // the start that follows in either case ends the program if it fails.
+    // Refused with a message (false, nothing changed) while the camera is
+    // unplugged and its driver waits for it to come back.
     bool changeMode(std::int32_t mode);
 
     CameraDriver& driver() { return driver_; }

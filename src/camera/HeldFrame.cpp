@@ -15,6 +15,12 @@ void HeldFrame::hold(const FrameView& view)
         recorder_->addFrame(view);
 }
 
+void HeldFrame::holdJpeg(const uchar* data, size_t bytes, std::int64_t captureNs)
+{
+    if (recorder_)
+        recorder_->addJpeg(data, bytes, captureNs);
+}
+
 void HeldFrame::lose()
 {
     std::lock_guard guard(mutex_);
@@ -86,6 +92,20 @@ int HeldFrame::record(const QString& path, double fps, int seconds)
     format.size = QSize(view_.width, view_.height);
     format.pixels = view_.format;
     format.fps = fps;
+    return recorder_->start(path, format, seconds) ? 0 : kWriteFailed;
+}
+
+int HeldFrame::recordJpeg(const QString& path, QSize size, double fps, int seconds)
+{
+    std::lock_guard guard(mutex_);
+    if (lost_)
+        return kCameraLost;
+    if (!recorder_)
+        recorder_ = std::make_unique<AviRecorder>();
+    AviRecorder::Format format;
+    format.size = size;
+    format.fps = fps;
+    format.jpegFrames = true;
     return recorder_->start(path, format, seconds) ? 0 : kWriteFailed;
 }
 

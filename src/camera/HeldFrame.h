@@ -28,6 +28,12 @@ public:
     // Under lock(): `view` is the frame held now; it goes to the live view
     // and to a running recording.
     void hold(const FrameView& view);
+    // Under lock(): `view` is the frame held now, made on demand from one the
+    // camera sent compressed (for a freeze); it goes to no sink or recording.
+    void place(const FrameView& view) { view_ = view; }
+    // Under lock(): a JPEG frame as the camera sent it, for a running
+    // recording of JPEG frames.
+    void holdJpeg(const uchar* data, size_t bytes, std::int64_t captureNs);
     // Under lock(): nothing held.
     void clear() { view_ = FrameView{}; }
     // The camera stopped answering: the frame still held is an old one, so
@@ -53,6 +59,9 @@ public:
     // Records from the next frame on, at the held frame's size and pixels and
     // at `fps`: 0, kNoFrame (nothing held yet) or kWriteFailed.
     int record(const QString& path, double fps, int seconds);
+    // Records the JPEG frames holdJpeg hands on, as they are, at `size` and
+    // `fps`: 0, kCameraLost or kWriteFailed.
+    int recordJpeg(const QString& path, QSize size, double fps, int seconds);
     // The file ends with what it holds (the stream stopped).
     void endRecording();
     // Parameter 24: a recording is being written.

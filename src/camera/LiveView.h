@@ -39,6 +39,8 @@ public:
     // The size frames are shown at (user-interface thread).
     void setDisplaySize(QSize size);
     QSize displaySize() const;
+    // Drivers that decode their frames (JPEG) decode them no larger than shown.
+    QSize shownSize() const override { return displaySize(); }
 
     void frameReady(const FrameView& frame) override;
 

@@ -58,6 +58,11 @@ int SwitchableCamera::Close(int cam)
     return inner_->Close(cam);
 }
 
+int SwitchableCamera::modeListCapacity() const
+{
+    return inner_->modeListCapacity();
+}
+
 int SwitchableCamera::GetModeList(int cam, std::vector<std::int32_t>& modes)
 {
     return inner_->GetModeList(cam, modes);
@@ -101,6 +106,11 @@ int SwitchableCamera::IsStarted(int cam)
 bool SwitchableCamera::connectionLost(int cam) const
 {
     return inner_->connectionLost(cam);
+}
+
+bool SwitchableCamera::reconnects(int cam) const
+{
+    return inner_->reconnects(cam);
 }
 
 int SwitchableCamera::Stop(int cam)

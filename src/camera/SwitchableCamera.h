@@ -30,6 +30,7 @@ public:
     int Open(int cam) override;
     int IsOpen(int cam) override;
     int Close(int cam) override;
+    int modeListCapacity() const override;
     int GetModeList(int cam, std::vector<std::int32_t>& modes) override;
     int GetMode(int cam, std::int32_t& mode) override;
     int SetMode(int cam, std::int32_t mode) override;
@@ -39,6 +40,7 @@ public:
     int Start(int cam, quintptr window, FrameSink* sink, int a, int b) override;
     int IsStarted(int cam) override;
     bool connectionLost(int cam) const override;
+    bool reconnects(int cam) const override;
     int Stop(int cam) override;
     int GetGoodFrames(int cam, std::int32_t& count) override;
     int GetBrokenFrames(int cam, std::int32_t& count) override;

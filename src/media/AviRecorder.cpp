@@ -66,7 +66,8 @@ bool initGst(QString* error)
 }  // namespace
 
 struct AviRecorder::Slot {
-    std::vector<uchar> pixels;
+    std::vector<uchar> pixels;  // or a JPEG frame's bytes
+    size_t bytes = 0;
     std::int64_t pts = 0;
 };
 
@@ -118,7 +119,8 @@ bool AviRecorder::start(const QString& path, const Format& format, int seconds, 
     };
     if (!initGst(error))
         return false;
-    if (!encodable(format.pixels) || format.size.isEmpty() || format.fps <= 0 || seconds <= 0)
+    if ((!format.jpegFrames && !encodable(format.pixels)) || format.size.isEmpty() || format.fps <= 0 ||
+        seconds <= 0)
         return fail(QStringLiteral("unsupported frame format"));
 
     std::lock_guard lock(mutex_);
@@ -196,7 +198,8 @@ bool AviRecorder::start(const QString& path, const Format& format, int seconds, 
     free_.clear();
     filled_.clear();
     for (int i = 0; i < kSlots; ++i) {
-        slots_[static_cast<size_t>(i)].pixels.resize(bytes);  // kept between recordings of one size
+        if (!format.jpegFrames)
+            slots_[static_cast<size_t>(i)].pixels.resize(bytes);  // kept between recordings of one size
         free_.push_back(i);
     }
     stats_ = RecordingStats{};
@@ -214,45 +217,74 @@ bool AviRecorder::start(const QString& path, const Format& format, int seconds, 
     return true;
 }
 
+int AviRecorder::takeSlot(std::int64_t captureNs)
+{
+    std::lock_guard lock(mutex_);
+    const std::int64_t at = captureNs >= 0 ? captureNs : steadyNs();
+    if (firstNs_ < 0)
+        firstNs_ = at;
+    const std::int64_t pts = std::max<std::int64_t>(at - firstNs_, 0);
+    if (pts >= lengthNs_) {
+        // The length is reached: the encoder finishes what it holds and
+        // the last frame is repeated up to the length.
+        accepting_ = false;
+        closing_ = true;
+        work_.notify_all();
+        return -1;
+    }
+    if (free_.empty()) {
+        // The encoder is still busy with the frames before: this one cannot be kept.
+        ++stats_.framesDropped;
+        return -1;
+    }
+    const int slot = free_.front();
+    free_.pop_front();
+    slots_[static_cast<size_t>(slot)].pts = pts;
+    return slot;
+}
+
+void AviRecorder::queue(int slot)
+{
+    std::lock_guard lock(mutex_);
+    filled_.push_back(slot);
+    work_.notify_all();
+}
+
 void AviRecorder::addFrame(const FrameView& frame)
 {
-    int slot = -1;
     {
         std::lock_guard lock(mutex_);
-        if (!accepting_)
+        if (!accepting_ || format_.jpegFrames || frame.width != format_.size.width() ||
+            frame.height != format_.size.height() || frame.format != format_.pixels)
             return;
-        if (frame.width != format_.size.width() || frame.height != format_.size.height() ||
-            frame.format != format_.pixels)
-            return;
-        const std::int64_t at = frame.captureNs >= 0 ? frame.captureNs : steadyNs();
-        if (firstNs_ < 0)
-            firstNs_ = at;
-        const std::int64_t pts = std::max<std::int64_t>(at - firstNs_, 0);
-        if (pts >= lengthNs_) {
-            // The length is reached: the encoder finishes what it holds and
-            // the last frame is repeated up to the length.
-            accepting_ = false;
-            closing_ = true;
-            work_.notify_all();
-            return;
-        }
-        if (free_.empty()) {
-            // The encoder is still busy with the frames before: this one cannot be kept.
-            ++stats_.framesDropped;
-            return;
-        }
-        slot = free_.front();
-        free_.pop_front();
-        slots_[static_cast<size_t>(slot)].pts = pts;
     }
+    const int slot = takeSlot(frame.captureNs);
+    if (slot < 0)
+        return;
     // The slot is this thread's until it is queued.
     uchar* to = slots_[static_cast<size_t>(slot)].pixels.data();
     const qsizetype row = std::min(stride_, frame.bytesPerLine);
     for (int y = 0; y < frame.height; ++y)
         std::memcpy(to + y * stride_, frame.bits + y * frame.bytesPerLine, static_cast<size_t>(row));
-    std::lock_guard lock(mutex_);
-    filled_.push_back(slot);
-    work_.notify_all();
+    queue(slot);
+}
+
+void AviRecorder::addJpeg(const uchar* data, size_t bytes, std::int64_t captureNs)
+{
+    {
+        std::lock_guard lock(mutex_);
+        if (!accepting_ || !format_.jpegFrames || bytes == 0)
+            return;
+    }
+    const int slot = takeSlot(captureNs);
+    if (slot < 0)
+        return;
+    Slot& s = slots_[static_cast<size_t>(slot)];
+    if (s.pixels.size() < bytes)
+        s.pixels.resize(bytes);  // grows to the largest frame, then stays
+    std::memcpy(s.pixels.data(), data, bytes);
+    s.bytes = bytes;
+    queue(slot);
 }
 
 void AviRecorder::encode()
@@ -279,21 +311,28 @@ void AviRecorder::encode()
             source = pipeline_->source;
         }
         Slot& s = slots_[static_cast<size_t>(slot)];
-        const QImage picture(s.pixels.data(), format_.size.width(), format_.size.height(), stride_,
-                             format_.pixels);
-        const bool encoded = JpegWriter::encode(picture, format_.quality, jpeg) == JpegWriter::kOk;
+        GstBuffer* buffer = nullptr;
+        if (format_.jpegFrames) {
+            buffer = gst_buffer_new_memdup(s.pixels.data(), s.bytes);
+        } else {
+            const QImage picture(s.pixels.data(), format_.size.width(), format_.size.height(), stride_,
+                                 format_.pixels);
+            if (JpegWriter::encode(picture, format_.quality, jpeg) == JpegWriter::kOk)
+                buffer = gst_buffer_new_memdup(jpeg.constData(), static_cast<gsize>(jpeg.size()));
+        }
         const std::int64_t pts = s.pts;
         {
             std::lock_guard lock(mutex_);
             free_.push_back(slot);
         }
-        if (!encoded || gst_app_src_get_current_level_bytes(GST_APP_SRC(source)) > kMaxQueuedBytes) {
+        if (!buffer || gst_app_src_get_current_level_bytes(GST_APP_SRC(source)) > kMaxQueuedBytes) {
             // The file cannot take it (a slow disk) or the encoder failed: the frame is lost.
+            if (buffer)
+                gst_buffer_unref(buffer);
             std::lock_guard lock(mutex_);
             ++stats_.framesDropped;
             continue;
         }
-        GstBuffer* buffer = gst_buffer_new_memdup(jpeg.constData(), static_cast<gsize>(jpeg.size()));
         GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(pts);
         GST_BUFFER_DURATION(buffer) = static_cast<GstClockTime>(frameNs_);
         // A stream that failed refuses the buffer; the watcher then ends the recording.

@@ -33,6 +33,9 @@ public:
         QImage::Format pixels = QImage::Format_RGB888;
         double fps = 30;   // the camera's frame rate, the file's rate
         int quality = 85;  // JPEG quality 1..100
+        // The camera sends JPEG frames (addJpeg): they go into the file as
+        // they are, neither decoded nor encoded again.
+        bool jpegFrames = false;
     };
 
     AviRecorder();
@@ -50,6 +53,8 @@ public:
     // dropped. Frames before start(), after the length or of another size or
     // format are ignored.
     void addFrame(const FrameView& frame);
+    // The same for a recording of jpegFrames: a copy of the camera's JPEG frame.
+    void addJpeg(const uchar* data, size_t bytes, std::int64_t captureNs);
 
     // Ends the recording now with what it holds (the camera stops).
     void stop();
@@ -67,6 +72,8 @@ private:
     struct Pipeline;
     struct Slot;
 
+    int takeSlot(std::int64_t captureNs);
+    void queue(int slot);
     void encode();
     void watchBus();
     void finish(const QString& failure);

@@ -1,7 +1,9 @@
 #include "camera/graph/GraphDriver.h"
 
-#include "camera/Resolution.h"
+#include "camera/graph/GstCameraMonitor.h"
 #include "camera/graph/V4l2Controls.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -16,11 +18,15 @@ namespace {
 
 constexpr int kExposure = 7;
 constexpr int kAviWriting = 24;
+// A Bayer frame at least this wide is shown at half size when the sink does not say its size.
+constexpr int kLargeBayerWidth = 1280;
 
-GstCaps* rawCaps(QSize size)
+// The live picture of a Bayer frame is half its size unless it is shown larger than that.
+bool halfBayer(QSize frame, QSize shown)
 {
-    return gst_caps_new_simple("video/x-raw", "width", G_TYPE_INT, size.width(), "height", G_TYPE_INT,
-                               size.height(), nullptr);
+    if (shown.isEmpty())
+        return frame.width() >= kLargeBayerWidth;
+    return shown.width() <= frame.width() / 2 && shown.height() <= frame.height() / 2;
 }
 
 }  // namespace
@@ -38,6 +44,8 @@ GraphDriver::GraphDriver(const QString& graphPath, const QString& cameraFilterNa
         openControls_ = [](const GraphFile& file) { return V4l2Controls::ofSource(file.deviceSource()); };
     for (void*& map : maps_)
         map = new GstMapInfo;
+    converterIn_ = new GstVideoInfo;
+    gst_video_info_init(static_cast<GstVideoInfo*>(converterIn_));
 }
 
 GraphDriver::~GraphDriver()
@@ -47,6 +55,11 @@ GraphDriver::~GraphDriver()
     dropHeld();
     for (void* map : maps_)
         delete static_cast<GstMapInfo*>(map);
+    if (converter_)
+        gst_video_converter_free(converter_);
+    if (rgb_)
+        gst_buffer_unref(rgb_);
+    delete static_cast<GstVideoInfo*>(converterIn_);
 }
 
 bool GraphDriver::LoadGrfFile()
@@ -142,23 +155,22 @@ bool GraphDriver::buildTail()
             gst_object_unref(element);
         }
     }
-    GstElement* convert = gst_element_factory_make("videoconvert", nullptr);
+    // The camera's own frames reach the driver: it converts, decodes or records them as they are.
     filter_ = gst_element_factory_make("capsfilter", nullptr);
     appsink_ = gst_element_factory_make("appsink", nullptr);
-    if (!convert || !filter_ || !appsink_) {
-        for (GstElement* e : {convert, filter_, appsink_})
+    if (!filter_ || !appsink_) {
+        for (GstElement* e : {filter_, appsink_})
             if (e)
                 gst_object_unref(gst_object_ref_sink(e));
         filter_ = appsink_ = nullptr;
         if (log_)
-            log_(QStringLiteral("Error: graph camera: GStreamer lacks videoconvert, capsfilter or appsink"));
+            log_(QStringLiteral("Error: graph camera: GStreamer lacks capsfilter or appsink"));
         return false;
     }
-    gst_bin_add_many(GST_BIN(graph), convert, filter_, appsink_, nullptr);
-    GstPad* convertIn = gst_element_get_static_pad(convert, "sink");
-    const bool linked = gst_pad_link_maybe_ghosting(pin, convertIn) &&
-                        gst_element_link_many(convert, filter_, appsink_, nullptr);
-    gst_object_unref(convertIn);
+    gst_bin_add_many(GST_BIN(graph), filter_, appsink_, nullptr);
+    GstPad* filterIn = gst_element_get_static_pad(filter_, "sink");
+    const bool linked = gst_pad_link_maybe_ghosting(pin, filterIn) && gst_element_link(filter_, appsink_);
+    gst_object_unref(filterIn);
     if (!linked) {
         if (log_)
             log_(QStringLiteral("Error: graph camera: the camera's output cannot be converted to pictures"));
@@ -185,48 +197,99 @@ bool GraphDriver::buildTail()
 
 void GraphDriver::findModes()
 {
-    modes_.clear();
     GstCaps* offered = gst_pad_query_caps(file_.outputPin(), nullptr);
-    std::vector<std::int32_t> all;
-    for (int m = 0; m <= 10; ++m) {
-        GstCaps* wanted = rawCaps(Resolution::size(m));
-        if (gst_caps_can_intersect(offered, wanted))
-            all.push_back(m);
-        gst_caps_unref(wanted);
-    }
-    std::sort(all.begin(), all.end(), [](std::int32_t a, std::int32_t b) {
-        const QSize sa = Resolution::size(a), sb = Resolution::size(b);
-        return qint64(sa.width()) * sa.height() < qint64(sb.width()) * sb.height();
-    });
-    const size_t keep = std::min(all.size(), static_cast<size_t>(kModeListCapacity));
-    modes_.assign(all.end() - static_cast<std::ptrdiff_t>(keep), all.end());
-
-    // The size the camera takes by itself when it is one of ours, else the largest.
-    mode_ = modes_.empty() ? -1 : modes_.back();
-    GstCaps* raw = gst_caps_new_empty_simple("video/x-raw");
-    GstCaps* own = gst_caps_intersect(offered, raw);
-    if (!gst_caps_is_empty(own)) {
-        own = gst_caps_fixate(own);
-        gint w = 0, h = 0;
-        const GstStructure* s = gst_caps_get_structure(own, 0);
-        if (gst_structure_get_int(s, "width", &w) && gst_structure_get_int(s, "height", &h))
-            for (std::int32_t m : modes_)
-                if (Resolution::size(m) == QSize(w, h))
-                    mode_ = m;
-    }
+    modes_ = GraphMode::offered(offered);
+    // The size the camera takes by itself, else the largest.
+    mode_ = modes_.empty() ? -1 : modes_.back().index;
+    const QSize own = GraphMode::ownSize(offered);
+    for (const GraphMode& m : modes_)
+        if (m.size == own)
+            mode_ = m.index;
     if (modes_.empty() && log_) {
         gchar* text = gst_caps_to_string(offered);
-        log_(QStringLiteral("Error: graph camera offers none of the program's resolutions (") +
+        log_(QStringLiteral("Error: graph camera offers no picture format the program reads (") +
              QString::fromUtf8(text) + QLatin1Char(')'));
         g_free(text);
     }
-    gst_caps_unref(own);
-    gst_caps_unref(raw);
     gst_caps_unref(offered);
+}
+
+const GraphMode* GraphDriver::modeOf(std::int32_t index) const
+{
+    for (const GraphMode& m : modes_)
+        if (m.index == index)
+            return &m;
+    return nullptr;
+}
+
+void GraphDriver::watchDevices(std::unique_ptr<DeviceMonitor> monitor, const QString& devicePath)
+{
+    monitor_ = std::move(monitor);
+    watchPath_ = devicePath;
+}
+
+void GraphDriver::startWatching()
+{
+    const QString path = watchPath_.isEmpty() ? file_.devicePath() : watchPath_;
+    if (path.isEmpty())
+        return;
+    if (!monitor_)
+        monitor_ = std::make_unique<GstCameraMonitor>();
+    camera_ = DeviceMonitor::Device{};
+    camera_.path = path;
+    camera_.links = GstCameraMonitor::linksTo(path);
+    const QString target = QFileInfo(path).canonicalFilePath();
+    for (const DeviceMonitor::Device& d : monitor_->devices())
+        if (d.path == path || (!target.isEmpty() && QFileInfo(d.path).canonicalFilePath() == target))
+            camera_ = d;
+    watching_ = monitor_->start([this](const DeviceMonitor::Device& d, bool added) { onDevice(d, added); });
+}
+
+void GraphDriver::onDevice(const DeviceMonitor::Device& device, bool added)
+{
+    const std::lock_guard guard(deviceMutex_);
+    if (!open_ || !device.sameCamera(camera_) || added != away_)
+        return;
+    if (!added) {
+        // Let go of the device at once: nothing may keep it open while it is gone.
+        away_ = true;
+        started_ = false;
+        lost_ = true;
+        frame_.lose();
+        gst_element_set_state(file_.graph(), GST_STATE_NULL);
+        frame_.setSink(nullptr);
+        sink_ = nullptr;
+        parameters_.close();
+        if (log_)
+            log_(QStringLiteral("graph camera unplugged (%1)").arg(device.path));
+        return;
+    }
+    // Back, perhaps under another device file: open that one.
+    camera_ = device;
+    if (GstElement* source = file_.deviceSource())
+        g_object_set(source, "device", device.path.toUtf8().constData(), nullptr);
+    if (gst_element_set_state(file_.graph(), GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) {
+        gst_element_set_state(file_.graph(), GST_STATE_NULL);
+        if (log_)
+            log_(QStringLiteral("Error: graph camera plugged in again but cannot be opened (%1)")
+                     .arg(device.path));
+        return;
+    }
+    away_ = false;
+    lost_ = false;
+    frame_.found();
+    parameters_.open(openControls_(file_));
+    const int resumed = wanted_ ? startStream(wantedSink_) : 0;
+    if (log_)
+        log_(resumed == 0 ? QStringLiteral("graph camera plugged in again (%1)").arg(device.path)
+                          : QStringLiteral("Error: graph camera plugged in again but does not stream (%1)")
+                                .arg(device.path));
+    ++returns_;
 }
 
 int GraphDriver::Open(int cam)
 {
+    const std::lock_guard guard(deviceMutex_);
     if (open_)
         return cam == 0 ? kAlreadyOpen : kBadCamera;
     if (cam != 0 || !LoadGrfFile())
@@ -247,6 +310,8 @@ int GraphDriver::Open(int cam)
     }
     parameters_.open(openControls_(file_));
     open_ = true;
+    away_ = false;
+    startWatching();
     return 0;
 }
 
@@ -259,6 +324,11 @@ int GraphDriver::Close(int cam)
 {
     if (const int s = checkOpen(cam))
         return s;
+    // Stopped first, outside the lock: a call of the monitor may be waiting for it.
+    if (monitor_)
+        monitor_->stop();
+    watching_ = false;
+    const std::lock_guard guard(deviceMutex_);
     Stop(cam);
     frame_.endRecording();
     gst_element_set_state(file_.graph(), GST_STATE_NULL);
@@ -271,7 +341,9 @@ int GraphDriver::GetModeList(int cam, std::vector<std::int32_t>& modes)
 {
     if (const int s = checkOpen(cam))
         return s;
-    modes = modes_;
+    modes.clear();
+    for (const GraphMode& m : modes_)
+        modes.push_back(m.index);
     return 0;
 }
 
@@ -287,9 +359,10 @@ int GraphDriver::SetMode(int cam, std::int32_t mode)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (started_)
         return kBusy;
-    if (std::find(modes_.begin(), modes_.end(), mode) == modes_.end())
+    if (!modeOf(mode))
         return kOutOfRange;
     mode_ = mode;
     return 0;
@@ -304,19 +377,30 @@ int GraphDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (started_)
         return kBusy;
     if (lost_)
         return kDisconnected;
-    GstCaps* caps = rawCaps(Resolution::size(mode_));
-    gst_caps_set_simple(caps, "format", G_TYPE_STRING, "RGB", nullptr);
-    g_object_set(filter_, "caps", caps, nullptr);
-    gst_caps_unref(caps);
-    frame_.setSink(sink);
+    wanted_ = true;
+    wantedSink_ = sink;
     good_ = 0;
     broken_ = 0;
-    nextOffset_ = GST_BUFFER_OFFSET_NONE;
     fps_ = 0;
+    return startStream(sink);
+}
+
+int GraphDriver::startStream(FrameSink* sink)
+{
+    const GraphMode* mode = modeOf(mode_);
+    GstCaps* caps = mode->caps();
+    g_object_set(filter_, "caps", caps, nullptr);
+    gst_caps_unref(caps);
+    // Raw frames reach the sink through the held frame; the others the driver decodes for it.
+    const bool raw = mode->kind == GraphMode::Kind::Raw;
+    frame_.setSink(raw ? sink : nullptr);
+    sink_ = raw ? nullptr : sink;
+    nextOffset_ = GST_BUFFER_OFFSET_NONE;
     started_ = true;
     if (gst_element_set_state(file_.graph(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
         started_ = false;
@@ -335,10 +419,16 @@ int GraphDriver::Stop(int cam)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
+    wanted_ = false;
+    wantedSink_ = nullptr;
     started_ = false;
     // Back to ready joins the streaming thread; the newest frame stays held.
-    gst_element_set_state(file_.graph(), GST_STATE_READY);
+    // An unplugged camera's pipeline stays at NULL.
+    if (!away_)
+        gst_element_set_state(file_.graph(), GST_STATE_READY);
     frame_.setSink(nullptr);
+    sink_ = nullptr;
     return 0;
 }
 
@@ -379,7 +469,8 @@ int GraphDriver::onNewSample(GstElement* sink, void* self)
 void GraphDriver::receive(GstSample* sample)
 {
     GstBuffer* buffer = gst_sample_get_buffer(sample);
-    if (!started_ || !buffer) {
+    GstCaps* caps = gst_sample_get_caps(sample);
+    if (!started_ || !buffer || !caps) {
         gst_sample_unref(sample);
         return;
     }
@@ -390,45 +481,191 @@ void GraphDriver::receive(GstSample* sample)
             broken_ += static_cast<std::int32_t>(std::min<std::uint64_t>(offset - nextOffset_, 1u << 30));
         nextOffset_ = offset + 1;
     }
-    GstVideoInfo info;
+    const GstStructure* s = gst_caps_get_structure(caps, 0);
+    GraphMode::Kind kind = GraphMode::Kind::Raw;
+    if (gst_structure_has_name(s, "image/jpeg"))
+        kind = GraphMode::Kind::Jpeg;
+    else if (gst_structure_has_name(s, "video/x-bayer"))
+        kind = GraphMode::Kind::Bayer;
+    QSize size;
+    gst_structure_get_int(s, "width", &size.rwidth());
+    gst_structure_get_int(s, "height", &size.rheight());
+    gint fpsN = 0;
+    gint fpsD = 1;
+    if (gst_structure_get_fraction(s, "framerate", &fpsN, &fpsD) && fpsN > 0 && fpsD > 0)
+        fps_ = double(fpsN) / fpsD;
+
     // Only this thread maps, and only into the slot the held frame does not use.
     auto* map = static_cast<GstMapInfo*>(maps_[1 - heldMap_]);
-    const bool usable = gst_video_info_from_caps(&info, gst_sample_get_caps(sample)) &&
-                        !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) &&
-                        gst_buffer_map(buffer, map, GST_MAP_READ);
-    if (!usable || map->size < GST_VIDEO_INFO_SIZE(&info)) {
-        if (usable)
-            gst_buffer_unmap(buffer, map);
+    if (size.isEmpty() || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) ||
+        !gst_buffer_map(buffer, map, GST_MAP_READ)) {
         ++broken_;
         gst_sample_unref(sample);
         return;
     }
     FrameView view;
-    view.bits = map->data;
-    view.width = GST_VIDEO_INFO_WIDTH(&info);
-    view.height = GST_VIDEO_INFO_HEIGHT(&info);
-    view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&info, 0);
-    view.format = QImage::Format_RGB888;
     view.captureNs = GST_BUFFER_PTS_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_PTS(buffer)) : -1;
+    bool usable = false;
+    bool keep = true;  // the sample stays held (mapped) until a newer one replaces it
+    QByteArray pattern;
+    if (kind == GraphMode::Kind::Raw) {
+        GstVideoInfo info;
+        usable = gst_video_info_from_caps(&info, caps) && map->size >= GST_VIDEO_INFO_SIZE(&info);
+        if (usable && GST_VIDEO_INFO_FORMAT(&info) == GST_VIDEO_FORMAT_RGB) {
+            view.bits = map->data;
+            view.width = GST_VIDEO_INFO_WIDTH(&info);
+            view.height = GST_VIDEO_INFO_HEIGHT(&info);
+            view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&info, 0);
+            view.format = QImage::Format_RGB888;
+        } else if (usable) {
+            keep = false;
+        }
+    } else {
+        const QSize shown = sink_ ? sink_->shownSize() : QSize();
+        if (kind == GraphMode::Kind::Jpeg) {
+            usable = !sink_ || liveDecoder_.jpeg(map->data, map->size, GraphDecoder::jpegScale(size, shown),
+                                                 true, view);
+        } else {
+            pattern = gst_structure_get_string(s, "format");
+            const qsizetype stride = (size.width() + 3) & ~3;  // GStreamer's rows of 8-bit cells
+            usable = map->size >= size_t(stride) * size_t(size.height()) &&
+                     (!sink_ ||
+                      liveDecoder_.bayer(map->data, stride, size, pattern, halfBayer(size, shown), view));
+        }
+    }
+    if (!usable) {
+        gst_buffer_unmap(buffer, map);
+        ++broken_;
+        gst_sample_unref(sample);
+        return;
+    }
 
+    const bool recordingBayer = kind == GraphMode::Kind::Bayer && frame_.recording();
     const auto lock = frame_.lock();
     view.sequence = static_cast<std::uint64_t>(++good_);
-    if (GST_VIDEO_INFO_FPS_N(&info) > 0 && GST_VIDEO_INFO_FPS_D(&info) > 0)
-        fps_ = double(GST_VIDEO_INFO_FPS_N(&info)) / GST_VIDEO_INFO_FPS_D(&info);
+    if (!keep) {
+        // Converted under the lock: the held picture is the converter's output.
+        const bool converted = convertRaw(sample, view);
+        gst_buffer_unmap(buffer, map);
+        gst_sample_unref(sample);
+        if (!converted) {
+            ++broken_;
+            return;
+        }
+        dropHeld();
+        heldKind_ = kind;
+        heldSize_ = size;
+        frame_.hold(view);
+        return;
+    }
     // The newest frame stays mapped until a newer one replaces it.
-    dropHeld();
+    if (kind == GraphMode::Kind::Raw)
+        dropHeld();
+    else
+        releaseHeld();  // the picture developed from the frame before stays until the next freeze
     held_ = sample;
     heldMap_ = 1 - heldMap_;
-    frame_.hold(view);
+    heldKind_ = kind;
+    heldFormat_ = pattern;
+    heldSize_ = size;
+    developed_ = false;
+    if (kind == GraphMode::Kind::Raw) {
+        frame_.hold(view);
+        return;
+    }
+    if (sink_)
+        sink_->frameReady(view);
+    if (kind == GraphMode::Kind::Jpeg) {
+        frame_.holdJpeg(map->data, map->size, view.captureNs);
+    } else if (recordingBayer) {
+        develop();
+        FrameView full = frame_.view();
+        full.captureNs = view.captureNs;
+        full.sequence = view.sequence;
+        frame_.hold(full);
+    }
 }
 
-void GraphDriver::dropHeld()
+bool GraphDriver::convertRaw(GstSample* sample, FrameView& view)
+{
+    GstVideoInfo in;
+    if (!gst_video_info_from_caps(&in, gst_sample_get_caps(sample)))
+        return false;
+    auto* converterIn = static_cast<GstVideoInfo*>(converterIn_);
+    GstVideoInfo out;
+    gst_video_info_set_format(&out, GST_VIDEO_FORMAT_RGB, GST_VIDEO_INFO_WIDTH(&in),
+                              GST_VIDEO_INFO_HEIGHT(&in));
+    GST_VIDEO_INFO_FPS_N(&out) = GST_VIDEO_INFO_FPS_N(&in);
+    GST_VIDEO_INFO_FPS_D(&out) = GST_VIDEO_INFO_FPS_D(&in);
+    GST_VIDEO_INFO_PAR_N(&out) = GST_VIDEO_INFO_PAR_N(&in);
+    GST_VIDEO_INFO_PAR_D(&out) = GST_VIDEO_INFO_PAR_D(&in);
+    if (!converter_ || !gst_video_info_is_equal(&in, converterIn)) {
+        if (converter_)
+            gst_video_converter_free(converter_);
+        if (rgb_)
+            gst_buffer_unref(rgb_);
+        converter_ = gst_video_converter_new(&in, &out, nullptr);
+        rgb_ = gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&out), nullptr);
+        *converterIn = in;
+        if (!converter_)
+            return false;
+    }
+    GstVideoFrame from;
+    GstVideoFrame to;
+    if (!gst_video_frame_map(&from, &in, gst_sample_get_buffer(sample), GST_MAP_READ))
+        return false;
+    if (!gst_video_frame_map(&to, &out, rgb_, GST_MAP_WRITE)) {
+        gst_video_frame_unmap(&from);
+        return false;
+    }
+    gst_video_converter_frame(converter_, &from, &to);
+    // The output buffer is the driver's own and lives on: its memory stays valid after the unmap.
+    view.bits = static_cast<const uchar*>(GST_VIDEO_FRAME_PLANE_DATA(&to, 0));
+    view.width = GST_VIDEO_INFO_WIDTH(&out);
+    view.height = GST_VIDEO_INFO_HEIGHT(&out);
+    view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&out, 0);
+    view.format = QImage::Format_RGB888;
+    gst_video_frame_unmap(&to);
+    gst_video_frame_unmap(&from);
+    return true;
+}
+
+void GraphDriver::develop()
+{
+    if (!held_ || heldKind_ == GraphMode::Kind::Raw || developed_)
+        return;
+    const auto* map = static_cast<const GstMapInfo*>(maps_[heldMap_]);
+    FrameView full;
+    const bool ok = heldKind_ == GraphMode::Kind::Jpeg
+                        ? fullDecoder_.jpeg(map->data, map->size, 1, false, full)
+                        : fullDecoder_.bayer(map->data, (heldSize_.width() + 3) & ~3, heldSize_, heldFormat_,
+                                             false, full);
+    if (ok) {
+        frame_.place(full);
+        developed_ = true;
+    } else {
+        frame_.clear();
+    }
+}
+
+void GraphDriver::developHeld()
+{
+    const auto lock = frame_.lock();
+    develop();
+}
+
+void GraphDriver::releaseHeld()
 {
     if (held_) {
         gst_buffer_unmap(gst_sample_get_buffer(held_), static_cast<GstMapInfo*>(maps_[heldMap_]));
         gst_sample_unref(held_);
     }
     held_ = nullptr;
+}
+
+void GraphDriver::dropHeld()
+{
+    releaseHeld();
     frame_.clear();
 }
 
@@ -450,7 +687,8 @@ int GraphDriver::GetBrokenFrames(int cam, std::int32_t& count)
 
 QSize GraphDriver::frameSize() const
 {
-    return frame_.size();
+    const auto lock = frame_.lock();
+    return heldSize_;
 }
 
 // ---- files ----
@@ -459,6 +697,7 @@ int GraphDriver::SaveToFile(int cam, const QString& path)
 {
     if (const int s = checkOpen(cam))
         return s;
+    developHeld();
     return frame_.save(path);
 }
 
@@ -466,6 +705,7 @@ int GraphDriver::GrabFrame(int cam, QImage& frame)
 {
     if (const int s = checkOpen(cam))
         return s;
+    developHeld();
     return frame_.copy(frame);
 }
 
@@ -475,9 +715,20 @@ int GraphDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
         return s;
     if (!started_)
         return kNoFrame;
-    // The file takes the size and rate of the frames the camera sends now.
-    const double fps = fps_;
-    return frame_.record(path, fps > 0 ? fps : 30.0, seconds);
+    // The file takes the size and rate of the frames the camera sends now;
+    // a JPEG camera's frames go into it as they come.
+    const double fps = fps_ > 0 ? fps_.load() : 30.0;
+    QSize size;
+    bool jpeg = false;
+    {
+        const auto lock = frame_.lock();
+        if (!held_ && heldKind_ != GraphMode::Kind::Raw)
+            return kNoFrame;
+        develop();
+        size = heldSize_;
+        jpeg = heldKind_ == GraphMode::Kind::Jpeg;
+    }
+    return jpeg ? frame_.recordJpeg(path, size, fps, seconds) : frame_.record(path, fps, seconds);
 }
 
 bool GraphDriver::recordingStats(int cam, RecordingStats& stats)
@@ -491,6 +742,7 @@ int GraphDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (type == kAviWriting) {
         range = CamParamRange{};
         range.enabled = 1;
@@ -503,6 +755,7 @@ int GraphDriver::SetCamParameter(int cam, int type, std::int32_t value)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.set(type, value);
 }
 
@@ -510,6 +763,7 @@ int GraphDriver::GetCamParameter(int cam, int type, std::int32_t& value)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     if (type == kAviWriting) {
         value = frame_.recording() ? 1 : 0;
         return 0;
@@ -530,6 +784,7 @@ int GraphDriver::GetParamAuto(int cam, int type, std::int32_t& flag)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.getAuto(type, flag);
 }
 
@@ -537,6 +792,7 @@ int GraphDriver::SetParamAuto(int cam, int type, std::int32_t flag)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.setAuto(type, flag);
 }
 
@@ -544,6 +800,7 @@ int GraphDriver::SetParamAutoDef(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.setAutoDefault(type);
 }
 
@@ -551,6 +808,7 @@ int GraphDriver::SetParamOnePush(int cam, int type)
 {
     if (const int s = checkOpen(cam))
         return s;
+    const std::lock_guard guard(deviceMutex_);
     return parameters_.onePush(type);
 }
 

@@ -2,7 +2,10 @@
 
 #include "camera/CameraDriver.h"
 #include "camera/HeldFrame.h"
+#include "camera/graph/DeviceMonitor.h"
+#include "camera/graph/GraphDecoder.h"
 #include "camera/graph/GraphFile.h"
+#include "camera/graph/GraphMode.h"
 #include "camera/graph/GraphParameters.h"
 #include "common/Clock.h"
 
@@ -10,23 +13,32 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 struct _GstElement;
 struct _GstSample;
 struct _GstBus;
 struct _GstMessage;
+struct _GstVideoConverter;
+struct _GstBuffer;
 
 namespace tavix {
 
 // A camera made of the graph file: any source GStreamer can open (a USB
 // camera through v4l2src, a test source, ...). LoadGrfFile finds the camera
 // element; Open replaces whatever followed it in the file by the program's
-// own tail (convert to RGB, an appsink) so that frames reach the sink on
-// GStreamer's streaming thread. There is one camera, index 0.
+// own tail (a filter asking for the mode, an appsink) so that frames reach
+// the driver on GStreamer's streaming thread. There is one camera, index 0.
 //
-// Modes are the program's resolutions that the camera's output pin offers as
-// raw video; SetMode (while stopped) changes the size the next Start
+// Modes are every size the camera's output pin offers, each named "WxH"
+// under Resolution::indexOf and taken in the format the camera sends fastest
+// at that size: raw video (converted to RGB), Motion-JPEG (decoded with
+// libjpeg-turbo; for the live picture scaled down to the size the sink shows
+// it at, and recorded into AVI files as the camera sent it) or 8-bit Bayer
+// (demosaiced; the live picture of a large frame at half size). A compressed
+// or Bayer frame becomes a full-size picture only when it is frozen, saved
+// or recorded. SetMode (while stopped) changes what the next Start
 // negotiates. How a mode lies on the sensor is not known: a USB camera may
 // scale its whole field into a mode or crop it. Parameters map onto the
 // controls of the video device that a v4l2src feeding the camera element has
@@ -48,7 +60,12 @@ namespace tavix {
 //   24 AVI being written
 // An error on the pipeline while streaming (a pulled cable) is logged with
 // GStreamer's text; the stream ends, IsStarted answers 0, connectionLost
-// true, and the newest frame stays for SaveToFile.
+// true, and the newest frame stays held (no save or grab passes it off as
+// new). When the graph opens a video device, a device monitor watches it:
+// unplugged, the device is let go at once (the pipeline to NULL, its
+// controls closed); plugged in again (the same by-id name, or the same card
+// on the same bus, under any /dev/videoN) it is opened again and a stream
+// that was running resumes by itself.
 class GraphDriver : public CameraDriver {
 public:
     static constexpr int kFailed = -1;
@@ -75,6 +92,10 @@ public:
     GraphDriver(const GraphDriver&) = delete;
     GraphDriver& operator=(const GraphDriver&) = delete;
 
+    // Watches `devicePath` (empty: the device the graph's v4l2src opens) with
+    // `monitor` instead of GStreamer's device monitor; before Open.
+    void watchDevices(std::unique_ptr<DeviceMonitor> monitor, const QString& devicePath = {});
+
     // Loads the graph file once; later calls answer what the first found.
     bool LoadGrfFile();
     int prepare() override;
@@ -98,6 +119,9 @@ public:
     int IsStarted(int cam) override;
     int Stop(int cam) override;
     bool connectionLost(int cam) const override { return lost_ && cam == 0 && open_; }
+    bool reconnects(int cam) const override { return watching_ && cam == 0; }
+    // How often the camera came back after it was unplugged.
+    int returns() const { return returns_; }
     int GetGoodFrames(int cam, std::int32_t& count) override;
     // Frames flagged corrupt, too short, or missing from the source's count.
     int GetBrokenFrames(int cam, std::int32_t& count) override;
@@ -116,8 +140,10 @@ public:
     int SetParamAutoDef(int cam, int type) override;
     int SetParamOnePush(int cam, int type) override;
 
-    // For tests and the bench: the size of the newest frame, the pipeline.
+    // For tests and the bench: the size of the newest frame, the format each
+    // mode streams in, the pipeline.
     QSize frameSize() const;
+    const std::vector<GraphMode>& modes() const { return modes_; }
     _GstElement* pipeline() const { return file_.graph(); }
 
 private:
@@ -127,7 +153,16 @@ private:
     int checkOpen(int cam) const;
     bool buildTail();
     void findModes();
+    const GraphMode* modeOf(std::int32_t index) const;
+    int startStream(FrameSink* sink);
+    void startWatching();
+    void onDevice(const DeviceMonitor::Device& device, bool added);
     void receive(_GstSample* sample);
+    bool convertRaw(_GstSample* sample, FrameView& view);
+    // Under frame_.lock(): the held JPEG or Bayer frame becomes the full-size picture held.
+    void develop();
+    void developHeld();
+    void releaseHeld();
     void dropHeld();
 
     Log log_;
@@ -140,9 +175,21 @@ private:
     bool open_ = false;
     _GstElement* filter_ = nullptr;  // the size the camera is asked for
     _GstElement* appsink_ = nullptr;
-    std::vector<std::int32_t> modes_;
+    std::vector<GraphMode> modes_;
     std::int32_t mode_ = -1;
     GraphParameters parameters_;
+
+    // Unplugging and plugging in again, from the monitor's thread: these and
+    // every call that changes the stream or the controls take deviceMutex_.
+    std::unique_ptr<DeviceMonitor> monitor_;
+    QString watchPath_;
+    DeviceMonitor::Device camera_;  // the device the camera was last seen as
+    std::recursive_mutex deviceMutex_;
+    std::atomic<bool> watching_{false};
+    bool away_ = false;                // unplugged, not back yet
+    FrameSink* wantedSink_ = nullptr;  // a stream to resume: Start's sink until Stop
+    bool wanted_ = false;
+    std::atomic<int> returns_{0};
 
     std::atomic<bool> started_{false};
     std::atomic<bool> lost_{false};
@@ -153,11 +200,26 @@ private:
 
     // The newest frame, its sample mapped into one of two GstMapInfo made
     // once (the held frame's and the arriving one's); changed only under
-    // frame_.lock().
+    // frame_.lock(). A raw frame in another format than RGB is held as its
+    // conversion; a JPEG or Bayer frame as it came, its full-size picture
+    // made (developed) when it is needed.
     HeldFrame frame_;
     _GstSample* held_ = nullptr;
     void* maps_[2] = {nullptr, nullptr};
     int heldMap_ = 0;
+    GraphMode::Kind heldKind_ = GraphMode::Kind::Raw;
+    QByteArray heldFormat_;  // the held Bayer frame's pattern
+    QSize heldSize_;
+    bool developed_ = false;
+    GraphDecoder fullDecoder_;
+
+    // Streaming thread only: the sink of frames the driver decodes itself,
+    // the live picture's decoder, the raw converter and its output.
+    FrameSink* sink_ = nullptr;
+    GraphDecoder liveDecoder_;
+    _GstVideoConverter* converter_ = nullptr;
+    void* converterIn_ = nullptr;  // GstVideoInfo of what the converter takes
+    _GstBuffer* rgb_ = nullptr;
 };
 
 }  // namespace tavix

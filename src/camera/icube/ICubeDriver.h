@@ -58,6 +58,7 @@ public:
     int IsOpen(int cam) override;
     int Close(int cam) override;
 
+    int modeListCapacity() const override { return kModeListCapacity; }
     // modes receives the first `count` entries the library reports, count
     // clamped to 0..kModeListCapacity, whatever the status.
     int GetModeList(int cam, std::vector<std::int32_t>& modes) override;

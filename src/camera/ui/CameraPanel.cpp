@@ -34,6 +34,9 @@ enum Caption : qint32 {
     kLiveTip = 40028,
     kCamera = 40029,
     kCameraLost = 26990,
+    kCameraUnplugged = 27300,
+    kCameraBack = 27301,
+    kCameraAway = 27302,
     kCameraErrorTitle = 26998,
     kCameraNotOpened = 27400,
     kNoCameraFound = 27401
@@ -222,6 +225,12 @@ void CameraPanel::toggleLiveStill()
         showLive();
         return;
     }
+    // An unplugged camera has no new picture to give; the still on screen stays.
+    if (driver_->connectionLost(session_->camera()) && driver_->reconnects(session_->camera())) {
+        prompter_.message({data_.messages.text(kCameraAway), data_.messages.text(kCameraErrorTitle),
+                           Prompter::Icon::Exclamation});
+        return;
+    }
     // A still that cannot be taken leaves the previous one in place.
     if (capture_.capture(session_->camera(), data_.tempBitmapPath(), data_.settings.STILLWAITTIME, still_)) {
         stillView_->setPicture(still_);
@@ -363,10 +372,18 @@ void CameraPanel::tmriCube_Timer()
                 lossReported_ = true;
                 data_.log.write(
                     QStringLiteral("frmMain:tmriCube_Timer Camera lost (%1).").arg(driver_->driverName()));
-                prompter_.message({data_.messages.text(kCameraLost), data_.messages.text(kCameraErrorTitle),
-                                   Prompter::Icon::Critical});
+                // A camera that comes back by itself is waited for: a note, no restart asked.
+                if (driver_->reconnects(cam))
+                    w_.status[0]->setText(data_.messages.text(kCameraUnplugged));
+                else
+                    prompter_.message({data_.messages.text(kCameraLost),
+                                       data_.messages.text(kCameraErrorTitle), Prompter::Icon::Critical});
             }
             return;
+        }
+        if (lossReported_ && driver_->reconnects(cam)) {
+            lossReported_ = false;
+            w_.status[0]->setText(data_.messages.text(kCameraBack));
         }
         std::int32_t good = 0;
         std::int32_t broken = 0;

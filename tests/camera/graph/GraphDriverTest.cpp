@@ -1,48 +1,24 @@
 #include "AviProbe.h"
+#include "CountingSink.h"
 #include "TempDir.h"
 #include "camera/HeldFrame.h"
+#include "camera/Resolution.h"
 #include "camera/graph/GraphDriver.h"
 #include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMutex>
 #include <QThread>
 
 #undef signals
 #include <gst/gst.h>
 
 using namespace tavix;
+using tavix::test::CountingSink;
 using tavix::test::TempDir;
 
 namespace {
-
-class CountingSink : public FrameSink {
-public:
-    void frameReady(const FrameView& frame) override
-    {
-        QMutexLocker lock(&mutex);
-        ++count;
-        size = QSize(frame.width, frame.height);
-        format = frame.format;
-    }
-    int frames()
-    {
-        QMutexLocker lock(&mutex);
-        return count;
-    }
-    QSize lastSize()
-    {
-        QMutexLocker lock(&mutex);
-        return size;
-    }
-
-    QMutex mutex;
-    int count = 0;
-    QSize size;
-    QImage::Format format = QImage::Format_Invalid;
-};
 
 // A live test source that offers 640x480 and 1024x768 only, as a USB camera
 // offers its few sizes; the camera element passes on what is upstream of it,
@@ -64,15 +40,7 @@ protected:
         return driver->Init() == 1 && driver->Open(0) == 0;
     }
 
-    bool waitFrames(int frames)
-    {
-        const int target = sink.frames() + frames;
-        QElapsedTimer t;
-        t.start();
-        while (sink.frames() < target && t.elapsed() < 10000)
-            QThread::msleep(5);
-        return sink.frames() >= target;
-    }
+    bool waitFrames(int frames) { return sink.waitFrames(frames); }
 
     TempDir dir;
     QStringList logged;
@@ -104,22 +72,35 @@ TEST_F(GraphDriverTest, ModeList_IsTheProgramsSizesThePinOffers_SmallestFirst)
     EXPECT_EQ(mode, 1);  // what the source takes by itself
 }
 
-TEST_F(GraphDriverTest, ASourceOfAnySize_OffersTenOfTheProgramsSizes_TheLargestKept)
+TEST_F(GraphDriverTest, ASourceOfAnySize_OffersEveryClassicSize_NotCappedAtTen)
 {
     ASSERT_TRUE(openWith("videotestsrc is-live=true name=Camera"));
     std::vector<std::int32_t> modes;
     ASSERT_EQ(driver->GetModeList(0, modes), 0);
-    ASSERT_EQ(modes.size(), 10u);
-    EXPECT_EQ(modes.front(), 1);  // 320x240, the smallest, made room for 3840x2748
-    EXPECT_EQ(modes.back(), 9);
+    ASSERT_EQ(modes.size(), 11u);
+    EXPECT_EQ(modes.front(), 0);  // 320x240
+    EXPECT_EQ(modes.back(), 9);   // 3840x2748
 }
 
-TEST_F(GraphDriverTest, ASourceWithNoneOfTheProgramsSizes_DoesNotOpen_AndSaysWhatItOffers)
+TEST_F(GraphDriverTest, ASizeOutsideTheClassicTable_IsAModeNamedBySize)
 {
-    EXPECT_FALSE(openWith("videotestsrc ! video/x-raw,width=1280,height=720 ! identity name=Camera"));
+    ASSERT_TRUE(
+        openWith("videotestsrc is-live=true ! video/x-raw,width=1280,height=720 ! identity name=Camera"));
+    std::vector<std::int32_t> modes;
+    ASSERT_EQ(driver->GetModeList(0, modes), 0);
+    ASSERT_EQ(modes.size(), 1u);
+    EXPECT_EQ(Resolution::name(modes[0]), QStringLiteral("1280x720"));
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(1));
+    EXPECT_EQ(sink.lastSize(), QSize(1280, 720));
+}
+
+TEST_F(GraphDriverTest, ASourceOfNoFormatTheProgramReads_DoesNotOpen_AndSaysWhatItOffers)
+{
+    EXPECT_FALSE(openWith("videotestsrc ! video/x-raw,width=320,height=240 ! pngenc ! identity name=Camera"));
     ASSERT_FALSE(logged.isEmpty());
     EXPECT_TRUE(logged.last().startsWith(
-        QStringLiteral("Error: graph camera offers none of the program's resolutions (")))
+        QStringLiteral("Error: graph camera offers no picture format the program reads (image/png")))
         << logged.last().toStdString();
 }
 
@@ -129,7 +110,7 @@ TEST_F(GraphDriverTest, Start_HandsRgbFramesOfTheModesSizeToTheSink_AndCountsThe
     EXPECT_EQ(driver->IsStarted(0), 1);
     ASSERT_TRUE(waitFrames(3));
     EXPECT_EQ(sink.lastSize(), QSize(640, 480));
-    EXPECT_EQ(sink.format, QImage::Format_RGB888);
+    EXPECT_EQ(sink.lastFormat(), QImage::Format_RGB888);
     std::int32_t good = 0, broken = -1;
     ASSERT_EQ(driver->GetGoodFrames(0, good), 0);
     ASSERT_EQ(driver->GetBrokenFrames(0, broken), 0);
