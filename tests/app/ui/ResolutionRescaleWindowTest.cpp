@@ -1,6 +1,7 @@
 #include "MeasuringFixture.h"
 #include "SimStill.h"
 #include "calib/ui/ScaleLineView.h"
+#include "camera/SwitchableCamera.h"
 #include "camera/sim/SimScene.h"
 
 #include <gtest/gtest.h>
@@ -54,7 +55,8 @@ protected:
         QTest::mouseClick(find<QPushButton>("cmdPlayStop"), Qt::LeftButton);
         ASSERT_TRUE(w->camera().session().changeMode(mode));
         // On a busy machine the newest frame may still be one of the mode before.
-        auto& camera = static_cast<SimCamera&>(w->camera().session().driver());
+        auto& camera =
+            static_cast<SimCamera&>(static_cast<SwitchableCamera&>(w->camera().session().driver()).current());
         QElapsedTimer timer;
         timer.start();
         while (camera.latestFrame().size() != SimCamera::modeSize(mode) && timer.elapsed() < 10000)
