@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kExposure = 7;
 constexpr int kAviWriting = 24;
+constexpr int kFrameRate = 147;
 // A Bayer frame at least this wide is shown at half size when the sink does not say its size.
 constexpr int kLargeBayerWidth = 1280;
 
@@ -392,12 +393,12 @@ int GraphDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b)
 
 int GraphDriver::startStream(FrameSink* sink)
 {
-    const GraphMode* mode = modeOf(mode_);
-    GstCaps* caps = mode->caps();
+    const GraphMode mode = modeOf(mode_)->atRate(wantedFps_);
+    GstCaps* caps = mode.caps();
     g_object_set(filter_, "caps", caps, nullptr);
     gst_caps_unref(caps);
     // Raw frames reach the sink through the held frame; the others the driver decodes for it.
-    const bool raw = mode->kind == GraphMode::Kind::Raw;
+    const bool raw = mode.kind == GraphMode::Kind::Raw;
     frame_.setSink(raw ? sink : nullptr);
     sink_ = raw ? nullptr : sink;
     nextOffset_ = GST_BUFFER_OFFSET_NONE;
@@ -748,7 +749,41 @@ int GraphDriver::GetCamParameterRange(int cam, int type, CamParamRange& range)
         range.enabled = 1;
         return 0;
     }
+    if (type == kFrameRate)
+        return frameRateRange(range);
     return parameters_.range(type, range);
+}
+
+int GraphDriver::frameRateRange(CamParamRange& range) const
+{
+    range = CamParamRange{};
+    const GraphMode* mode = modeOf(mode_);
+    if (!mode || mode->rates.empty())
+        return 0;
+    const auto& [lowN, lowD] = mode->rates.front();
+    const auto& [highN, highD] = mode->rates.back();
+    range.minimum = std::max(1, (lowN + lowD - 1) / lowD);
+    range.maximum = highN / highD;
+    range.defaultValue = range.maximum;
+    // One rate offered leaves nothing to choose.
+    range.enabled = range.maximum > range.minimum ? 1 : 0;
+    return 0;
+}
+
+int GraphDriver::setFrameRate(std::int32_t fps)
+{
+    CamParamRange range;
+    frameRateRange(range);
+    if (!range.enabled)
+        return kNotSupported;
+    if (fps < range.minimum || fps > range.maximum)
+        return kOutOfRange;
+    wantedFps_ = fps;
+    // A camera takes a new rate only with a new stream (an unplugged one when it is back).
+    if (!started_ || away_)
+        return 0;
+    gst_element_set_state(file_.graph(), GST_STATE_READY);
+    return startStream(wantedSink_);
 }
 
 int GraphDriver::SetCamParameter(int cam, int type, std::int32_t value)
@@ -756,6 +791,8 @@ int GraphDriver::SetCamParameter(int cam, int type, std::int32_t value)
     if (const int s = checkOpen(cam))
         return s;
     const std::lock_guard guard(deviceMutex_);
+    if (type == kFrameRate)
+        return setFrameRate(value);
     return parameters_.set(type, value);
 }
 
@@ -766,6 +803,15 @@ int GraphDriver::GetCamParameter(int cam, int type, std::int32_t& value)
     const std::lock_guard guard(deviceMutex_);
     if (type == kAviWriting) {
         value = frame_.recording() ? 1 : 0;
+        return 0;
+    }
+    if (type == kFrameRate) {
+        CamParamRange range;
+        frameRateRange(range);
+        if (!range.enabled)
+            return kNotSupported;
+        const GraphMode now = modeOf(mode_)->atRate(wantedFps_);
+        value = now.fpsN / std::max(1, now.fpsD);
         return 0;
     }
     return parameters_.get(type, value);

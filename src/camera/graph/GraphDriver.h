@@ -57,6 +57,8 @@ namespace tavix {
 //   160 white-balance temperature in kelvin, automatic with the automatic white balance
 //   161 focus, automatic with autofocus; 162 power-line frequency (the menu's
 //     index); 163 dynamic frame rate (the exposure's automatic priority)
+//   147 frame rate: the rates the camera offers at the mode, in whole frames
+//     a second (greyed when it offers one); a new rate restarts the stream
 //   24 AVI being written
 // An error on the pipeline while streaming (a pulled cable) is logged with
 // GStreamer's text; the stream ends, IsStarted answers 0, connectionLost
@@ -144,6 +146,8 @@ public:
     // mode streams in, the pipeline.
     QSize frameSize() const;
     const std::vector<GraphMode>& modes() const { return modes_; }
+    // The frame rate of the frames arriving (their caps'), 0 before the first.
+    double arrivingFps() const { return fps_; }
     _GstElement* pipeline() const { return file_.graph(); }
 
 private:
@@ -155,6 +159,9 @@ private:
     void findModes();
     const GraphMode* modeOf(std::int32_t index) const;
     int startStream(FrameSink* sink);
+    // The frame rate (147): the rates the camera offers at the mode, in whole frames a second.
+    int frameRateRange(CamParamRange& range) const;
+    int setFrameRate(std::int32_t fps);
     void startWatching();
     void onDevice(const DeviceMonitor::Device& device, bool added);
     void receive(_GstSample* sample);
@@ -177,6 +184,7 @@ private:
     _GstElement* appsink_ = nullptr;
     std::vector<GraphMode> modes_;
     std::int32_t mode_ = -1;
+    std::int32_t wantedFps_ = 0;  // 0: each mode at its fastest rate
     GraphParameters parameters_;
 
     // Unplugging and plugging in again, from the monitor's thread: these and

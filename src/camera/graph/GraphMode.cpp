@@ -41,6 +41,29 @@ Rate highest(const GValue* value)
     return best;
 }
 
+// Every rate a framerate field allows, slowest first; a range as its two ends.
+void collectRates(const GValue* value, std::vector<std::pair<int, int>>& rates, bool& range)
+{
+    if (!value)
+        return;
+    if (GST_VALUE_HOLDS_FRACTION(value)) {
+        const std::pair<int, int> r{gst_value_get_fraction_numerator(value),
+                                    gst_value_get_fraction_denominator(value)};
+        if (r.first > 0 && r.second > 0 && std::find(rates.begin(), rates.end(), r) == rates.end())
+            rates.push_back(r);
+    } else if (GST_VALUE_HOLDS_FRACTION_RANGE(value)) {
+        range = true;
+        collectRates(gst_value_get_fraction_range_min(value), rates, range);
+        collectRates(gst_value_get_fraction_range_max(value), rates, range);
+    } else if (GST_VALUE_HOLDS_LIST(value)) {
+        for (guint i = 0; i < gst_value_list_get_size(value); ++i)
+            collectRates(gst_value_list_get_value(value, i), rates, range);
+    }
+    std::sort(rates.begin(), rates.end(), [](const auto& a, const auto& b) {
+        return gst_util_fraction_compare(a.first, a.second, b.first, b.second) < 0;
+    });
+}
+
 int kindOrder(GraphMode::Kind kind)
 {
     return static_cast<int>(kind);
@@ -137,6 +160,9 @@ std::vector<GraphMode> GraphMode::offered(const GstCaps* caps)
             gst_structure_set(at, "width", G_TYPE_INT, size.width(), "height", G_TYPE_INT, size.height(),
                               nullptr);
             const Rate rate = highest(gst_structure_get_value(at, "framerate"));
+            std::vector<std::pair<int, int>> rates;
+            bool anyRateBetween = false;
+            collectRates(gst_structure_get_value(at, "framerate"), rates, anyRateBetween);
             gst_structure_free(at);
             auto same =
                 std::find_if(modes.begin(), modes.end(), [&](const GraphMode& m) { return m.size == size; });
@@ -147,6 +173,8 @@ std::vector<GraphMode> GraphMode::offered(const GstCaps* caps)
             mode.format = format;
             mode.fpsN = rate.n;
             mode.fpsD = rate.d;
+            mode.rates = rates;
+            mode.anyRateBetween = anyRateBetween && rates.size() == 2;
             if (same == modes.end()) {
                 modes.push_back(mode);
             } else if (faster(rate, {same->fpsN, same->fpsD}) ||
@@ -175,6 +203,29 @@ QSize GraphMode::ownSize(const GstCaps* caps)
     const bool sized = gst_structure_get_int(s, "width", &w) && gst_structure_get_int(s, "height", &h);
     gst_caps_unref(own);
     return sized ? QSize(w, h) : QSize();
+}
+
+GraphMode GraphMode::atRate(int fps) const
+{
+    GraphMode m = *this;
+    if (fps <= 0 || rates.empty())
+        return m;
+    std::pair<int, int> chosen = rates.front();
+    if (anyRateBetween) {
+        const auto& [lowN, lowD] = rates.front();
+        const auto& [highN, highD] = rates.back();
+        if (gst_util_fraction_compare(fps, 1, highN, highD) > 0)
+            chosen = rates.back();
+        else if (gst_util_fraction_compare(fps, 1, lowN, lowD) >= 0)
+            chosen = {fps, 1};
+    } else {
+        for (const auto& r : rates)
+            if (gst_util_fraction_compare(r.first, r.second, fps, 1) <= 0)
+                chosen = r;
+    }
+    m.fpsN = chosen.first;
+    m.fpsD = chosen.second;
+    return m;
 }
 
 GstCaps* GraphMode::caps() const

@@ -24,6 +24,15 @@ struct GraphMode {
     QByteArray format;  // the raw or Bayer format's name ("YUY2", "rggb"); empty for JPEG
     int fpsN = 0;       // the highest frame rate the camera offers in it; 0/1 when it does not say
     int fpsD = 1;
+    // Every rate the camera offers at this size in this format, slowest
+    // first, as fractions; a range is given by its two ends and anyRateBetween.
+    std::vector<std::pair<int, int>> rates;
+    bool anyRateBetween = false;
+
+    // This mode at the fastest rate not above `fps` frames a second (the
+    // slowest offered when all are above it); as it is when fps <= 0 or the
+    // camera names no rates.
+    GraphMode atRate(int fps) const;
 
     // Every size the offered caps hold, smallest first, each in its fastest
     // format (at equal rates raw before JPEG before Bayer, and the camera's

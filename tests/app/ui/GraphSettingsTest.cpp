@@ -157,3 +157,28 @@ TEST_F(GraphSettings, ControlsTheWebcamLacks_AreGreyed_AutoBoxesToo)
     });
     EXPECT_TRUE(prompter.messages.empty());
 }
+
+// A webcam that offers several rates at its size: the frame-rate slider picks among them.
+TEST_F(GraphSettings, FrameRateSlider_OffersTheWebcamsRates_AndRestartsTheStreamAtTheChosenOne)
+{
+    dir.write(QStringLiteral("Camera.grf"),
+              "videotestsrc is-live=true ! video/x-raw,width=640,height=480,framerate={30/1,15/1,5/1} ! "
+              "identity name=Camera\n");
+    ASSERT_TRUE(start());
+    openSettings([&](QDialog& d) {
+        auto* rate = find<QSlider>(d, "sldClock");
+        ASSERT_TRUE(rate->isEnabled());
+        EXPECT_EQ(rate->minimum(), 5);
+        EXPECT_EQ(rate->maximum(), 30);
+        EXPECT_EQ(rate->value(), 30);
+        EXPECT_EQ(text(d, "lblClockUnit"), QStringLiteral("fps"));
+        rate->setValue(15);
+        EXPECT_EQ(text(d, "lblClock"), QStringLiteral("15"));
+    });
+    std::int32_t fps = 0;
+    ASSERT_EQ(w->camera().session().driver().GetCamParameter(0, 147, fps), 0);
+    EXPECT_EQ(fps, 15);
+    ASSERT_TRUE(waitForLiveFrames(2));
+    EXPECT_DOUBLE_EQ(driver->arrivingFps(), 15.0);
+    EXPECT_TRUE(prompter.messages.empty());
+}

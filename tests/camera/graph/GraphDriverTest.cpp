@@ -294,3 +294,43 @@ TEST(GraphDriver, TheShippedCameraFile_IsTheFirstUsbCamera)
     ASSERT_TRUE(shipped.LoadGrfFile());
     EXPECT_EQ(shipped.devicePath(), QStringLiteral("/dev/video0"));
 }
+
+// A webcam offers a few rates at a size; the dialog's frame-rate slider picks among them.
+TEST_F(GraphDriverTest, FrameRate_TheRatesOfTheMode_ANewOneRestartsTheStreamAtIt)
+{
+    ASSERT_TRUE(
+        openWith("videotestsrc is-live=true ! "
+                 "video/x-raw,width=640,height=480,framerate={30/1,15/1,5/1} ! identity name=Camera"));
+    CamParamRange range;
+    ASSERT_EQ(driver->GetCamParameterRange(0, 147, range), 0);
+    EXPECT_EQ(range.enabled, 1);
+    EXPECT_EQ(range.minimum, 5);
+    EXPECT_EQ(range.maximum, 30);
+    EXPECT_EQ(range.defaultValue, 30);
+    std::int32_t fps = 0;
+    ASSERT_EQ(driver->GetCamParameter(0, 147, fps), 0);
+    EXPECT_EQ(fps, 30);
+
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    EXPECT_DOUBLE_EQ(driver->arrivingFps(), 30.0);
+
+    // 20 is not offered: the fastest rate below it.
+    ASSERT_EQ(driver->SetCamParameter(0, 147, 20), 0);
+    ASSERT_EQ(driver->GetCamParameter(0, 147, fps), 0);
+    EXPECT_EQ(fps, 15);
+    EXPECT_EQ(driver->IsStarted(0), 1);
+    ASSERT_TRUE(waitFrames(2));
+    EXPECT_DOUBLE_EQ(driver->arrivingFps(), 15.0);
+    EXPECT_EQ(driver->SetCamParameter(0, 147, 31), GraphDriver::kOutOfRange);
+    driver->Stop(0);
+    EXPECT_TRUE(logged.isEmpty()) << logged.join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_F(GraphDriverTest, FrameRate_OneRateOffered_IsGreyed)
+{
+    CamParamRange range;
+    ASSERT_EQ(driver->GetCamParameterRange(0, 147, range), 0);
+    EXPECT_EQ(range.enabled, 0);
+    EXPECT_EQ(driver->SetCamParameter(0, 147, 30), GraphDriver::kNotSupported);
+}

@@ -50,6 +50,41 @@ TEST(GraphMode, ARateRange_CountsAtItsTop)
     EXPECT_EQ(modes[0].fpsN, 60);
 }
 
+TEST(GraphMode, Rates_EveryRateOfTheChosenFormat_SlowestFirst)
+{
+    const auto modes = offered(
+        "video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1; "
+        "image/jpeg,width=1920,height=1080,framerate={30/1,15/1,30000/1001}");
+    ASSERT_EQ(modes.size(), 1u);
+    EXPECT_EQ(modes[0].rates, (std::vector<std::pair<int, int>>{{15, 1}, {30000, 1001}, {30, 1}}));
+    EXPECT_FALSE(modes[0].anyRateBetween);
+}
+
+TEST(GraphMode, AtRate_TheFastestNotAbove_ElseTheSlowest)
+{
+    const GraphMode mode = offered("image/jpeg,width=1280,height=720,framerate={30/1,15/1,5/1}").front();
+    EXPECT_EQ(mode.atRate(20).fpsN, 15);
+    EXPECT_EQ(mode.atRate(30).fpsN, 30);
+    EXPECT_EQ(mode.atRate(2).fpsN, 5);
+    EXPECT_EQ(mode.atRate(0).fpsN, 30);  // not chosen: the fastest
+    GstCaps* caps = mode.atRate(15).caps();
+    gint n = 0, d = 0;
+    ASSERT_TRUE(gst_structure_get_fraction(gst_caps_get_structure(caps, 0), "framerate", &n, &d));
+    EXPECT_EQ(n, 15);
+    EXPECT_EQ(d, 1);
+    gst_caps_unref(caps);
+}
+
+TEST(GraphMode, AtRate_ARangeTakesAnyWholeRateWithin)
+{
+    const GraphMode mode =
+        offered("video/x-raw,format=NV12,width=1280,height=720,framerate=[2/1,60/1]").front();
+    EXPECT_TRUE(mode.anyRateBetween);
+    EXPECT_EQ(mode.atRate(24).fpsN, 24);
+    EXPECT_EQ(mode.atRate(99).fpsN, 60);
+    EXPECT_EQ(mode.atRate(1).fpsN, 2);
+}
+
 TEST(GraphMode, BayerAndGrey_AreKept_OtherFormatsSkipped)
 {
     const auto modes = offered(
@@ -77,6 +112,7 @@ TEST(GraphMode, ASizeRange_StandsForTheClassicSizesInIt_AndAFormatListPrefersRgb
 
 TEST(GraphMode, Caps_AskForTheFormatSizeAndRate)
 {
+    gst_init(nullptr, nullptr);  // the fraction type is GStreamer's: this test may run alone
     GraphMode m;
     m.size = QSize(1280, 720);
     m.kind = Kind::Jpeg;
