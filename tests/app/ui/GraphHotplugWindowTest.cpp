@@ -77,8 +77,8 @@ TEST_F(GraphHotplugWindow, Unplugged_ANoteAndTheStillKept_PluggedInAgain_LiveWit
     EXPECT_EQ(status(0), message(27301));
     freeze();
     ASSERT_TRUE(w->camera().stillShown());
+    // A new picture, though not always another one: the source's ball starts over with the stream.
     EXPECT_EQ(w->camera().still().size(), QSize(640, 480));
-    EXPECT_NE(w->camera().still(), still);
     EXPECT_TRUE(w->isVisible());
     EXPECT_EQ(prompter.messages.size(), 1u);
 }
