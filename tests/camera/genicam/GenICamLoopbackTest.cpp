@@ -34,7 +34,9 @@ public:
 
 // Aravis's fake GigE camera in a process of its own on 127.0.0.1, streaming
 // over loopback into the driver, as a camera on the network does.
-class GenICamLoopback : public ::testing::Test {
+// Real time, and alone: both fake cameras answer on the GigE Vision port of
+// 127.0.0.1, so two of these tests side by side would talk to each other's.
+class GenICamLoopbackRealTime : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -70,7 +72,8 @@ protected:
 
 }  // namespace
 
-TEST_F(GenICamLoopback, At2048x1536And25Fps_EveryFrameArrivesWhole_WhileBothCoresAreBusy_BayerShownAsColour)
+TEST_F(GenICamLoopbackRealTime,
+       At2048x1536And25Fps_EveryFrameArrivesWhole_WhileBothCoresAreBusy_BayerShownAsColour)
 {
     test::FakeGigECamera camera(QStringLiteral("TAVIXLOOP1"), 0, 60);
     GenICamDriver driver([this](const QString& line) { logged.append(line); });
@@ -101,7 +104,7 @@ TEST_F(GenICamLoopback, At2048x1536And25Fps_EveryFrameArrivesWhole_WhileBothCore
     EXPECT_EQ(driver.frameFormat(), QImage::Format_RGB888);  // demosaiced from the fake's Bayer format
 }
 
-TEST_F(GenICamLoopback, ACameraThatLosesPacketsAndResendsNone_CountsBrokenFrames_AndShowsTheWholeOnes)
+TEST_F(GenICamLoopbackRealTime, ACameraThatLosesPacketsAndResendsNone_CountsBrokenFrames_AndShowsTheWholeOnes)
 {
     test::FakeGigECamera camera(QStringLiteral("TAVIXLOOP2"), 10, 60);
     GenICamDriver driver([this](const QString& line) { logged.append(line); });
