@@ -1,6 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
 
 namespace tavix::PictureMemory {
 
@@ -20,17 +24,46 @@ bool keepLargeBlocksSeparate();
 // where the system has no such advice.
 void adviseLargePages(void* data, std::size_t bytes);
 
-// Sets a vector to `count` zeros; new storage is advised large pages before
-// it is written.
-template <class Vector>
-void assignZeros(Vector& v, std::size_t count)
+// An allocator that leaves new elements of a resize unwritten, for buffers
+// that are filled whole right after: zeros would cost a pass over memory the
+// system has just zeroed or that is overwritten anyway.
+template <class T>
+struct UnwrittenAllocator : std::allocator<T> {
+    template <class U>
+    struct rebind {
+        using other = UnwrittenAllocator<U>;
+    };
+    UnwrittenAllocator() = default;
+    template <class U>
+    UnwrittenAllocator(const UnwrittenAllocator<U>&) noexcept
+    {
+    }
+    template <class U>
+    void construct(U* p) noexcept
+    {
+        ::new (static_cast<void*>(p)) U;
+    }
+    template <class U, class... Args>
+    void construct(U* p, Args&&... args)
+    {
+        ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
+};
+
+template <class T>
+using Buffer = std::vector<T, UnwrittenAllocator<T>>;
+
+// Sets a buffer to `count` elements that the caller writes before reading;
+// new storage is advised large pages first.
+template <class T>
+void assignUnwritten(Buffer<T>& v, std::size_t count)
 {
     if (v.capacity() < count) {
-        Vector().swap(v);
+        Buffer<T>().swap(v);
         v.reserve(count);
-        adviseLargePages(v.data(), count * sizeof(v[0]));
+        adviseLargePages(v.data(), count * sizeof(T));
     }
-    v.assign(count, 0);
+    v.resize(count);
 }
 
 // The size from which a block is given memory of its own.

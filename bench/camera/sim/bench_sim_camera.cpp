@@ -2,6 +2,7 @@
 // each against its baseline timed in the same run: one memcpy of a frame, and
 // a raw write of the same bytes.
 #include "camera/sim/SimCamera.h"
+#include "camera/sim/SimScene.h"
 #include "common/SafeFile.h"
 #include "media/BmpFile.h"
 
@@ -99,6 +100,24 @@ void SimFrameAfterSaturationChange(benchmark::State& state)
     }
 }
 BENCHMARK(SimFrameAfterSaturationChange)->Unit(benchmark::kMillisecond);
+
+// A fresh camera's first frame: the scene, its processing, the noise and
+// the frame buffers all made for the first time (what start-up waits for).
+void SimFirstFrame(benchmark::State& state)
+{
+    for (auto _ : state) {
+        tavix::ManualClock clock;
+        tavix::SimCamera::Options o;
+        o.defaultMode = 8;
+        o.threaded = false;
+        tavix::SimCamera cam(o, &clock);
+        cam.Init();
+        cam.Open(0);
+        cam.Start(0, 0, nullptr, -1, 0);
+        benchmark::DoNotOptimize(cam.produceFrame());
+    }
+}
+BENCHMARK(SimFirstFrame)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 // Rendering the still scene for a new mode (once per resolution change).
 void SimSceneRender(benchmark::State& state)

@@ -14,25 +14,21 @@ namespace {
 
 std::atomic<bool> fakeOnly{false};
 
-// The GigE discovery thread and what its newest run found.
+// What the newest GigE discovery found. Its thread is detached and the state
+// is never destroyed: a discovery waits a second for answers, and the program
+// must not wait for it when it ends.
 struct GigE {
     std::mutex lock;
     std::condition_variable finished;
-    std::thread thread;
     bool running = false;
     bool ran = false;
     std::vector<GenICamDiscovery::Device> devices;
-    ~GigE()
-    {
-        if (thread.joinable())
-            thread.join();
-    }
 };
 
 GigE& gige()
 {
-    static GigE g;
-    return g;
+    static GigE* g = new GigE;
+    return *g;
 }
 
 QString text(const char* s)
@@ -93,10 +89,8 @@ void GenICamDiscovery::startGigE()
     const std::lock_guard lock(g.lock);
     if (g.running)
         return;
-    if (g.thread.joinable())
-        g.thread.join();  // the previous run, which has finished
     g.running = true;
-    g.thread = std::thread([] {
+    std::thread([] {
         std::vector<Device> found = listed(Bus::GigE);
         GigE& g = gige();
         {
@@ -106,7 +100,7 @@ void GenICamDiscovery::startGigE()
             g.ran = true;
         }
         g.finished.notify_all();
-    });
+    }).detach();
 }
 
 std::vector<GenICamDiscovery::Device> GenICamDiscovery::find(std::chrono::milliseconds gigeWait)

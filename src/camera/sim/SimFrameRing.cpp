@@ -26,8 +26,16 @@ void SimFrameRing::render(int slot, int previous, QSize size, const SimLook& loo
     const auto i = static_cast<size_t>(slot);
     auto& buffer = buffers_[i];
     const size_t bytes = static_cast<size_t>(stride(size) * size.height());
-    if (buffer.size() != bytes)
-        PictureMemory::assignZeros(buffer, bytes);
+    if (buffer.size() != bytes) {
+        // Frames are written whole; only the bytes that pad rows to whole
+        // words are never written, and they are zeroed once.
+        PictureMemory::assignUnwritten(buffer, bytes);
+        const qsizetype rowBytes = qsizetype(size.width()) * 3;
+        if (stride(size) > rowBytes)
+            for (int y = 0; y < size.height(); ++y)
+                std::memset(buffer.data() + y * stride(size) + rowBytes, 0,
+                            static_cast<size_t>(stride(size) - rowBytes));
+    }
     sizes_[i] = size;
     sequences_[i] = sequence;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "camera/sim/SimImagePipeline.h"
+#include "common/PictureMemory.h"
 #include "media/FrameView.h"
 
 #include <QImage>
@@ -42,7 +43,7 @@ private:
     static qsizetype stride(QSize size);
 
     SimImagePipeline pipeline_;
-    std::array<std::vector<uchar>, kSlots> buffers_;
+    std::array<PictureMemory::Buffer<uchar>, kSlots> buffers_;
     std::array<QSize, kSlots> sizes_;
     std::array<std::uint64_t, kSlots> sequences_{};
     std::mt19937 rng_{2024};

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <random>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -21,6 +20,15 @@ constexpr int kNoiseRows = 128;
 constexpr int kNoiseSlack = 128;  // pixels of horizontal play for the per-frame offset
 constexpr int kMatrixShift = 12;
 constexpr double kUnitNoise = 1024.0;  // one standard deviation in the stored unit noise
+
+// A fast generator with good statistics for noise (not for secrets).
+std::uint64_t splitMix64(std::uint64_t& state)
+{
+    std::uint64_t z = (state += 0x9e3779b97f4a7c15ULL);
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    return z ^ (z >> 31);
+}
 
 using Matrix = std::array<std::array<double, 3>, 3>;
 
@@ -144,8 +152,10 @@ void SimImagePipeline::ensureScene()
     scene_ = SimScene::render(size_);
     particleMask_ = SimScene::particleMask(size_);
     const qsizetype bytes = static_cast<qsizetype>(size_.width()) * 3 * size_.height();
-    PictureMemory::assignZeros(prepared_, static_cast<size_t>(bytes));
-    PictureMemory::assignZeros(finished_, static_cast<size_t>(bytes));
+    // Both are written whole before they are read; the prepared picture is
+    // needed only for colour mixing and is made when first used.
+    PictureMemory::assignUnwritten(finished_, static_cast<size_t>(bytes));
+    prepared_.clear();
 
     sceneDirty_ = false;
     preparedValid_ = false;
@@ -173,6 +183,7 @@ void SimImagePipeline::preparePass()
 {
     const int w = size_.width();
     const int h = size_.height();
+    PictureMemory::assignUnwritten(prepared_, static_cast<size_t>(w) * 3 * static_cast<size_t>(h));
     // Locals, not members: stores through uchar* could alias them and force
     // a reload of every coefficient for every pixel.
     const int a0 = matrix_[0], a1 = matrix_[1], a2 = matrix_[2];
@@ -297,15 +308,17 @@ void SimImagePipeline::ensureNoise()
     const int rowPixels = size_.width() + kNoiseSlack;
     const size_t pixels = static_cast<size_t>(rowPixels) * kNoiseRows;
     if (unitNoise_.size() != pixels) {
-        // The sum of four uniforms is near enough to a normal distribution;
-        // its standard deviation is 2 / sqrt(3). Made once per size.
-        std::mt19937 rng(12345);
-        std::uniform_real_distribution<double> uniform(-1.0, 1.0);
-        const double scale = kUnitNoise / (2.0 / std::sqrt(3.0));
-        PictureMemory::assignZeros(unitNoise_, pixels);
+        // The sum of four uniforms is near enough to a normal distribution.
+        // One 64-bit draw gives the four as 16-bit numbers; their sum has a
+        // standard deviation of 65536 / sqrt(3). Made once per size.
+        PictureMemory::assignUnwritten(unitNoise_, pixels);
+        std::uint64_t state = 12345;
+        const float scale = static_cast<float>(kUnitNoise * std::sqrt(3.0) / 65536.0);
         for (auto& v : unitNoise_) {
-            const double n = (uniform(rng) + uniform(rng) + uniform(rng) + uniform(rng)) * scale;
-            v = static_cast<std::int16_t>(std::clamp(std::lround(n), -32000L, 32000L));
+            const std::uint64_t r = splitMix64(state);
+            const int sum =
+                static_cast<int>((r & 0xffff) + ((r >> 16) & 0xffff) + ((r >> 32) & 0xffff) + (r >> 48));
+            v = static_cast<std::int16_t>(std::lrintf(static_cast<float>(sum - 2 * 65535) * scale));
         }
         noiseSigma_ = -1;
     }
@@ -314,13 +327,14 @@ void SimImagePipeline::ensureNoise()
     if (sigma == noiseSigma_)
         return;
     noiseSigma_ = sigma;
-    if (noise_.size() != pixels * 3)
-        PictureMemory::assignZeros(noise_, pixels * 3);
-    const double scale = sigma / kUnitNoise;
+    PictureMemory::assignUnwritten(noise_, pixels * 3);
+    // Scaled in 16-bit fixed point: the unit noise is at most 4 standard
+    // deviations and sigma a few levels, far from overflowing.
+    const auto scale = static_cast<std::int32_t>(std::lround(sigma / kUnitNoise * 65536.0));
     for (size_t i = 0; i < pixels; ++i) {
-        const auto v = static_cast<std::int8_t>(std::clamp(std::lround(unitNoise_[i] * scale), -127L, 127L));
-        noise_[3 * i] = noise_[3 * i + 1] = noise_[3 * i + 2] =
-            v;  // the same for R, G, B so that grey stays grey
+        const std::int32_t v = std::clamp((unitNoise_[i] * scale + 32768) >> 16, -127, 127);
+        // The same for R, G, B so that grey stays grey.
+        noise_[3 * i] = noise_[3 * i + 1] = noise_[3 * i + 2] = static_cast<std::int8_t>(v);
     }
 }
 

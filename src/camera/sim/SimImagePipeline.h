@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/PictureMemory.h"
+
 #include <QImage>
 #include <QPointF>
 #include <QSize>
@@ -82,12 +84,13 @@ private:
     QImage particleMask_;
     std::array<int, 9> matrix_{};  // colour matrix x gains, 12 fractional bits
     std::array<std::array<uchar, 256>, 3> tables_{};
-    std::vector<uchar> prepared_;  // after gains and a mixing matrix, flipped; 3 * width per row
-    std::vector<uchar> finished_;  // after the tables
+    PictureMemory::Buffer<uchar> prepared_;  // after gains and a mixing matrix, flipped; 3 * width per row
+    PictureMemory::Buffer<uchar> finished_;  // after the tables
     double meanLevel_ = 0;
 
-    std::vector<std::int16_t> unitNoise_;  // rows of (width + slack) pixels, standard deviation 1024
-    std::vector<std::int8_t> noise_;       // the same scaled to the gain, one value for each of R, G, B
+    PictureMemory::Buffer<std::int16_t>
+        unitNoise_;                             // rows of (width + slack) pixels, standard deviation 1024
+    PictureMemory::Buffer<std::int8_t> noise_;  // the same scaled to the gain, one value for each of R, G, B
     double noiseSigma_ = -1;
 };
 

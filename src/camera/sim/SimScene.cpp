@@ -134,6 +134,37 @@ void drawScale(QPainter& p, const SimScene::Scale& s, bool numbered)
         drawNumber(p, qRound(i * s.division), s.zero.x() + i * s.division, s.zero.y() + 12, 20);
 }
 
+// The slide's features as reflectances, in micrometres around the centre.
+void paintFeatures(QPainter& p, const SimScene::Geometry& g, double umPerPixel)
+{
+    for (const auto& patch : g.greyPatches)
+        p.fillRect(patch.rect, QColor::fromRgbF(static_cast<float>(patch.reflectance),
+                                                static_cast<float>(patch.reflectance),
+                                                static_cast<float>(patch.reflectance)));
+    p.setPen(Qt::NoPen);
+    p.setBrush(reflectance(kLargeDisc));
+    drawDisc(p, g.largeCircle, umPerPixel);
+    p.setBrush(reflectance(kSmallDisc));
+    drawDisc(p, g.smallCircle, umPerPixel);
+    p.setBrush(reflectance(kRectangle));
+    p.drawPolygon(g.rectangle.data(), static_cast<int>(g.rectangle.size()));
+    p.setBrush(reflectance(kTriangle));
+    p.drawPolygon(g.triangle.data(), static_cast<int>(g.triangle.size()));
+
+    p.setBrush(Qt::NoBrush);
+    p.setPen(QPen(reflectance(kInk), g.angle.lineWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+    const QPointF v = g.angle.vertex;
+    const auto rayEnd = [&](double deg) {
+        return v +
+               QPointF(std::cos(qDegreesToRadians(deg)), -std::sin(qDegreesToRadians(deg))) * g.angle.length;
+    };
+    const QPointF tip[3] = {rayEnd(g.angle.firstDeg), v, rayEnd(g.angle.secondDeg)};
+    p.drawPolyline(tip, 3);
+
+    drawScale(p, g.horizontalScale, true);
+    drawScale(p, g.verticalScale, false);
+}
+
 }  // namespace
 
 const SimScene::Geometry& SimScene::geometry()
@@ -182,45 +213,7 @@ QImage SimScene::render(QSize size)
         return {};
     const Geometry& g = geometry();
     const double s = micrometresPerPixel(size);
-
-    // Paint reflectances, then light them: features sit in the same lamp
-    // light as the slide, vignetting included.
-    QImage slide(size, QImage::Format_RGB32);
-    PictureMemory::adviseLargePages(slide.bits(), static_cast<size_t>(slide.sizeInBytes()));
-    slide.fill(Qt::white);
-    {
-        QPainter p(&slide);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.translate(size.width() / 2.0, size.height() / 2.0);
-        p.scale(1.0 / s, 1.0 / s);
-
-        for (const Patch& patch : g.greyPatches)
-            p.fillRect(patch.rect, QColor::fromRgbF(static_cast<float>(patch.reflectance),
-                                                    static_cast<float>(patch.reflectance),
-                                                    static_cast<float>(patch.reflectance)));
-        p.setPen(Qt::NoPen);
-        p.setBrush(reflectance(kLargeDisc));
-        drawDisc(p, g.largeCircle, s);
-        p.setBrush(reflectance(kSmallDisc));
-        drawDisc(p, g.smallCircle, s);
-        p.setBrush(reflectance(kRectangle));
-        p.drawPolygon(g.rectangle.data(), static_cast<int>(g.rectangle.size()));
-        p.setBrush(reflectance(kTriangle));
-        p.drawPolygon(g.triangle.data(), static_cast<int>(g.triangle.size()));
-
-        p.setBrush(Qt::NoBrush);
-        p.setPen(QPen(reflectance(kInk), g.angle.lineWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
-        const QPointF v = g.angle.vertex;
-        const auto rayEnd = [&](double deg) {
-            return v + QPointF(std::cos(qDegreesToRadians(deg)), -std::sin(qDegreesToRadians(deg))) *
-                           g.angle.length;
-        };
-        const QPointF tip[3] = {rayEnd(g.angle.firstDeg), v, rayEnd(g.angle.secondDeg)};
-        p.drawPolyline(tip, 3);
-
-        drawScale(p, g.horizontalScale, true);
-        drawScale(p, g.verticalScale, false);
-    }
+    const int w = size.width();
 
     QImage lit(size, QImage::Format_RGB888);
     PictureMemory::adviseLargePages(lit.bits(), static_cast<size_t>(lit.sizeInBytes()));
@@ -231,32 +224,53 @@ QImage SimScene::render(QSize size)
     for (int x = 0; x < size.width(); ++x)
         columnSq[static_cast<size_t>(x)] = (x + 0.5f - cx) * (x + 0.5f - cx);
     const float lamp[3] = {kLamp[0] / 255.0f, kLamp[1] / 255.0f, kLamp[2] / 255.0f};
-    // Lit into a row of 32-bit pixels first: that loop vectorises, which one
-    // storing three bytes a pixel does not, and the scene is rendered before
-    // the first frame at start-up.
     std::vector<quint32> litRow(static_cast<size_t>(size.width()));
-    const int w = size.width();
-    for (int y = 0; y < size.height(); ++y) {
-        const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y));
-        const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
-        quint32* row = litRow.data();
-        const float* colSq = columnSq.data();
-        for (int x = 0; x < w; ++x) {
-            const float light = 1.0f - falloff * (colSq[x] + rowSq);
-            const QRgb c = src[x];
-            const auto r =
-                static_cast<quint32>(static_cast<int>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f));
-            const auto g = static_cast<quint32>(
-                static_cast<int>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f));
-            const auto b =
-                static_cast<quint32>(static_cast<int>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f));
-            row[x] = r | (g << 8) | (b << 16);
+
+    // Reflectances are painted a band of rows at a time and lit at once: the
+    // band stays in the cache, and the scene is rendered before the first
+    // frame at start-up. Bands start at whole rows, so the painted pixels are
+    // those of one painting of the whole slide.
+    constexpr int kBandRows = 128;
+    QImage slide(w, std::min(kBandRows, size.height()), QImage::Format_RGB32);
+    for (int top = 0; top < size.height(); top += kBandRows) {
+        slide.fill(Qt::white);
+        {
+            QPainter p(&slide);
+            p.setRenderHint(QPainter::Antialiasing);
+            p.translate(size.width() / 2.0, size.height() / 2.0 - top);
+            p.scale(1.0 / s, 1.0 / s);
+            paintFeatures(p, g, s);
         }
-        // Four bytes a pixel, each store overlapping the next pixel's first byte; three for the last.
-        uchar* dst = lit.scanLine(y);
-        for (int x = 0; x + 1 < w; ++x)
-            std::memcpy(dst + 3 * x, row + x, 4);
-        std::memcpy(dst + 3 * (w - 1), row + w - 1, 3);
+        const int bottom = std::min(top + kBandRows, size.height());
+        for (int y = top; y < bottom; ++y) {
+            const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y - top));
+            const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
+            quint32* row = litRow.data();
+            const float* colSq = columnSq.data();
+            // Lit into a row of 32-bit pixels first: that loop vectorises,
+            // which one storing three bytes a pixel does not.
+            for (int x = 0; x < w; ++x) {
+                const float light = 1.0f - falloff * (colSq[x] + rowSq);
+                const QRgb c = src[x];
+                const auto r = static_cast<quint32>(
+                    static_cast<int>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f));
+                const auto gr = static_cast<quint32>(
+                    static_cast<int>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f));
+                const auto b = static_cast<quint32>(
+                    static_cast<int>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f));
+                row[x] = r | (gr << 8) | (b << 16);
+            }
+            // Four pixels in three words (little-endian, like the row above).
+            uchar* dst = lit.scanLine(y);
+            int x = 0;
+            for (; x + 4 <= w; x += 4) {
+                const quint32 p0 = row[x], p1 = row[x + 1], p2 = row[x + 2], p3 = row[x + 3];
+                const quint32 words[3] = {p0 | p1 << 24, p1 >> 8 | p2 << 16, p2 >> 16 | p3 << 8};
+                std::memcpy(dst + 3 * x, words, sizeof words);
+            }
+            for (; x < w; ++x)
+                std::memcpy(dst + 3 * x, row + x, 3);
+        }
     }
     return lit;
 }
