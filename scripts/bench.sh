@@ -23,7 +23,7 @@ run() {  # bench, filter, extra arguments
         --benchmark_out="$json/$name.json" --benchmark_out_format=json "$@" >/dev/null ||
         echo "$name failed; its rows stay empty" >&2
 }
-run bench_live_view 'DisplayOneFrame|StreamAt30Fps|StartupToFirstLiveFrame'
+run bench_live_view 'DisplayOneFrame|ScaleOneFrame|StreamAt30Fps|StartupToFirstLiveFrame'
 run bench_graph_live '.'
 run bench_genicam_live '.'
 run bench_interval_save 'SeriesPicture'
@@ -57,6 +57,8 @@ def counter(runs, name, key):
     return r.get(key) if r else None
 row("Live view, sim 2592x1944 to 1000x750, per shown frame (baseline: memcpy of the frame)",
     counter(live, "DisplayOneFrame/manual_time", "ours_ms"), counter(live, "DisplayOneFrame/manual_time", "base_ms"), "≤ 1.0x")
+row("Live view, sim, the driver thread's part alone: scaled into the view's picture, not painted (baseline: memcpy of the frame)",
+    counter(live, "ScaleOneFrame/manual_time", "ours_ms"), counter(live, "ScaleOneFrame/manual_time", "base_ms"), "–")
 row("Live view, sim, ours against GStreamer's scale + convert + sink on the same frames (baseline: GStreamer)",
     counter(live, "DisplayOneFrameVsGStreamer/manual_time", "ours_ms"),
     counter(live, "DisplayOneFrameVsGStreamer/manual_time", "base_ms"), "peer")

@@ -75,6 +75,26 @@ void DisplayOneFrame(benchmark::State& state)
 }
 BENCHMARK(DisplayOneFrame)->Unit(benchmark::kMillisecond)->UseManualTime();
 
+// The same without painting: what the driver's thread spends on a frame.
+void ScaleOneFrame(benchmark::State& state)
+{
+    const QImage frame = fullFrame();
+    std::vector<uchar> target(static_cast<size_t>(frame.sizeInBytes()));
+    LiveView view;
+    view.setDisplaySize(kView);
+    bench::timeAgainstBaseline(
+        state,
+        [&] {
+            view.frameReady(frameViewOf(frame));
+            benchmark::DoNotOptimize(view.takeFrame());
+        },
+        [&] {
+            std::memcpy(target.data(), frame.constBits(), target.size());
+            benchmark::ClobberMemory();
+        });
+}
+BENCHMARK(ScaleOneFrame)->Unit(benchmark::kMillisecond)->UseManualTime();
+
 // GStreamer's own display path on the same frames: scaled to the view's size
 // and converted to the window's pixel layout, then handed to a sink (an
 // application sink here, so that each frame is waited for; a window sink

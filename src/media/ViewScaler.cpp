@@ -107,6 +107,7 @@ void run(const RowJob& job)
 #pragma GCC push_options
 #pragma GCC target("avx2")
 #endif
+#define TAVIX_SCALER_AVX2 1
 namespace avx2 {
 #include "media/ViewScalerRows.inc"
 void run(const RowJob& job)
@@ -119,6 +120,7 @@ void run(const RowJob& job)
 #else
 #pragma GCC pop_options
 #endif
+#undef TAVIX_SCALER_AVX2
 #undef TAVIX_SCALER_SIMD
 #endif
 
