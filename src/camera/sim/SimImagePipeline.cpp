@@ -2,6 +2,7 @@
 
 #include "camera/sim/SimScene.h"
 #include "common/PictureMemory.h"
+#include "common/RowHalves.h"
 
 #include <QtMath>
 #include <algorithm>
@@ -19,7 +20,8 @@ namespace {
 constexpr int kNoiseRows = 128;
 constexpr int kNoiseSlack = 128;  // pixels of horizontal play for the per-frame offset
 constexpr int kMatrixShift = 12;
-constexpr double kUnitNoise = 1024.0;  // one standard deviation in the stored unit noise
+constexpr int kRowsWorthAThread = 256;  // a second thread costs less than this many rows
+constexpr double kUnitNoise = 1024.0;   // one standard deviation in the stored unit noise
 
 // A fast generator with good statistics for noise (not for secrets).
 std::uint64_t splitMix64(std::uint64_t& state)
@@ -262,32 +264,38 @@ void SimImagePipeline::ensureFinished()
         const uchar* t0 = folded[0].data();
         const uchar* t1 = folded[1].data();
         const uchar* t2 = folded[2].data();
-        for (int y = 0; y < h; ++y) {
-            const uchar* src = scene_.constScanLine(look_.flipV ? h - 1 - y : y);
-            uchar* dst = finished_.data() + static_cast<qsizetype>(y) * w * 3;
-            const int step = look_.flipH ? -3 : 3;
-            if (look_.flipH)
-                src += 3 * (w - 1);
-            for (int x = 0; x < w; ++x, src += step, dst += 3) {
-                dst[0] = t0[src[0]];
-                dst[1] = t1[src[1]];
-                dst[2] = t2[src[2]];
+        // Both cores: this pass comes before the first frame and after every
+        // change of exposure or gain.
+        RowHalves::run(h, kRowsWorthAThread, [&](int from, int to) {
+            for (int y = from; y < to; ++y) {
+                const uchar* src = scene_.constScanLine(look_.flipV ? h - 1 - y : y);
+                uchar* dst = finished_.data() + static_cast<qsizetype>(y) * w * 3;
+                const int step = look_.flipH ? -3 : 3;
+                if (look_.flipH)
+                    src += 3 * (w - 1);
+                for (int x = 0; x < w; ++x, src += step, dst += 3) {
+                    dst[0] = t0[src[0]];
+                    dst[1] = t1[src[1]];
+                    dst[2] = t2[src[2]];
+                }
             }
-        }
+        });
     } else {
         if (!preparedValid_)
             preparePass();
-        const qsizetype n = static_cast<qsizetype>(prepared_.size());
-        const uchar* src = prepared_.data();
-        uchar* dst = finished_.data();
         const uchar* t0 = tables_[0].data();
         const uchar* t1 = tables_[1].data();
         const uchar* t2 = tables_[2].data();
-        for (qsizetype i = 0; i + 2 < n; i += 3) {
-            dst[i] = t0[src[i]];
-            dst[i + 1] = t1[src[i + 1]];
-            dst[i + 2] = t2[src[i + 2]];
-        }
+        RowHalves::run(h, kRowsWorthAThread, [&](int from, int to) {
+            const qsizetype end = static_cast<qsizetype>(to) * w * 3;
+            const uchar* src = prepared_.data();
+            uchar* dst = finished_.data();
+            for (qsizetype i = static_cast<qsizetype>(from) * w * 3; i < end; i += 3) {
+                dst[i] = t0[src[i]];
+                dst[i + 1] = t1[src[i + 1]];
+                dst[i + 2] = t2[src[i + 2]];
+            }
+        });
     }
 
     double sum = 0;

@@ -1,6 +1,7 @@
 #include "camera/sim/SimScene.h"
 
 #include "common/PictureMemory.h"
+#include "common/RowHalves.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -224,54 +225,60 @@ QImage SimScene::render(QSize size)
     for (int x = 0; x < size.width(); ++x)
         columnSq[static_cast<size_t>(x)] = (x + 0.5f - cx) * (x + 0.5f - cx);
     const float lamp[3] = {kLamp[0] / 255.0f, kLamp[1] / 255.0f, kLamp[2] / 255.0f};
-    std::vector<quint32> litRow(static_cast<size_t>(size.width()));
+    uchar* const litBits = lit.bits();
+    const qsizetype litStride = lit.bytesPerLine();
 
     // Reflectances are painted a band of rows at a time and lit at once: the
-    // band stays in the cache, and the scene is rendered before the first
-    // frame at start-up. Bands start at whole rows, so the painted pixels are
-    // those of one painting of the whole slide.
+    // band stays in the cache. Bands start at whole rows, so the painted
+    // pixels are those of one painting of the whole slide. The scene is
+    // rendered before the camera's first frame, so two threads share the bands.
     constexpr int kBandRows = 128;
-    QImage slide(w, std::min(kBandRows, size.height()), QImage::Format_RGB32);
-    for (int top = 0; top < size.height(); top += kBandRows) {
-        slide.fill(Qt::white);
-        {
-            QPainter p(&slide);
-            p.setRenderHint(QPainter::Antialiasing);
-            p.translate(size.width() / 2.0, size.height() / 2.0 - top);
-            p.scale(1.0 / s, 1.0 / s);
-            paintFeatures(p, g, s);
-        }
-        const int bottom = std::min(top + kBandRows, size.height());
-        for (int y = top; y < bottom; ++y) {
-            const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y - top));
-            const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
-            quint32* row = litRow.data();
-            const float* colSq = columnSq.data();
-            // Lit into a row of 32-bit pixels first: that loop vectorises,
-            // which one storing three bytes a pixel does not.
-            for (int x = 0; x < w; ++x) {
-                const float light = 1.0f - falloff * (colSq[x] + rowSq);
-                const QRgb c = src[x];
-                const auto r = static_cast<quint32>(
-                    static_cast<int>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f));
-                const auto gr = static_cast<quint32>(
-                    static_cast<int>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f));
-                const auto b = static_cast<quint32>(
-                    static_cast<int>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f));
-                row[x] = r | (gr << 8) | (b << 16);
+    const int bands = (size.height() + kBandRows - 1) / kBandRows;
+    RowHalves::run(bands, 4, [&](int firstBand, int endBand) {
+        QImage slide(w, std::min(kBandRows, size.height()), QImage::Format_RGB32);
+        std::vector<quint32> litRow(static_cast<size_t>(w));
+        for (int band = firstBand; band < endBand; ++band) {
+            const int top = band * kBandRows;
+            slide.fill(Qt::white);
+            {
+                QPainter p(&slide);
+                p.setRenderHint(QPainter::Antialiasing);
+                p.translate(size.width() / 2.0, size.height() / 2.0 - top);
+                p.scale(1.0 / s, 1.0 / s);
+                paintFeatures(p, g, s);
             }
-            // Four pixels in three words (little-endian, like the row above).
-            uchar* dst = lit.scanLine(y);
-            int x = 0;
-            for (; x + 4 <= w; x += 4) {
-                const quint32 p0 = row[x], p1 = row[x + 1], p2 = row[x + 2], p3 = row[x + 3];
-                const quint32 words[3] = {p0 | p1 << 24, p1 >> 8 | p2 << 16, p2 >> 16 | p3 << 8};
-                std::memcpy(dst + 3 * x, words, sizeof words);
+            const int bottom = std::min(top + kBandRows, size.height());
+            for (int y = top; y < bottom; ++y) {
+                const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y - top));
+                const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
+                quint32* row = litRow.data();
+                const float* colSq = columnSq.data();
+                // Lit into a row of 32-bit pixels first: that loop vectorises,
+                // which one storing three bytes a pixel does not.
+                for (int x = 0; x < w; ++x) {
+                    const float light = 1.0f - falloff * (colSq[x] + rowSq);
+                    const QRgb c = src[x];
+                    const auto r = static_cast<quint32>(
+                        static_cast<int>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f));
+                    const auto gr = static_cast<quint32>(
+                        static_cast<int>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f));
+                    const auto b = static_cast<quint32>(
+                        static_cast<int>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f));
+                    row[x] = r | (gr << 8) | (b << 16);
+                }
+                // Four pixels in three words (little-endian, like the row above).
+                uchar* dst = litBits + litStride * y;
+                int x = 0;
+                for (; x + 4 <= w; x += 4) {
+                    const quint32 p0 = row[x], p1 = row[x + 1], p2 = row[x + 2], p3 = row[x + 3];
+                    const quint32 words[3] = {p0 | p1 << 24, p1 >> 8 | p2 << 16, p2 >> 16 | p3 << 8};
+                    std::memcpy(dst + 3 * x, words, sizeof words);
+                }
+                for (; x < w; ++x)
+                    std::memcpy(dst + 3 * x, row + x, 3);
             }
-            for (; x < w; ++x)
-                std::memcpy(dst + 3 * x, row + x, 3);
         }
-    }
+    });
     return lit;
 }
 
