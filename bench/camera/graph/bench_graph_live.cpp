@@ -7,8 +7,10 @@
 // - the same with a sink that keeps nothing, which leaves the test source's
 //   own cost of making the frame (a real camera's hardware does that) plus
 //   the driver's;
-// - the source sending RGB as it is, or YUY2 (what USB cameras send) that the
-//   driver converts;
+// - the source sending RGB, YUY2 (what USB cameras send) or 8-bit Bayer
+//   cells, each handed to the live view as it came;
+// - the display's share of that CPU (with the view less without it) against
+//   one memcpy of a frame of the source's own bytes;
 // - frames lost: made by the source but never handed over (the driver's
 //   broken count), and frames replaced unseen by a newer one;
 // - the test source alone into a sink that does nothing: what a real camera's
@@ -21,9 +23,11 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <map>
 #include <thread>
 
 using namespace tavix;
@@ -59,21 +63,58 @@ void MemcpyOfOneFrame(benchmark::State& state)
 }
 BENCHMARK(MemcpyOfOneFrame)->Unit(benchmark::kMillisecond);
 
-// range(0): 1 when the source sends YUY2 for the driver to convert; range(1): 1 with the live view, 0 with a
-// sink that keeps nothing.
+// The source's caps in each format (range(0) of the benchmarks) and the bytes of one of its pixels.
+struct Format {
+    const char* caps;
+    int bytesPerPixel;
+};
+constexpr Format kFormats[] = {
+    {"video/x-raw,format=RGB", 3}, {"video/x-raw,format=YUY2", 2}, {"video/x-bayer,format=rggb", 1}};
+
+QString sourceCaps(std::int64_t format)
+{
+    return QStringLiteral("%1,width=%2,height=%3,framerate=30/1")
+        .arg(QLatin1String(kFormats[format].caps))
+        .arg(kWidth)
+        .arg(kHeight);
+}
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+// One memcpy of a frame of the source's bytes, timed in this run.
+double memcpyMs(std::int64_t format)
+{
+    const size_t bytes = size_t(kWidth) * kHeight * size_t(kFormats[format].bytesPerPixel);
+    std::vector<uchar> src(bytes, 1), dst(bytes, 2);
+    std::vector<double> copies;
+    for (int i = 0; i < 21; ++i) {
+        const auto t = std::chrono::steady_clock::now();
+        std::memcpy(dst.data(), src.data(), bytes);
+        benchmark::ClobberMemory();
+        copies.push_back(
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
+    }
+    return median(copies);
+}
+
+// CPU per frame with the live view, per format, for the run without it that follows.
+std::map<std::int64_t, double> shownCpuMs;
+
+// range(0): the format (0 RGB, 1 YUY2, 2 Bayer); range(1): 1 with the live view, 0 with a sink that keeps
+// nothing.
 void GraphLive(benchmark::State& state)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("Camera.grf"));
     QFile file(path);
     file.open(QIODevice::WriteOnly);
-    file.write(
-        QStringLiteral("videotestsrc is-live=true ! video/x-raw,format=%1,width=%2,height=%3,framerate=30/1 "
-                       "! identity name=Camera")
-            .arg(state.range(0) ? QStringLiteral("YUY2") : QStringLiteral("RGB"))
-            .arg(kWidth)
-            .arg(kHeight)
-            .toUtf8());
+    file.write(QStringLiteral("videotestsrc is-live=true ! %1 ! identity name=Camera")
+                   .arg(sourceCaps(state.range(0)))
+                   .toUtf8());
     file.close();
     GraphDriver driver(path, QStringLiteral("Camera"));
     if (driver.Init() < 1 || driver.Open(0) != 0 || driver.SetMode(0, kMode) != 0) {
@@ -113,26 +154,30 @@ void GraphLive(benchmark::State& state)
 
         const double frames = good - goodBefore;
         const double shown = display ? double(after.shown - before.shown) : frames;
-        state.counters["cpu_ms_per_frame"] = shown > 0 ? cpu / shown : 0;
+        const double perFrame = shown > 0 ? cpu / shown : 0;
+        state.counters["cpu_ms_per_frame"] = perFrame;
         state.counters["fps"] = frames / kSeconds;
         state.counters["shown"] = shown;
         state.counters["replaced"] = double(after.replaced - before.replaced);
         state.counters["lost"] = broken;
+        if (display) {
+            shownCpuMs[state.range(0)] = perFrame;
+        } else if (const auto with = shownCpuMs.find(state.range(0)); with != shownCpuMs.end()) {
+            const double copy = memcpyMs(state.range(0));
+            state.counters["display_share_ms"] = with->second - perFrame;
+            state.counters["memcpy_ms"] = copy;
+            state.counters["display_share_over_memcpy"] = copy > 0 ? (with->second - perFrame) / copy : 0;
+        }
     }
 }
-// range(0): 1 for YUY2. The source's own cost per frame, in this process.
+// range(0): the format. The source's own cost per frame, in this process.
 void TestSourceAlone(benchmark::State& state)
 {
     gst_init(nullptr, nullptr);
-    const QByteArray description =
-        QStringLiteral(
-            "videotestsrc is-live=true num-buffers=%1 ! video/x-raw,format=%2,width=%3,height=%4,"
-            "framerate=30/1 ! fakesink")
-            .arg(kSeconds * 30)
-            .arg(state.range(0) ? QStringLiteral("YUY2") : QStringLiteral("RGB"))
-            .arg(kWidth)
-            .arg(kHeight)
-            .toUtf8();
+    const QByteArray description = QStringLiteral("videotestsrc is-live=true num-buffers=%1 ! %2 ! fakesink")
+                                       .arg(kSeconds * 30)
+                                       .arg(sourceCaps(state.range(0)))
+                                       .toUtf8();
     for (auto _ : state) {
         GstElement* pipeline = gst_parse_launch(description.constData(), nullptr);
         const double cpuBefore = processCpuMs();
@@ -149,16 +194,15 @@ void TestSourceAlone(benchmark::State& state)
     }
 }
 BENCHMARK(TestSourceAlone)
-    ->Arg(0)
-    ->Arg(1)
-    ->ArgName("yuy2")
+    ->DenseRange(0, 2)
+    ->ArgName("format")
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
 BENCHMARK(GraphLive)
-    ->ArgsProduct({{0, 1}, {1, 0}})
-    ->ArgNames({"yuy2", "display"})
+    ->ArgsProduct({{0, 1, 2}, {1, 0}})
+    ->ArgNames({"format", "display"})
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
