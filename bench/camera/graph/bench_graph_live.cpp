@@ -10,7 +10,8 @@
 // - the source sending RGB, YUY2 (what USB cameras send) or 8-bit Bayer
 //   cells, each handed to the live view as it came;
 // - the display's share of that CPU (with the view less without it) against
-//   one memcpy of a frame of the source's own bytes;
+//   one memcpy of a frame of the source's own bytes, and the live view's
+//   scaling of one frame alone;
 // - frames lost: made by the source but never handed over (the driver's
 //   broken count), and frames replaced unseen by a newer one;
 // - the test source alone into a sink that does nothing: what a real camera's
@@ -100,6 +101,31 @@ double memcpyMs(std::int64_t format)
     }
     return median(copies);
 }
+
+// range(0): the format. The live view's own work on one frame of it (scaled to the view's size, the
+// driver's thread), without the source, the driver or the painting.
+void LiveViewScaleOneFrame(benchmark::State& state)
+{
+    const Format& format = kFormats[state.range(0)];
+    std::vector<uchar> pixels(size_t(kWidth) * kHeight * size_t(format.bytesPerPixel));
+    for (size_t i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<uchar>(i * 7 + i / 4096);
+    FrameView frame;
+    frame.bits = pixels.data();
+    frame.width = kWidth;
+    frame.height = kHeight;
+    frame.bytesPerLine = qsizetype(kWidth) * format.bytesPerPixel;
+    frame.raw = state.range(0) == 1   ? RawLayout::Yuyv
+                : state.range(0) == 2 ? RawLayout::BayerRggb
+                                      : RawLayout::None;
+    LiveView live;
+    live.setDisplaySize(kView);
+    for (auto _ : state) {
+        live.frameReady(frame);
+        benchmark::DoNotOptimize(live.takeFrame());
+    }
+}
+BENCHMARK(LiveViewScaleOneFrame)->DenseRange(0, 2)->ArgName("format")->Unit(benchmark::kMillisecond);
 
 // CPU per frame with the live view, per format, for the run without it that follows.
 std::map<std::int64_t, double> shownCpuMs;

@@ -488,3 +488,26 @@ TEST_F(GraphDriverTest, Yuy2AndBayerFrames_AreShownByTheLiveView)
         EXPECT_GT(qRed(shown->pixel(5, 5)), 150);
     }
 }
+
+// Frames the live view reads as they are reach it so, and are the still as they came.
+TEST_F(GraphDriverTest, RgbBgrAndGreyFrames_PassAsTheyAre_AndAreTheStill)
+{
+    const std::pair<const char*, QImage::Format> formats[] = {
+        {"RGB", QImage::Format_RGB888}, {"BGR", QImage::Format_BGR888}, {"GRAY8", QImage::Format_Grayscale8}};
+    for (const auto& [format, expected] : formats) {
+        SCOPED_TRACE(format);
+        ASSERT_TRUE(openWith(QByteArray("videotestsrc is-live=true ! video/x-raw,format=") + format +
+                             ",width=640,height=480,framerate=30/1 ! identity name=Camera"));
+        CountingSink shown;
+        ASSERT_EQ(driver->Start(0, 0, &shown, -1, 0), 0);
+        ASSERT_TRUE(shown.waitFrames(2));
+        ASSERT_EQ(driver->Stop(0), 0);
+        EXPECT_EQ(shown.lastFormat(), expected);
+        EXPECT_EQ(shown.lastRaw(), RawLayout::None);
+        QImage still;
+        ASSERT_EQ(driver->GrabFrame(0, still), 0);
+        EXPECT_EQ(still.format(), expected);
+        EXPECT_EQ(still.pixel(0, 0), shown.topLeft());
+        EXPECT_GT(qGray(still.pixel(10, 10)), 150);  // the test picture's first bar, light grey
+    }
+}
