@@ -18,6 +18,7 @@
 // arv-camera-test-0.8's frame rate and CPU per frame. And the time Init takes
 // without a camera against Aravis's own search of every bus.
 #include "../../../tests/camera/genicam/FakeGigECamera.h"
+#include "MemcpyBench.h"
 #include "camera/LiveView.h"
 #include "camera/genicam/GenICamDriver.h"
 #include "media/BayerDemosaic.h"
@@ -84,29 +85,6 @@ void DemosaicOneFrame(benchmark::State& state)
 }
 BENCHMARK(DemosaicOneFrame)->Unit(benchmark::kMillisecond);
 
-double median(std::vector<double> v)
-{
-    if (v.empty())
-        return 0;
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
-// One memcpy of `bytes`, timed in this run.
-double memcpyMs(size_t bytes)
-{
-    std::vector<uchar> src(bytes, 1), dst(bytes, 2);
-    std::vector<double> copies;
-    for (int i = 0; i < 21; ++i) {
-        const auto t = std::chrono::steady_clock::now();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::ClobberMemory();
-        copies.push_back(
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
-    }
-    return median(copies);
-}
-
 // CPU per frame with the live view, per format, for the run without it that follows.
 std::map<std::int64_t, double> shownCpuMs;
 
@@ -165,7 +143,7 @@ void GenICamLive(benchmark::State& state)
         if (display) {
             shownCpuMs[state.range(0)] = perFrame;
         } else if (const auto with = shownCpuMs.find(state.range(0)); with != shownCpuMs.end()) {
-            const double copy = memcpyMs(size_t(2048) * 1536);  // Mono8 and Bayer: a byte a pixel
+            const double copy = bench::memcpyMs(size_t(2048) * 1536);  // Mono8 and Bayer: a byte a pixel
             state.counters["display_share_ms"] = with->second - perFrame;
             state.counters["memcpy_ms"] = copy;
             state.counters["display_share_over_memcpy"] = copy > 0 ? (with->second - perFrame) / copy : 0;
@@ -257,7 +235,7 @@ void GenICamLoopback5MpBayer(benchmark::State& state)
     QImage window(kView, QImage::Format_RGB32);
 
     // One memcpy of the camera's frame (one byte a pixel), in this run.
-    const double copyMs = memcpyMs(size_t(kFiveMp.width()) * size_t(kFiveMp.height()));
+    const double copyMs = bench::memcpyMs(size_t(kFiveMp.width()) * size_t(kFiveMp.height()));
 
     for (auto _ : state) {
         driver.Start(0, 0, &live, -1, 0);

@@ -16,6 +16,8 @@
 //   broken count), and frames replaced unseen by a newer one;
 // - the test source alone into a sink that does nothing: what a real camera's
 //   hardware does, to be taken off the figures above for the program's share.
+#include "BaselineRatio.h"
+#include "MemcpyBench.h"
 #include "camera/LiveView.h"
 #include "camera/graph/GraphDriver.h"
 
@@ -80,36 +82,15 @@ QString sourceCaps(std::int64_t format)
         .arg(kHeight);
 }
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.empty() ? 0 : v[v.size() / 2];
-}
-
-// One memcpy of a frame of the source's bytes, timed in this run.
-double memcpyMs(std::int64_t format)
-{
-    const size_t bytes = size_t(kWidth) * kHeight * size_t(kFormats[format].bytesPerPixel);
-    std::vector<uchar> src(bytes, 1), dst(bytes, 2);
-    std::vector<double> copies;
-    for (int i = 0; i < 21; ++i) {
-        const auto t = std::chrono::steady_clock::now();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::ClobberMemory();
-        copies.push_back(
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
-    }
-    return median(copies);
-}
-
 // range(0): the format. The live view's own work on one frame of it (scaled to the view's size, the
-// driver's thread), without the source, the driver or the painting.
+// driver's thread), without the source, the driver or the painting, against a memcpy of the frame.
 void LiveViewScaleOneFrame(benchmark::State& state)
 {
     const Format& format = kFormats[state.range(0)];
     std::vector<uchar> pixels(size_t(kWidth) * kHeight * size_t(format.bytesPerPixel));
     for (size_t i = 0; i < pixels.size(); ++i)
         pixels[i] = static_cast<uchar>(i * 7 + i / 4096);
+    std::vector<uchar> copy(pixels.size());
     FrameView frame;
     frame.bits = pixels.data();
     frame.width = kWidth;
@@ -120,12 +101,22 @@ void LiveViewScaleOneFrame(benchmark::State& state)
                                       : RawLayout::None;
     LiveView live;
     live.setDisplaySize(kView);
-    for (auto _ : state) {
-        live.frameReady(frame);
-        benchmark::DoNotOptimize(live.takeFrame());
-    }
+    bench::timeAgainstBaseline(
+        state,
+        [&] {
+            live.frameReady(frame);
+            benchmark::DoNotOptimize(live.takeFrame());
+        },
+        [&] {
+            std::memcpy(copy.data(), pixels.data(), copy.size());
+            benchmark::ClobberMemory();
+        });
 }
-BENCHMARK(LiveViewScaleOneFrame)->DenseRange(0, 2)->ArgName("format")->Unit(benchmark::kMillisecond);
+BENCHMARK(LiveViewScaleOneFrame)
+    ->DenseRange(0, 2)
+    ->ArgName("format")
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
 
 // CPU per frame with the live view, per format, for the run without it that follows.
 std::map<std::int64_t, double> shownCpuMs;
@@ -189,7 +180,8 @@ void GraphLive(benchmark::State& state)
         if (display) {
             shownCpuMs[state.range(0)] = perFrame;
         } else if (const auto with = shownCpuMs.find(state.range(0)); with != shownCpuMs.end()) {
-            const double copy = memcpyMs(state.range(0));
+            const double copy =
+                bench::memcpyMs(size_t(kWidth) * kHeight * size_t(kFormats[state.range(0)].bytesPerPixel));
             state.counters["display_share_ms"] = with->second - perFrame;
             state.counters["memcpy_ms"] = copy;
             state.counters["display_share_over_memcpy"] = copy > 0 ? (with->second - perFrame) / copy : 0;
