@@ -231,18 +231,6 @@ TEST_F(GenICamDriverTest, BayerFrames_ReachTheSinkAsTheirCells_AndAFreezeIsTheir
     }
 }
 
-TEST_F(GenICamDriverTest, Rgb8Frames_PassAsTheyAre)
-{
-    setFormat("RGB8");
-    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
-    ASSERT_TRUE(waitFrames(2));
-    EXPECT_EQ(sink.size, QSize(2048, 1536));
-    EXPECT_EQ(sink.format, QImage::Format_RGB888);
-    EXPECT_EQ(sink.raw, RawLayout::None);
-    EXPECT_EQ(driver.frameFormat(), QImage::Format_RGB888);
-    ASSERT_EQ(driver.Stop(0), 0);
-}
-
 // Recorded frames are the full-size pictures, developed from each frame's cells while the recording runs.
 TEST_F(GenICamDriverTest, SaveAvi_OfBayerFrames_RecordsTheirFullSizePictures)
 {
@@ -587,16 +575,24 @@ TEST_F(GenICamDriverTest, AColourCamera_IsSwitchedFromMono8ToItsBayerFormat_AtOp
     EXPECT_EQ(openedFormat, QStringLiteral("BayerBG8"));
 }
 
-TEST_F(GenICamDriverTest, SixteenBitMono_IsShownAsItsHighByte)
+TEST_F(GenICamDriverTest, SixteenBitMono_IsShownAsItsHighByte_AndRgb8AsItIs)
 {
-    setFormat("Mono16");
-    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
-    ASSERT_TRUE(waitFrames(2));
-    EXPECT_EQ(sink.size, QSize(2048, 1536));
-    EXPECT_EQ(sink.format, QImage::Format_Grayscale8);
-    std::int32_t broken = -1;
-    driver.GetBrokenFrames(0, broken);
-    EXPECT_EQ(broken, 0);
+    const std::pair<const char*, QImage::Format> formats[] = {{"Mono16", QImage::Format_Grayscale8},
+                                                              {"RGB8", QImage::Format_RGB888}};
+    for (const auto& [format, shown] : formats) {
+        SCOPED_TRACE(format);
+        setFormat(format);
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+        ASSERT_TRUE(waitFrames(2));
+        ASSERT_EQ(driver.Stop(0), 0);
+        EXPECT_EQ(sink.size, QSize(2048, 1536));
+        EXPECT_EQ(sink.format, shown);
+        EXPECT_EQ(sink.raw, RawLayout::None);
+        EXPECT_EQ(driver.frameFormat(), shown);
+        std::int32_t broken = -1;
+        driver.GetBrokenFrames(0, broken);
+        EXPECT_EQ(broken, 0);
+    }
 }
 
 // ---- which camera ----
