@@ -511,3 +511,21 @@ TEST_F(GraphDriverTest, RgbBgrAndGreyFrames_PassAsTheyAre_AndAreTheStill)
         EXPECT_GT(qGray(still.pixel(10, 10)), 150);  // the test picture's first bar, light grey
     }
 }
+
+// The view reads YUY2 two pixels at a time: a frame of odd width is converted for it.
+TEST_F(GraphDriverTest, Yuy2FramesOfOddWidth_AreConvertedToRgb)
+{
+    ASSERT_TRUE(
+        openWith("videotestsrc is-live=true ! video/x-raw,format=YUY2,width=641,height=480,framerate=30/1 ! "
+                 "identity name=Camera"));
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver->Stop(0), 0);
+    EXPECT_EQ(sink.lastRaw(), RawLayout::None);
+    EXPECT_EQ(sink.lastFormat(), QImage::Format_RGB888);
+    EXPECT_EQ(sink.lastSize(), QSize(641, 480));
+    QImage still;
+    ASSERT_EQ(driver->GrabFrame(0, still), 0);
+    EXPECT_EQ(still.size(), QSize(641, 480));
+    EXPECT_EQ(still.pixel(0, 0), sink.topLeft());
+}
