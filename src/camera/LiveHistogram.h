@@ -7,6 +7,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace tavix {
 
@@ -16,7 +17,9 @@ class Clock;
 // thread counts a frame when the last count is kIntervalMs old (on the
 // injected clock), reading at most kSampleBudget of its pixels, and hands the
 // result over; the user-interface thread takes the newest. Frames pass
-// uncounted while it is off.
+// uncounted while it is off. A frame in the camera's own layout (YUYV, Bayer,
+// BGR) has only its sampled pixels converted, a Bayer cell counting as one
+// colour pixel.
 class LiveHistogram : public FrameSink {
 public:
     static constexpr int kIntervalMs = 250;
@@ -41,10 +44,13 @@ public:
     int passes() const;
 
 private:
+    Histogram count(const FrameView& frame);
+
     const Clock& clock_;
     std::atomic<bool> enabled_{false};
     std::atomic<bool> restart_{false};
-    qint64 lastMs_ = 0;  // driver thread only
+    qint64 lastMs_ = 0;          // driver thread only
+    std::vector<uchar> sample_;  // driver thread only: sampled pixels as RGB888
     mutable std::mutex mutex_;
     std::optional<Histogram> ready_;
     int passes_ = 0;

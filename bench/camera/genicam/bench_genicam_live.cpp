@@ -6,7 +6,10 @@
 // - the same with a sink that keeps nothing, which leaves the fake camera's
 //   own cost of making the frame (a real camera's hardware does that) plus
 //   the driver's;
-// - the driver's own work on a Bayer frame, its demosaic, alone;
+// - the display's share of that CPU (with the view less without it) against
+//   one memcpy of a frame of the camera's bytes (Bayer frames go to the view
+//   as their cells, demosaiced only for a freeze, a file or a recording);
+// - a demosaic of a Bayer frame alone, what a freeze costs;
 // - frames lost: made by the camera but never handed to the live view
 //   (incomplete, or no free buffer), and frames replaced unseen by a newer one.
 // Then Aravis's fake GigE camera in a process of its own on loopback, its
@@ -15,6 +18,7 @@
 // arv-camera-test-0.8's frame rate and CPU per frame. And the time Init takes
 // without a camera against Aravis's own search of every bus.
 #include "../../../tests/camera/genicam/FakeGigECamera.h"
+#include "MemcpyBench.h"
 #include "camera/LiveView.h"
 #include "camera/genicam/GenICamDriver.h"
 #include "media/BayerDemosaic.h"
@@ -29,6 +33,7 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <map>
 #include <thread>
 
 #undef signals
@@ -80,6 +85,9 @@ void DemosaicOneFrame(benchmark::State& state)
 }
 BENCHMARK(DemosaicOneFrame)->Unit(benchmark::kMillisecond);
 
+// CPU per frame with the live view, per format, for the run without it that follows.
+std::map<std::int64_t, double> shownCpuMs;
+
 // range(0): the pixel format (0 Mono8, 1 BayerRG8); range(1): 1 with the live view, 0 with a sink that keeps
 // nothing.
 void GenICamLive(benchmark::State& state)
@@ -126,11 +134,20 @@ void GenICamLive(benchmark::State& state)
 
         const double frames = good - goodBefore;
         const double shown = display ? double(after.shown - before.shown) : frames;
-        state.counters["cpu_ms_per_frame"] = shown > 0 ? cpu / shown : 0;
+        const double perFrame = shown > 0 ? cpu / shown : 0;
+        state.counters["cpu_ms_per_frame"] = perFrame;
         state.counters["fps"] = frames / kSeconds;
         state.counters["shown"] = shown;
         state.counters["replaced"] = double(after.replaced - before.replaced);
         state.counters["lost"] = broken;
+        if (display) {
+            shownCpuMs[state.range(0)] = perFrame;
+        } else if (const auto with = shownCpuMs.find(state.range(0)); with != shownCpuMs.end()) {
+            const double copy = bench::memcpyMs(size_t(2048) * 1536);  // Mono8 and Bayer: a byte a pixel
+            state.counters["display_share_ms"] = with->second - perFrame;
+            state.counters["memcpy_ms"] = copy;
+            state.counters["display_share_over_memcpy"] = copy > 0 ? (with->second - perFrame) / copy : 0;
+        }
     }
 }
 BENCHMARK(GenICamLive)
@@ -145,14 +162,6 @@ double childrenCpuMs()
     rusage r{};
     getrusage(RUSAGE_CHILDREN, &r);
     return (r.ru_utime.tv_sec + r.ru_stime.tv_sec) * 1e3 + (r.ru_utime.tv_usec + r.ru_stime.tv_usec) / 1e3;
-}
-
-double median(std::vector<double> v)
-{
-    if (v.empty())
-        return 0;
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
 }
 
 // range(0): 0 the driver's Init (USB3 Vision at once, GigE discovery beside it), 1 Aravis's search of every
@@ -226,17 +235,7 @@ void GenICamLoopback5MpBayer(benchmark::State& state)
     QImage window(kView, QImage::Format_RGB32);
 
     // One memcpy of the camera's frame (one byte a pixel), in this run.
-    const size_t bytes = size_t(kFiveMp.width()) * size_t(kFiveMp.height());
-    std::vector<uchar> src(bytes, 1), dst(bytes, 2);
-    std::vector<double> copies;
-    for (int i = 0; i < 21; ++i) {
-        const auto t = std::chrono::steady_clock::now();
-        std::memcpy(dst.data(), src.data(), bytes);
-        benchmark::ClobberMemory();
-        copies.push_back(
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
-    }
-    const double memcpyMs = median(copies);
+    const double copyMs = bench::memcpyMs(size_t(kFiveMp.width()) * size_t(kFiveMp.height()));
 
     for (auto _ : state) {
         driver.Start(0, 0, &live, -1, 0);
@@ -264,8 +263,8 @@ void GenICamLoopback5MpBayer(benchmark::State& state)
         state.counters["fps"] = (good - goodBefore) / double(kSeconds);
         state.counters["broken"] = broken - brokenBefore;
         state.counters["cpu_ms_per_shown_frame"] = shown > 0 ? cpu / shown : 0;
-        state.counters["memcpy_ms"] = memcpyMs;
-        state.counters["cpu_per_frame_over_memcpy"] = shown > 0 && memcpyMs > 0 ? cpu / shown / memcpyMs : 0;
+        state.counters["memcpy_ms"] = copyMs;
+        state.counters["cpu_per_frame_over_memcpy"] = shown > 0 && copyMs > 0 ? cpu / shown / copyMs : 0;
     }
     driver.Close(0);
 

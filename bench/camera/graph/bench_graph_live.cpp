@@ -7,12 +7,17 @@
 // - the same with a sink that keeps nothing, which leaves the test source's
 //   own cost of making the frame (a real camera's hardware does that) plus
 //   the driver's;
-// - the source sending RGB as it is, or YUY2 (what USB cameras send) that the
-//   driver converts;
+// - the source sending RGB, YUY2 (what USB cameras send) or 8-bit Bayer
+//   cells, each handed to the live view as it came;
+// - the display's share of that CPU (with the view less without it) against
+//   one memcpy of a frame of the source's own bytes, and the live view's
+//   scaling of one frame alone;
 // - frames lost: made by the source but never handed over (the driver's
 //   broken count), and frames replaced unseen by a newer one;
 // - the test source alone into a sink that does nothing: what a real camera's
 //   hardware does, to be taken off the figures above for the program's share.
+#include "BaselineRatio.h"
+#include "MemcpyBench.h"
 #include "camera/LiveView.h"
 #include "camera/graph/GraphDriver.h"
 
@@ -21,9 +26,11 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <map>
 #include <thread>
 
 using namespace tavix;
@@ -59,21 +66,72 @@ void MemcpyOfOneFrame(benchmark::State& state)
 }
 BENCHMARK(MemcpyOfOneFrame)->Unit(benchmark::kMillisecond);
 
-// range(0): 1 when the source sends YUY2 for the driver to convert; range(1): 1 with the live view, 0 with a
-// sink that keeps nothing.
+// The source's caps in each format (range(0) of the benchmarks) and the bytes of one of its pixels.
+struct Format {
+    const char* caps;
+    int bytesPerPixel;
+};
+constexpr Format kFormats[] = {
+    {"video/x-raw,format=RGB", 3}, {"video/x-raw,format=YUY2", 2}, {"video/x-bayer,format=rggb", 1}};
+
+QString sourceCaps(std::int64_t format)
+{
+    return QStringLiteral("%1,width=%2,height=%3,framerate=30/1")
+        .arg(QLatin1String(kFormats[format].caps))
+        .arg(kWidth)
+        .arg(kHeight);
+}
+
+// range(0): the format. The live view's own work on one frame of it (scaled to the view's size, the
+// driver's thread), without the source, the driver or the painting, against a memcpy of the frame.
+void LiveViewScaleOneFrame(benchmark::State& state)
+{
+    const Format& format = kFormats[state.range(0)];
+    std::vector<uchar> pixels(size_t(kWidth) * kHeight * size_t(format.bytesPerPixel));
+    for (size_t i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<uchar>(i * 7 + i / 4096);
+    std::vector<uchar> copy(pixels.size());
+    FrameView frame;
+    frame.bits = pixels.data();
+    frame.width = kWidth;
+    frame.height = kHeight;
+    frame.bytesPerLine = qsizetype(kWidth) * format.bytesPerPixel;
+    frame.raw = state.range(0) == 1   ? RawLayout::Yuyv
+                : state.range(0) == 2 ? RawLayout::BayerRggb
+                                      : RawLayout::None;
+    LiveView live;
+    live.setDisplaySize(kView);
+    bench::timeAgainstBaseline(
+        state,
+        [&] {
+            live.frameReady(frame);
+            benchmark::DoNotOptimize(live.takeFrame());
+        },
+        [&] {
+            std::memcpy(copy.data(), pixels.data(), copy.size());
+            benchmark::ClobberMemory();
+        });
+}
+BENCHMARK(LiveViewScaleOneFrame)
+    ->DenseRange(0, 2)
+    ->ArgName("format")
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
+
+// CPU per frame with the live view, per format, for the run without it that follows.
+std::map<std::int64_t, double> shownCpuMs;
+
+// range(0): the format (0 RGB, 1 YUY2, 2 Bayer); range(1): 1 with the live view, 0 with a sink that keeps
+// nothing.
 void GraphLive(benchmark::State& state)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("Camera.grf"));
     QFile file(path);
     file.open(QIODevice::WriteOnly);
-    file.write(
-        QStringLiteral("videotestsrc is-live=true ! video/x-raw,format=%1,width=%2,height=%3,framerate=30/1 "
-                       "! identity name=Camera")
-            .arg(state.range(0) ? QStringLiteral("YUY2") : QStringLiteral("RGB"))
-            .arg(kWidth)
-            .arg(kHeight)
-            .toUtf8());
+    file.write(QStringLiteral("videotestsrc is-live=true ! %1 ! identity name=Camera")
+                   .arg(sourceCaps(state.range(0)))
+                   .toUtf8());
     file.close();
     GraphDriver driver(path, QStringLiteral("Camera"));
     if (driver.Init() < 1 || driver.Open(0) != 0 || driver.SetMode(0, kMode) != 0) {
@@ -113,26 +171,31 @@ void GraphLive(benchmark::State& state)
 
         const double frames = good - goodBefore;
         const double shown = display ? double(after.shown - before.shown) : frames;
-        state.counters["cpu_ms_per_frame"] = shown > 0 ? cpu / shown : 0;
+        const double perFrame = shown > 0 ? cpu / shown : 0;
+        state.counters["cpu_ms_per_frame"] = perFrame;
         state.counters["fps"] = frames / kSeconds;
         state.counters["shown"] = shown;
         state.counters["replaced"] = double(after.replaced - before.replaced);
         state.counters["lost"] = broken;
+        if (display) {
+            shownCpuMs[state.range(0)] = perFrame;
+        } else if (const auto with = shownCpuMs.find(state.range(0)); with != shownCpuMs.end()) {
+            const double copy =
+                bench::memcpyMs(size_t(kWidth) * kHeight * size_t(kFormats[state.range(0)].bytesPerPixel));
+            state.counters["display_share_ms"] = with->second - perFrame;
+            state.counters["memcpy_ms"] = copy;
+            state.counters["display_share_over_memcpy"] = copy > 0 ? (with->second - perFrame) / copy : 0;
+        }
     }
 }
-// range(0): 1 for YUY2. The source's own cost per frame, in this process.
+// range(0): the format. The source's own cost per frame, in this process.
 void TestSourceAlone(benchmark::State& state)
 {
     gst_init(nullptr, nullptr);
-    const QByteArray description =
-        QStringLiteral(
-            "videotestsrc is-live=true num-buffers=%1 ! video/x-raw,format=%2,width=%3,height=%4,"
-            "framerate=30/1 ! fakesink")
-            .arg(kSeconds * 30)
-            .arg(state.range(0) ? QStringLiteral("YUY2") : QStringLiteral("RGB"))
-            .arg(kWidth)
-            .arg(kHeight)
-            .toUtf8();
+    const QByteArray description = QStringLiteral("videotestsrc is-live=true num-buffers=%1 ! %2 ! fakesink")
+                                       .arg(kSeconds * 30)
+                                       .arg(sourceCaps(state.range(0)))
+                                       .toUtf8();
     for (auto _ : state) {
         GstElement* pipeline = gst_parse_launch(description.constData(), nullptr);
         const double cpuBefore = processCpuMs();
@@ -149,16 +212,15 @@ void TestSourceAlone(benchmark::State& state)
     }
 }
 BENCHMARK(TestSourceAlone)
-    ->Arg(0)
-    ->Arg(1)
-    ->ArgName("yuy2")
+    ->DenseRange(0, 2)
+    ->ArgName("format")
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
 BENCHMARK(GraphLive)
-    ->ArgsProduct({{0, 1}, {1, 0}})
-    ->ArgNames({"yuy2", "display"})
+    ->ArgsProduct({{0, 1, 2}, {1, 0}})
+    ->ArgNames({"format", "display"})
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();

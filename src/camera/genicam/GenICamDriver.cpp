@@ -369,7 +369,7 @@ int GenICamDriver::Start(int cam, quintptr window, FrameSink* sink, int a, int b
         const auto lock = frame_.lock();
         dropHeld();
     }
-    frame_.setSink(sink);
+    sink_ = sink;
     GError* error = nullptr;
     stream_ = arv_camera_create_stream(camera_, nullptr, nullptr, &error);
     if (AravisCalls::failed(error, log_) || !stream_) {
@@ -440,7 +440,7 @@ void GenICamDriver::stopStream()
     queued_.notify_one();
     if (worker_.joinable())
         worker_.join();
-    frame_.setSink(nullptr);
+    sink_ = nullptr;
     frame_.endRecording();
     // Joins the stream thread; a frame still being received goes back to the stream's pool.
     g_clear_object(&stream_);
@@ -456,7 +456,22 @@ void GenICamDriver::dropHeld()
     if (held_)
         g_object_unref(held_);
     held_ = nullptr;
+    heldView_ = FrameView{};
     frame_.clear();
+}
+
+void GenICamDriver::develop()
+{
+    if (!held_ || developed_ || heldView_.raw == RawLayout::None)
+        return;
+    frame_.place(PixelConversion::develop(heldView_, developedPixels_));
+    developed_ = true;
+}
+
+void GenICamDriver::developHeld()
+{
+    const auto lock = frame_.lock();
+    develop();
 }
 
 void GenICamDriver::onNewBuffer(_ArvStream* stream, void* self)
@@ -551,6 +566,7 @@ void GenICamDriver::receive(_ArvStream* from, _ArvBuffer* buffer)
         back(buffer);
         return;
     }
+    const bool recordingCells = view.raw != RawLayout::None && frame_.recording();
     ArvBuffer* previous = nullptr;
     {
         const auto lock = frame_.lock();
@@ -558,7 +574,17 @@ void GenICamDriver::receive(_ArvStream* from, _ArvBuffer* buffer)
         // The newest frame stays out of the pool until a newer one replaces it.
         previous = held_;
         held_ = buffer;
-        frame_.hold(view);
+        heldView_ = view;
+        developed_ = false;
+        if (sink_)
+            sink_->frameReady(view);
+        if (view.raw == RawLayout::None) {
+            frame_.hold(view);
+        } else if (recordingCells) {
+            // A recording takes full-size pictures: each frame is developed while it runs.
+            develop();
+            frame_.hold(frame_.view());
+        }
     }
     if (previous)
         back(previous);
@@ -600,12 +626,16 @@ int GenICamDriver::GetBrokenFrames(int cam, std::int32_t& count)
 
 QSize GenICamDriver::frameSize() const
 {
-    return frame_.size();
+    const auto lock = frame_.lock();
+    return {heldView_.width, heldView_.height};
 }
 
 QImage::Format GenICamDriver::frameFormat() const
 {
-    return frame_.format();
+    const auto lock = frame_.lock();
+    if (!heldView_.bits)
+        return QImage::Format_Invalid;
+    return heldView_.raw == RawLayout::None ? heldView_.format : QImage::Format_RGB888;
 }
 
 // ---- files ----
@@ -614,6 +644,7 @@ int GenICamDriver::SaveToFile(int cam, const QString& path)
 {
     if (const int s = checkOpen(cam))
         return s;
+    developHeld();
     return frame_.save(path);
 }
 
@@ -621,6 +652,7 @@ int GenICamDriver::GrabFrame(int cam, QImage& frame)
 {
     if (const int s = checkOpen(cam))
         return s;
+    developHeld();
     return frame_.copy(frame);
 }
 
@@ -638,6 +670,7 @@ int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
             rate = 30.0;
     }
     // The file takes the size and pixels of the frames the camera sends now.
+    developHeld();
     return frame_.record(path, rate, seconds);
 }
 

@@ -30,9 +30,11 @@ namespace tavix {
 // opens the n-th. Init does not wait for GigE discovery (GenICamDiscovery)
 // unless a wanted camera is not on USB or setGigEWait asks it to. Frames arrive on Aravis's
 // stream thread in a pool of reused buffers; that thread only queues them.
-// The driver's own worker thread converts each (PixelConversion), hands it
-// to the sink and a running recording, and gives the buffer back; the newest
-// frame is held back from the pool so that SaveToFile can write it. When the
+// The driver's own worker thread hands each to the sink as the camera sent
+// it (Bayer as raw cells; deeper samples cut to 8 bits first, PixelConversion)
+// and to a running recording, and gives the buffer back; the newest frame is
+// held back from the pool so that SaveToFile can write it. A Bayer frame is
+// demosaiced only when a freeze, a file or a recording needs it. When the
 // worker falls behind it skips to the newest frame unless a recording needs
 // every one.
 //
@@ -180,6 +182,9 @@ private:
     int applyMode(const SensorModes::Mode& mode);
     void stopStream();
     void dropHeld();
+    // Under frame_.lock(): the held Bayer frame becomes the full-size picture held.
+    void develop();
+    void developHeld();
     void work();
     void giveBack(_ArvBuffer* buffer);
     // Counts a broken buffer, and times a whole one.
@@ -213,8 +218,14 @@ private:
     bool stopWorker_ = false;
 
     // The newest frame; the buffer behind it changes only under frame_.lock().
+    // A Bayer frame is held as its cells, its full-size picture made
+    // (developed) into developedPixels_ when it is needed.
     HeldFrame frame_;
     _ArvBuffer* held_ = nullptr;
+    FrameView heldView_;  // the held frame as the sink got it
+    bool developed_ = false;
+    std::vector<uchar> developedPixels_;
+    FrameSink* sink_ = nullptr;   // the worker's, from Start until the stream stops
     PixelConversion conversion_;  // the worker's
 };
 

@@ -11,17 +11,16 @@ namespace tavix {
 
 namespace {
 
-enum class Packing { Bytes8, Rgb8, Little16, Packed12, Lsb12 };
+enum class Packing { Bytes8, Rgb8, Bgr8, Little16, Packed12, Lsb12 };
 
 struct Format {
     ArvPixelFormat format;
     Packing packing;
-    int bits;  // significant bits per sample
-    bool bayer;
-    BayerDemosaic::Pattern pattern;
+    int bits;         // significant bits per sample
+    RawLayout cells;  // the Bayer pattern; None for grey and RGB
 };
 
-using P = BayerDemosaic::Pattern;
+using L = RawLayout;
 
 // Mono12p, which Aravis's header does not name.
 constexpr ArvPixelFormat kMono12p = 0x010c0047u;
@@ -29,39 +28,40 @@ constexpr ArvPixelFormat kMono12p = 0x010c0047u;
 // Every format the program shows. The *_PACKED ones (10 or 12 bits in a
 // sample and a half) keep their high eight bits in whole bytes.
 constexpr Format kFormats[] = {
-    {ARV_PIXEL_FORMAT_MONO_8, Packing::Bytes8, 8, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_RGB_8_PACKED, Packing::Rgb8, 8, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_MONO_10, Packing::Little16, 10, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_MONO_12, Packing::Little16, 12, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_MONO_14, Packing::Little16, 14, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_MONO_16, Packing::Little16, 16, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_MONO_10_PACKED, Packing::Packed12, 10, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_MONO_12_PACKED, Packing::Packed12, 12, false, P::RGGB},
-    {kMono12p, Packing::Lsb12, 12, false, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_RG_8, Packing::Bytes8, 8, true, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_GR_8, Packing::Bytes8, 8, true, P::GRBG},
-    {ARV_PIXEL_FORMAT_BAYER_GB_8, Packing::Bytes8, 8, true, P::GBRG},
-    {ARV_PIXEL_FORMAT_BAYER_BG_8, Packing::Bytes8, 8, true, P::BGGR},
-    {ARV_PIXEL_FORMAT_BAYER_RG_10, Packing::Little16, 10, true, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_GR_10, Packing::Little16, 10, true, P::GRBG},
-    {ARV_PIXEL_FORMAT_BAYER_GB_10, Packing::Little16, 10, true, P::GBRG},
-    {ARV_PIXEL_FORMAT_BAYER_BG_10, Packing::Little16, 10, true, P::BGGR},
-    {ARV_PIXEL_FORMAT_BAYER_RG_12, Packing::Little16, 12, true, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_GR_12, Packing::Little16, 12, true, P::GRBG},
-    {ARV_PIXEL_FORMAT_BAYER_GB_12, Packing::Little16, 12, true, P::GBRG},
-    {ARV_PIXEL_FORMAT_BAYER_BG_12, Packing::Little16, 12, true, P::BGGR},
-    {ARV_PIXEL_FORMAT_BAYER_RG_16, Packing::Little16, 16, true, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_GR_16, Packing::Little16, 16, true, P::GRBG},
-    {ARV_PIXEL_FORMAT_BAYER_GB_16, Packing::Little16, 16, true, P::GBRG},
-    {ARV_PIXEL_FORMAT_BAYER_BG_16, Packing::Little16, 16, true, P::BGGR},
-    {ARV_PIXEL_FORMAT_BAYER_RG_12_PACKED, Packing::Packed12, 12, true, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_GR_12_PACKED, Packing::Packed12, 12, true, P::GRBG},
-    {ARV_PIXEL_FORMAT_BAYER_GB_12_PACKED, Packing::Packed12, 12, true, P::GBRG},
-    {ARV_PIXEL_FORMAT_BAYER_BG_12_PACKED, Packing::Packed12, 12, true, P::BGGR},
-    {ARV_PIXEL_FORMAT_BAYER_RG_12P, Packing::Lsb12, 12, true, P::RGGB},
-    {ARV_PIXEL_FORMAT_BAYER_GR_12P, Packing::Lsb12, 12, true, P::GRBG},
-    {ARV_PIXEL_FORMAT_BAYER_GB_12P, Packing::Lsb12, 12, true, P::GBRG},
-    {ARV_PIXEL_FORMAT_BAYER_BG_12P, Packing::Lsb12, 12, true, P::BGGR},
+    {ARV_PIXEL_FORMAT_MONO_8, Packing::Bytes8, 8, L::None},
+    {ARV_PIXEL_FORMAT_RGB_8_PACKED, Packing::Rgb8, 8, L::None},
+    {ARV_PIXEL_FORMAT_BGR_8_PACKED, Packing::Bgr8, 8, L::None},
+    {ARV_PIXEL_FORMAT_MONO_10, Packing::Little16, 10, L::None},
+    {ARV_PIXEL_FORMAT_MONO_12, Packing::Little16, 12, L::None},
+    {ARV_PIXEL_FORMAT_MONO_14, Packing::Little16, 14, L::None},
+    {ARV_PIXEL_FORMAT_MONO_16, Packing::Little16, 16, L::None},
+    {ARV_PIXEL_FORMAT_MONO_10_PACKED, Packing::Packed12, 10, L::None},
+    {ARV_PIXEL_FORMAT_MONO_12_PACKED, Packing::Packed12, 12, L::None},
+    {kMono12p, Packing::Lsb12, 12, L::None},
+    {ARV_PIXEL_FORMAT_BAYER_RG_8, Packing::Bytes8, 8, L::BayerRggb},
+    {ARV_PIXEL_FORMAT_BAYER_GR_8, Packing::Bytes8, 8, L::BayerGrbg},
+    {ARV_PIXEL_FORMAT_BAYER_GB_8, Packing::Bytes8, 8, L::BayerGbrg},
+    {ARV_PIXEL_FORMAT_BAYER_BG_8, Packing::Bytes8, 8, L::BayerBggr},
+    {ARV_PIXEL_FORMAT_BAYER_RG_10, Packing::Little16, 10, L::BayerRggb},
+    {ARV_PIXEL_FORMAT_BAYER_GR_10, Packing::Little16, 10, L::BayerGrbg},
+    {ARV_PIXEL_FORMAT_BAYER_GB_10, Packing::Little16, 10, L::BayerGbrg},
+    {ARV_PIXEL_FORMAT_BAYER_BG_10, Packing::Little16, 10, L::BayerBggr},
+    {ARV_PIXEL_FORMAT_BAYER_RG_12, Packing::Little16, 12, L::BayerRggb},
+    {ARV_PIXEL_FORMAT_BAYER_GR_12, Packing::Little16, 12, L::BayerGrbg},
+    {ARV_PIXEL_FORMAT_BAYER_GB_12, Packing::Little16, 12, L::BayerGbrg},
+    {ARV_PIXEL_FORMAT_BAYER_BG_12, Packing::Little16, 12, L::BayerBggr},
+    {ARV_PIXEL_FORMAT_BAYER_RG_16, Packing::Little16, 16, L::BayerRggb},
+    {ARV_PIXEL_FORMAT_BAYER_GR_16, Packing::Little16, 16, L::BayerGrbg},
+    {ARV_PIXEL_FORMAT_BAYER_GB_16, Packing::Little16, 16, L::BayerGbrg},
+    {ARV_PIXEL_FORMAT_BAYER_BG_16, Packing::Little16, 16, L::BayerBggr},
+    {ARV_PIXEL_FORMAT_BAYER_RG_12_PACKED, Packing::Packed12, 12, L::BayerRggb},
+    {ARV_PIXEL_FORMAT_BAYER_GR_12_PACKED, Packing::Packed12, 12, L::BayerGrbg},
+    {ARV_PIXEL_FORMAT_BAYER_GB_12_PACKED, Packing::Packed12, 12, L::BayerGbrg},
+    {ARV_PIXEL_FORMAT_BAYER_BG_12_PACKED, Packing::Packed12, 12, L::BayerBggr},
+    {ARV_PIXEL_FORMAT_BAYER_RG_12P, Packing::Lsb12, 12, L::BayerRggb},
+    {ARV_PIXEL_FORMAT_BAYER_GR_12P, Packing::Lsb12, 12, L::BayerGrbg},
+    {ARV_PIXEL_FORMAT_BAYER_GB_12P, Packing::Lsb12, 12, L::BayerGbrg},
+    {ARV_PIXEL_FORMAT_BAYER_BG_12P, Packing::Lsb12, 12, L::BayerBggr},
 };
 
 const Format* find(std::uint32_t format)
@@ -78,6 +78,7 @@ qsizetype lineBytes(Packing packing, int width)
         case Packing::Bytes8:
             return width;
         case Packing::Rgb8:
+        case Packing::Bgr8:
             return qsizetype(width) * 3;
         case Packing::Little16:
             return qsizetype(width) * 2;
@@ -111,6 +112,20 @@ void toEight(const Format& f, const uchar* src, int width, uchar* dst)
         dst[x] = lsb ? static_cast<uchar>((src[0] >> 4) | (src[1] << 4)) : src[0];
 }
 
+BayerDemosaic::Pattern patternOf(RawLayout cells)
+{
+    switch (cells) {
+        case RawLayout::BayerGrbg:
+            return BayerDemosaic::Pattern::GRBG;
+        case RawLayout::BayerGbrg:
+            return BayerDemosaic::Pattern::GBRG;
+        case RawLayout::BayerBggr:
+            return BayerDemosaic::Pattern::BGGR;
+        default:
+            return BayerDemosaic::Pattern::RGGB;
+    }
+}
+
 }  // namespace
 
 bool PixelConversion::known(std::uint32_t format)
@@ -121,7 +136,7 @@ bool PixelConversion::known(std::uint32_t format)
 bool PixelConversion::colour(std::uint32_t format)
 {
     const Format* f = find(format);
-    return f && (f->bayer || f->packing == Packing::Rgb8);
+    return f && (f->cells != RawLayout::None || f->packing == Packing::Rgb8 || f->packing == Packing::Bgr8);
 }
 
 uchar* PixelConversion::nextBuffer(std::size_t bytes)
@@ -144,35 +159,38 @@ bool PixelConversion::convert(std::uint32_t format, const uchar* data, std::size
         return false;
     view.width = width;
     view.height = height;
-    if (f->packing == Packing::Rgb8 || (f->packing == Packing::Bytes8 && !f->bayer)) {
+    view.raw = f->cells;
+    view.format = f->packing == Packing::Rgb8   ? QImage::Format_RGB888
+                  : f->packing == Packing::Bgr8 ? QImage::Format_BGR888
+                                                : QImage::Format_Grayscale8;
+    if (f->packing == Packing::Bytes8 || f->packing == Packing::Rgb8 || f->packing == Packing::Bgr8) {
         view.bits = data;
         view.bytesPerLine = stride;
-        view.format = f->packing == Packing::Rgb8 ? QImage::Format_RGB888 : QImage::Format_Grayscale8;
         return true;
     }
-    const auto pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    const uchar* eight = data;
-    qsizetype eightStride = stride;
-    if (f->packing != Packing::Bytes8) {
-        // A grey picture is converted straight into the shown buffer, Bayer first into 8 bits.
-        uchar* dst = f->bayer ? (grey_.resize(pixels), grey_.data()) : nextBuffer(pixels);
-        for (int y = 0; y < height; ++y)
-            toEight(*f, data + y * stride, width, dst + static_cast<std::size_t>(y) * width);
-        eight = dst;
-        eightStride = width;
-    }
-    if (!f->bayer) {
-        view.bits = eight;
-        view.bytesPerLine = eightStride;
-        view.format = QImage::Format_Grayscale8;
-        return true;
-    }
-    uchar* rgb = nextBuffer(pixels * 3);
-    BayerDemosaic::toRgb(eight, eightStride, width, height, f->pattern, rgb, qsizetype(width) * 3);
-    view.bits = rgb;
-    view.bytesPerLine = qsizetype(width) * 3;
-    view.format = QImage::Format_RGB888;
+    uchar* eight = nextBuffer(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    for (int y = 0; y < height; ++y)
+        toEight(*f, data + y * stride, width, eight + static_cast<std::size_t>(y) * width);
+    view.bits = eight;
+    view.bytesPerLine = width;
     return true;
+}
+
+FrameView PixelConversion::develop(const FrameView& frame, std::vector<uchar>& rgb)
+{
+    if (frame.raw == RawLayout::None)
+        return frame;
+    FrameView full = frame;
+    full.raw = RawLayout::None;
+    full.format = QImage::Format_RGB888;
+    full.bytesPerLine = qsizetype(frame.width) * 3;
+    const auto bytes = static_cast<std::size_t>(full.bytesPerLine) * static_cast<std::size_t>(frame.height);
+    if (rgb.size() < bytes)
+        rgb.resize(bytes);
+    BayerDemosaic::toRgb(frame.bits, frame.bytesPerLine, frame.width, frame.height, patternOf(frame.raw),
+                         rgb.data(), full.bytesPerLine);
+    full.bits = rgb.data();
+    return full;
 }
 
 }  // namespace tavix

@@ -10,11 +10,14 @@
 
 namespace tavix {
 
-// Turns the pixels a GenICam camera sends into a picture the live view can
-// show: Mono8 and RGB8 pass as they are, Bayer is demosaiced, and 10- to
-// 16-bit samples (unpacked, or packed two in three bytes) keep their eight
-// high bits. Converted pictures alternate between two buffers, so that the
-// frame shown last stays whole while the next one is converted.
+// Turns the pixels a GenICam camera sends into a frame the live view reads:
+// Mono8, RGB8, BGR8 and 8-bit Bayer pass as they are (Bayer as raw cells,
+// which the view shows a cell a pixel), and 10- to 16-bit samples (unpacked,
+// or packed two in three bytes) keep their eight high bits, Bayer ones as
+// 8-bit cells. Converted frames alternate between two buffers, so that the
+// frame held last stays whole while the next one is converted. develop()
+// makes the full-size picture of a held frame, demosaicing Bayer cells, only
+// when it is needed (a freeze, a file, a recording).
 class PixelConversion {
 public:
     // Whether frames of this pixel format (Aravis's number for it) can be shown.
@@ -28,11 +31,13 @@ public:
     bool convert(std::uint32_t format, const uchar* data, std::size_t size, int width, int height, int padX,
                  FrameView& view);
 
+    // The full-size picture of a frame convert() described: the frame itself,
+    // or its Bayer cells demosaiced into `rgb` (RGB888, grown when needed).
+    static FrameView develop(const FrameView& frame, std::vector<uchar>& rgb);
+
 private:
-    struct Layout;
     uchar* nextBuffer(std::size_t bytes);
 
-    std::vector<uchar> grey_;  // 8-bit Bayer from deeper samples
     std::array<std::vector<uchar>, 2> out_;
     int next_ = 0;
 };

@@ -103,46 +103,41 @@ bool GraphDecoder::jpeg(const uchar* data, size_t bytes, int scale, bool fast, F
     return true;
 }
 
-bool GraphDecoder::bayer(const uchar* cells, qsizetype stride, QSize size, const QByteArray& pattern,
-                         bool half, FrameView& view)
+RawLayout GraphDecoder::bayerLayout(const QByteArray& pattern)
 {
+    if (pattern == "rggb")
+        return RawLayout::BayerRggb;
+    if (pattern == "grbg")
+        return RawLayout::BayerGrbg;
+    if (pattern == "gbrg")
+        return RawLayout::BayerGbrg;
+    if (pattern == "bggr")
+        return RawLayout::BayerBggr;
+    return RawLayout::None;
+}
+
+bool GraphDecoder::bayer(const uchar* cells, qsizetype stride, QSize size, RawLayout layout, FrameView& view)
+{
+    BayerDemosaic::Pattern p = BayerDemosaic::Pattern::RGGB;
+    switch (layout) {
+        case RawLayout::BayerRggb:
+            break;
+        case RawLayout::BayerGrbg:
+            p = BayerDemosaic::Pattern::GRBG;
+            break;
+        case RawLayout::BayerGbrg:
+            p = BayerDemosaic::Pattern::GBRG;
+            break;
+        case RawLayout::BayerBggr:
+            p = BayerDemosaic::Pattern::BGGR;
+            break;
+        default:
+            return false;
+    }
     if (size.width() < 2 || size.height() < 2)
         return false;
-    BayerDemosaic::Pattern p = BayerDemosaic::Pattern::RGGB;
-    if (pattern == "grbg")
-        p = BayerDemosaic::Pattern::GRBG;
-    else if (pattern == "gbrg")
-        p = BayerDemosaic::Pattern::GBRG;
-    else if (pattern == "bggr")
-        p = BayerDemosaic::Pattern::BGGR;
-    else if (pattern != "rggb")
-        return false;
-    if (!half) {
-        uchar* to = reserve(size, view);
-        BayerDemosaic::toRgb(cells, stride, size.width(), size.height(), p, to, view.bytesPerLine);
-        return true;
-    }
-    // Where red and blue sit in a 2x2 cell, as row * 2 + column.
-    const int red = p == BayerDemosaic::Pattern::RGGB   ? 0
-                    : p == BayerDemosaic::Pattern::GRBG ? 1
-                    : p == BayerDemosaic::Pattern::GBRG ? 2
-                                                        : 3;
-    const int blue = 3 - red;
-    const int green1 = red == 0 || red == 3 ? 1 : 0;
-    const int green2 = 3 - green1;
-    const QSize out(size.width() / 2, size.height() / 2);
-    uchar* to = reserve(out, view);
-    for (int y = 0; y < out.height(); ++y) {
-        const uchar* rows[2] = {cells + (2 * y) * stride, cells + (2 * y + 1) * stride};
-        uchar* o = to + y * view.bytesPerLine;
-        for (int x = 0; x < out.width(); ++x) {
-            auto at = [&](int k) { return rows[k >> 1][2 * x + (k & 1)]; };
-            o[0] = at(red);
-            o[1] = static_cast<uchar>((at(green1) + at(green2) + 1) >> 1);
-            o[2] = at(blue);
-            o += 3;
-        }
-    }
+    uchar* to = reserve(size, view);
+    BayerDemosaic::toRgb(cells, stride, size.width(), size.height(), p, to, view.bytesPerLine);
     return true;
 }
 

@@ -11,9 +11,9 @@ namespace tavix {
 
 // Turns the frames a graph camera sends compressed or as raw sensor cells
 // into RGB pictures: Motion-JPEG through libjpeg-turbo (scaled down while
-// decoding when the picture is shown smaller), 8-bit Bayer demosaiced at full
-// size or, for the live picture, one pixel per 2x2 cell. One decoder per
-// thread; its buffer is reused while the size stays the same.
+// decoding when the picture is shown smaller), 8-bit Bayer demosaiced (the
+// live view reads the cells themselves). One decoder per thread; its buffer
+// is reused while the size stays the same.
 class GraphDecoder {
 public:
     GraphDecoder();
@@ -28,10 +28,12 @@ public:
     // Decodes a JPEG at 1/scale of its size (faster and coarser when `fast`).
     // False when it is no JPEG or broken; `view` then stays as it was.
     bool jpeg(const uchar* data, size_t bytes, int scale, bool fast, FrameView& view);
-    // Bayer cells with the given pattern name ("rggb", ...): the full-size
-    // bilinear picture, or half its size, each 2x2 cell one pixel.
-    bool bayer(const uchar* cells, qsizetype stride, QSize size, const QByteArray& pattern, bool half,
-               FrameView& view);
+    // The layout of the Bayer cells a pattern name ("rggb", ...) stands for;
+    // RawLayout::None for a name that is no pattern.
+    static RawLayout bayerLayout(const QByteArray& pattern);
+    // Bayer cells in `layout`: the full-size bilinear picture. False for a
+    // picture smaller than 2x2 or a layout that is no Bayer pattern.
+    bool bayer(const uchar* cells, qsizetype stride, QSize size, RawLayout layout, FrameView& view);
 
 private:
     uchar* reserve(QSize size, FrameView& view);

@@ -19,15 +19,27 @@ namespace {
 constexpr int kExposure = 7;
 constexpr int kAviWriting = 24;
 constexpr int kFrameRate = 147;
-// A Bayer frame at least this wide is shown at half size when the sink does not say its size.
-constexpr int kLargeBayerWidth = 1280;
 
-// The live picture of a Bayer frame is half its size unless it is shown larger than that.
-bool halfBayer(QSize frame, QSize shown)
+// Describes a raw frame in its own pixels when the live view reads them as
+// they are; false for a format that is converted to RGB first.
+bool describeRaw(GstVideoFormat format, FrameView& view)
 {
-    if (shown.isEmpty())
-        return frame.width() >= kLargeBayerWidth;
-    return shown.width() <= frame.width() / 2 && shown.height() <= frame.height() / 2;
+    switch (format) {
+        case GST_VIDEO_FORMAT_RGB:
+            view.format = QImage::Format_RGB888;
+            return true;
+        case GST_VIDEO_FORMAT_BGR:
+            view.format = QImage::Format_BGR888;
+            return true;
+        case GST_VIDEO_FORMAT_GRAY8:
+            view.format = QImage::Format_Grayscale8;
+            return true;
+        case GST_VIDEO_FORMAT_YUY2:
+            view.raw = RawLayout::Yuyv;
+            return view.width % 2 == 0;  // pairs of pixels share their colour
+        default:
+            return false;
+    }
 }
 
 }  // namespace
@@ -258,7 +270,6 @@ void GraphDriver::onDevice(const DeviceMonitor::Device& device, bool added)
         lost_ = true;
         frame_.lose();
         gst_element_set_state(file_.graph(), GST_STATE_NULL);
-        frame_.setSink(nullptr);
         sink_ = nullptr;
         parameters_.close();
         if (log_)
@@ -397,10 +408,7 @@ int GraphDriver::startStream(FrameSink* sink)
     GstCaps* caps = mode.caps();
     g_object_set(filter_, "caps", caps, nullptr);
     gst_caps_unref(caps);
-    // Raw frames reach the sink through the held frame; the others the driver decodes for it.
-    const bool raw = mode.kind == GraphMode::Kind::Raw;
-    frame_.setSink(raw ? sink : nullptr);
-    sink_ = raw ? nullptr : sink;
+    sink_ = sink;
     nextOffset_ = GST_BUFFER_OFFSET_NONE;
     started_ = true;
     if (gst_element_set_state(file_.graph(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
@@ -428,7 +436,6 @@ int GraphDriver::Stop(int cam)
     // An unplugged camera's pipeline stays at NULL.
     if (!away_)
         gst_element_set_state(file_.graph(), GST_STATE_READY);
-    frame_.setSink(nullptr);
     sink_ = nullptr;
     return 0;
 }
@@ -507,32 +514,29 @@ void GraphDriver::receive(GstSample* sample)
     FrameView view;
     view.captureNs = GST_BUFFER_PTS_IS_VALID(buffer) ? static_cast<std::int64_t>(GST_BUFFER_PTS(buffer)) : -1;
     bool usable = false;
-    bool keep = true;  // the sample stays held (mapped) until a newer one replaces it
-    QByteArray pattern;
+    bool convert = false;  // a raw format the view does not read: converted to RGB, not held
     if (kind == GraphMode::Kind::Raw) {
         GstVideoInfo info;
         usable = gst_video_info_from_caps(&info, caps) && map->size >= GST_VIDEO_INFO_SIZE(&info);
-        if (usable && GST_VIDEO_INFO_FORMAT(&info) == GST_VIDEO_FORMAT_RGB) {
+        if (usable) {
             view.bits = map->data;
             view.width = GST_VIDEO_INFO_WIDTH(&info);
             view.height = GST_VIDEO_INFO_HEIGHT(&info);
             view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&info, 0);
-            view.format = QImage::Format_RGB888;
-        } else if (usable) {
-            keep = false;
+            convert = !describeRaw(GST_VIDEO_INFO_FORMAT(&info), view);
         }
-    } else {
+    } else if (kind == GraphMode::Kind::Jpeg) {
         const QSize shown = sink_ ? sink_->shownSize() : QSize();
-        if (kind == GraphMode::Kind::Jpeg) {
-            usable = !sink_ || liveDecoder_.jpeg(map->data, map->size, GraphDecoder::jpegScale(size, shown),
-                                                 true, view);
-        } else {
-            pattern = gst_structure_get_string(s, "format");
-            const qsizetype stride = (size.width() + 3) & ~3;  // GStreamer's rows of 8-bit cells
-            usable = map->size >= size_t(stride) * size_t(size.height()) &&
-                     (!sink_ ||
-                      liveDecoder_.bayer(map->data, stride, size, pattern, halfBayer(size, shown), view));
-        }
+        usable = !sink_ ||
+                 liveDecoder_.jpeg(map->data, map->size, GraphDecoder::jpegScale(size, shown), true, view);
+    } else {
+        view.raw = GraphDecoder::bayerLayout(gst_structure_get_string(s, "format"));
+        view.bits = map->data;
+        view.width = size.width();
+        view.height = size.height();
+        view.bytesPerLine = (size.width() + 3) & ~3;  // GStreamer's rows of 8-bit cells
+        usable = view.raw != RawLayout::None && size.width() >= 2 && size.height() >= 2 &&
+                 map->size >= size_t(view.bytesPerLine) * size_t(size.height());
     }
     if (!usable) {
         gst_buffer_unmap(buffer, map);
@@ -541,10 +545,11 @@ void GraphDriver::receive(GstSample* sample)
         return;
     }
 
-    const bool recordingBayer = kind == GraphMode::Kind::Bayer && frame_.recording();
+    // Frames the view reads in the camera's own layout are developed for a recording, one by one.
+    const bool developEach = view.raw != RawLayout::None && frame_.recording();
     const auto lock = frame_.lock();
     view.sequence = static_cast<std::uint64_t>(++good_);
-    if (!keep) {
+    if (convert) {
         // Converted under the lock: the held picture is the converter's output.
         const bool converted = convertRaw(sample, view);
         gst_buffer_unmap(buffer, map);
@@ -555,30 +560,34 @@ void GraphDriver::receive(GstSample* sample)
         }
         dropHeld();
         heldKind_ = kind;
+        heldRaw_ = RawLayout::None;
         heldSize_ = size;
+        if (sink_)
+            sink_->frameReady(view);
         frame_.hold(view);
         return;
     }
-    // The newest frame stays mapped until a newer one replaces it.
-    if (kind == GraphMode::Kind::Raw)
+    // The newest frame stays mapped until a newer one replaces it. A picture
+    // developed from the frame before stays until the next freeze (SaveAvi
+    // takes its size from it); one that was that frame's own pixels goes with it.
+    const bool asItIs = kind == GraphMode::Kind::Raw && view.raw == RawLayout::None;
+    if (asItIs || (held_ && heldKind_ == GraphMode::Kind::Raw && heldRaw_ == RawLayout::None))
         dropHeld();
     else
-        releaseHeld();  // the picture developed from the frame before stays until the next freeze
+        releaseHeld();
     held_ = sample;
     heldMap_ = 1 - heldMap_;
     heldKind_ = kind;
-    heldFormat_ = pattern;
+    heldRaw_ = view.raw;
     heldSize_ = size;
-    developed_ = false;
-    if (kind == GraphMode::Kind::Raw) {
-        frame_.hold(view);
-        return;
-    }
+    developed_ = asItIs;
     if (sink_)
         sink_->frameReady(view);
-    if (kind == GraphMode::Kind::Jpeg) {
+    if (asItIs) {
+        frame_.hold(view);
+    } else if (kind == GraphMode::Kind::Jpeg) {
         frame_.holdJpeg(map->data, map->size, view.captureNs);
-    } else if (recordingBayer) {
+    } else if (developEach) {
         develop();
         FrameView full = frame_.view();
         full.captureNs = view.captureNs;
@@ -626,6 +635,7 @@ bool GraphDriver::convertRaw(GstSample* sample, FrameView& view)
     view.height = GST_VIDEO_INFO_HEIGHT(&out);
     view.bytesPerLine = GST_VIDEO_INFO_PLANE_STRIDE(&out, 0);
     view.format = QImage::Format_RGB888;
+    view.raw = RawLayout::None;
     gst_video_frame_unmap(&to);
     gst_video_frame_unmap(&from);
     return true;
@@ -633,14 +643,17 @@ bool GraphDriver::convertRaw(GstSample* sample, FrameView& view)
 
 void GraphDriver::develop()
 {
-    if (!held_ || heldKind_ == GraphMode::Kind::Raw || developed_)
+    if (!held_ || developed_)
         return;
     const auto* map = static_cast<const GstMapInfo*>(maps_[heldMap_]);
     FrameView full;
-    const bool ok = heldKind_ == GraphMode::Kind::Jpeg
-                        ? fullDecoder_.jpeg(map->data, map->size, 1, false, full)
-                        : fullDecoder_.bayer(map->data, (heldSize_.width() + 3) & ~3, heldSize_, heldFormat_,
-                                             false, full);
+    bool ok = false;
+    if (heldKind_ == GraphMode::Kind::Jpeg)
+        ok = fullDecoder_.jpeg(map->data, map->size, 1, false, full);
+    else if (heldKind_ == GraphMode::Kind::Bayer)
+        ok = fullDecoder_.bayer(map->data, (heldSize_.width() + 3) & ~3, heldSize_, heldRaw_, full);
+    else
+        ok = convertRaw(held_, full);
     if (ok) {
         frame_.place(full);
         developed_ = true;

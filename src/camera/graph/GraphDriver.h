@@ -33,17 +33,17 @@ namespace tavix {
 //
 // Modes are every size the camera's output pin offers, each named "WxH"
 // under Resolution::indexOf and taken in the format the camera sends fastest
-// at that size: raw video (converted to RGB), Motion-JPEG (decoded with
-// libjpeg-turbo; for the live picture scaled down to the size the sink shows
-// it at, and recorded into AVI files as the camera sent it) or 8-bit Bayer
-// (demosaiced; the live picture of a large frame at half size). A compressed
-// or Bayer frame becomes a full-size picture only when it is frozen, saved
-// or recorded. SetMode (while stopped) changes what the next Start
-// negotiates. How a mode lies on the sensor is not known: a USB camera may
-// scale its whole field into a mode or crop it. Parameters map onto the
-// controls of the video device that a v4l2src feeding the camera element has
-// open (the camera element itself, or one upstream of it); a source without
-// one (a test source) reports every range as not enabled:
+// at that size: raw video, Motion-JPEG (decoded with libjpeg-turbo; for the
+// live picture scaled down to the size the sink shows it at, and recorded
+// into AVI files as the camera sent it) or 8-bit Bayer. The sink gets RGB,
+// BGR and grey frames as they are, YUY2 and Bayer frames as the camera's own
+// pixels (FrameView::raw), other raw formats converted to RGB. A YUY2,
+// compressed or Bayer frame becomes a full-size RGB picture (converted,
+// decoded, demosaiced) only when it is frozen, saved or recorded. SetMode (while stopped) changes what the
+// next Start negotiates. How a mode lies on the sensor is not known: a USB camera may scale its whole field
+// into a mode or crop it. Parameters map onto the controls of the video device that a v4l2src feeding the
+// camera element has open (the camera element itself, or one upstream of it); a source without one (a test
+// source) reports every range as not enabled:
 //   1 brightness, 2 contrast, 19 saturation, 109 hue, 12 black level
 //   13 gain (its automatic gain reported only while on)
 //   3 gamma x 64 / 100 (the device counts 100 for a gamma of 1), 111 its
@@ -165,8 +165,9 @@ private:
     void startWatching();
     void onDevice(const DeviceMonitor::Device& device, bool added);
     void receive(_GstSample* sample);
+    // Under frame_.lock(): a raw frame converted to RGB.
     bool convertRaw(_GstSample* sample, FrameView& view);
-    // Under frame_.lock(): the held JPEG or Bayer frame becomes the full-size picture held.
+    // Under frame_.lock(): the held YUY2, JPEG or Bayer frame becomes the full-size picture held.
     void develop();
     void developHeld();
     void releaseHeld();
@@ -208,26 +209,26 @@ private:
 
     // The newest frame, its sample mapped into one of two GstMapInfo made
     // once (the held frame's and the arriving one's); changed only under
-    // frame_.lock(). A raw frame in another format than RGB is held as its
-    // conversion; a JPEG or Bayer frame as it came, its full-size picture
-    // made (developed) when it is needed.
+    // frame_.lock(). A raw frame in a format the live view does not read is
+    // held as its conversion; a YUY2, JPEG or Bayer frame as it came, its
+    // full-size picture made (developed) when it is needed.
     HeldFrame frame_;
     _GstSample* held_ = nullptr;
     void* maps_[2] = {nullptr, nullptr};
     int heldMap_ = 0;
     GraphMode::Kind heldKind_ = GraphMode::Kind::Raw;
-    QByteArray heldFormat_;  // the held Bayer frame's pattern
+    RawLayout heldRaw_ = RawLayout::None;  // the held frame's layout as the sink got it
     QSize heldSize_;
     bool developed_ = false;
     GraphDecoder fullDecoder_;
-
-    // Streaming thread only: the sink of frames the driver decodes itself,
-    // the live picture's decoder, the raw converter and its output.
-    FrameSink* sink_ = nullptr;
-    GraphDecoder liveDecoder_;
+    // The raw converter and its output.
     _GstVideoConverter* converter_ = nullptr;
     void* converterIn_ = nullptr;  // GstVideoInfo of what the converter takes
     _GstBuffer* rgb_ = nullptr;
+
+    // Streaming thread only: the sink, the live picture's JPEG decoder.
+    FrameSink* sink_ = nullptr;
+    GraphDecoder liveDecoder_;
 };
 
 }  // namespace tavix

@@ -4,6 +4,7 @@
 #include "camera/HeldFrame.h"
 #include "camera/Resolution.h"
 #include "camera/genicam/GenICamDriver.h"
+#include "media/BayerDemosaic.h"
 #include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,9 @@
 #include <QImage>
 #include <QMutex>
 #include <QThread>
+#include <algorithm>
+#include <tuple>
+#include <vector>
 
 #undef signals
 #include <arv.h>
@@ -30,7 +34,14 @@ public:
         ++count;
         size = QSize(frame.width, frame.height);
         format = frame.format;
+        raw = frame.raw;
         first = frame.bits[0];
+        if (keepCells && raw != RawLayout::None) {
+            cells.resize(size_t(frame.width) * size_t(frame.height));
+            for (int y = 0; y < frame.height; ++y)
+                std::copy_n(frame.bits + y * frame.bytesPerLine, frame.width,
+                            cells.begin() + y * frame.width);
+        }
     }
     int frames()
     {
@@ -42,7 +53,10 @@ public:
     int count = 0;
     QSize size;
     QImage::Format format = QImage::Format_Invalid;
+    RawLayout raw = RawLayout::None;
     uchar first = 0;
+    bool keepCells = false;
+    std::vector<uchar> cells;  // the newest Bayer frame's cells, when kept
 };
 
 constexpr std::int32_t kFullWidth = 7;  // 2048x1536: binning 1, the sensor's whole width
@@ -187,19 +201,60 @@ TEST_F(GenICamDriverTest, SetMode_BetweenStopAndStart_BinsAndCentresTheRegion)
     EXPECT_EQ(sink.size, QSize(640, 480));
 }
 
-TEST_F(GenICamDriverTest, BayerFrames_AreDemosaiced_AndRgb8PassesAsItIs)
+TEST_F(GenICamDriverTest, BayerFrames_ReachTheSinkAsTheirCells_AndAFreezeIsTheirDemosaic)
 {
-    for (const char* format : {"BayerRG8", "BayerGR8", "BayerGB8", "BayerBG8", "RGB8"}) {
-        GError* error = nullptr;
-        arv_camera_set_pixel_format_from_string(driver.arvCamera(), format, &error);
-        ASSERT_EQ(error, nullptr) << format;
-        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0) << format;
-        ASSERT_TRUE(waitFrames(2)) << format;
-        EXPECT_EQ(sink.size, QSize(2048, 1536)) << format;
-        EXPECT_EQ(sink.format, QImage::Format_RGB888) << format;
-        EXPECT_EQ(driver.frameFormat(), QImage::Format_RGB888) << format;
+    const std::vector<std::tuple<const char*, RawLayout, BayerDemosaic::Pattern>> formats = {
+        {"BayerRG8", RawLayout::BayerRggb, BayerDemosaic::Pattern::RGGB},
+        {"BayerGR8", RawLayout::BayerGrbg, BayerDemosaic::Pattern::GRBG},
+        {"BayerGB8", RawLayout::BayerGbrg, BayerDemosaic::Pattern::GBRG},
+        {"BayerBG8", RawLayout::BayerBggr, BayerDemosaic::Pattern::BGGR}};
+    ASSERT_EQ(driver.SetMode(0, kBinned3), 0);  // 640x480
+    sink.keepCells = true;
+    for (const auto& [format, raw, pattern] : formats) {
+        SCOPED_TRACE(format);
+        setFormat(format);
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+        ASSERT_TRUE(waitFrames(2));
         ASSERT_EQ(driver.Stop(0), 0);
+        EXPECT_EQ(sink.size, QSize(640, 480));
+        EXPECT_EQ(sink.raw, raw);
+        EXPECT_EQ(driver.frameSize(), QSize(640, 480));
+        EXPECT_EQ(driver.frameFormat(), QImage::Format_RGB888);
+
+        // The still is the demosaic of the frame the sink saw last.
+        QImage still;
+        ASSERT_EQ(driver.GrabFrame(0, still), 0);
+        QImage expected(640, 480, QImage::Format_RGB888);
+        BayerDemosaic::toRgb(sink.cells.data(), 640, 640, 480, pattern, expected.bits(),
+                             expected.bytesPerLine());
+        EXPECT_EQ(still, expected);
     }
+}
+
+// Recorded frames are the full-size pictures, developed from each frame's cells while the recording runs.
+TEST_F(GenICamDriverTest, SaveAvi_OfBayerFrames_RecordsTheirFullSizePictures)
+{
+    TempDir dir;
+    const QString path = dir.file(QStringLiteral("clip.avi"));
+    ASSERT_EQ(driver.SetMode(0, kBinned3), 0);
+    setFormat("BayerRG8");
+    ASSERT_EQ(driver.SetCamParameter(0, 147, 10), 0);
+    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver.SaveAvi(0, path, 0, 1), 0);
+    std::int32_t writing = 1;
+    QElapsedTimer t;
+    t.start();
+    while (writing != 0 && t.elapsed() < 20000) {
+        QThread::msleep(50);
+        driver.GetCamParameter(0, 24, writing);
+    }
+    ASSERT_EQ(writing, 0);
+    EXPECT_EQ(sink.raw, RawLayout::BayerRggb) << "the live view still gets the cells";
+    const test::AviProbe probe = test::AviProbe::of(path);
+    ASSERT_TRUE(probe.ok) << probe.error.toStdString();
+    EXPECT_EQ(QSize(probe.width, probe.height), QSize(640, 480));
+    EXPECT_NEAR(probe.frames, 10, 1);
 }
 
 TEST_F(GenICamDriverTest, AnIncompleteBuffer_CountsAsBroken_AndIsNotShown)
@@ -520,16 +575,24 @@ TEST_F(GenICamDriverTest, AColourCamera_IsSwitchedFromMono8ToItsBayerFormat_AtOp
     EXPECT_EQ(openedFormat, QStringLiteral("BayerBG8"));
 }
 
-TEST_F(GenICamDriverTest, SixteenBitMono_IsShownAsItsHighByte)
+TEST_F(GenICamDriverTest, SixteenBitMono_IsShownAsItsHighByte_AndRgb8AsItIs)
 {
-    setFormat("Mono16");
-    ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
-    ASSERT_TRUE(waitFrames(2));
-    EXPECT_EQ(sink.size, QSize(2048, 1536));
-    EXPECT_EQ(sink.format, QImage::Format_Grayscale8);
-    std::int32_t broken = -1;
-    driver.GetBrokenFrames(0, broken);
-    EXPECT_EQ(broken, 0);
+    const std::pair<const char*, QImage::Format> formats[] = {{"Mono16", QImage::Format_Grayscale8},
+                                                              {"RGB8", QImage::Format_RGB888}};
+    for (const auto& [format, shown] : formats) {
+        SCOPED_TRACE(format);
+        setFormat(format);
+        ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
+        ASSERT_TRUE(waitFrames(2));
+        ASSERT_EQ(driver.Stop(0), 0);
+        EXPECT_EQ(sink.size, QSize(2048, 1536));
+        EXPECT_EQ(sink.format, shown);
+        EXPECT_EQ(sink.raw, RawLayout::None);
+        EXPECT_EQ(driver.frameFormat(), shown);
+        std::int32_t broken = -1;
+        driver.GetBrokenFrames(0, broken);
+        EXPECT_EQ(broken, 0);
+    }
 }
 
 // ---- which camera ----

@@ -1,5 +1,6 @@
 #include "camera/genicam/PixelConversion.h"
 #include "camera/genicam/PixelFormatChoice.h"
+#include "media/BayerDemosaic.h"
 
 #include <gtest/gtest.h>
 
@@ -98,7 +99,7 @@ TEST(PixelConversion, Mono16_ShowsTheHighByte)
               (std::vector<int>{0x80, 0x00}));
 }
 
-TEST(PixelConversion, TwelveBitBayer_IsDemosaicedLikeItsEightBitHighBits)
+TEST(PixelConversion, TwelveBitBayer_IsHandedOnAsItsEightBitHighBits_AndDevelopedLikeThem)
 {
     // A 4x2 RGGB picture: red 0xABC, greens 0x123, blue 0xFFF.
     const std::vector<unsigned> cells = {0xABC, 0x123, 0xABC, 0x123, 0x123, 0xFFF, 0x123, 0xFFF};
@@ -112,11 +113,51 @@ TEST(PixelConversion, TwelveBitBayer_IsDemosaicedLikeItsEightBitHighBits)
     FrameView a, b;
     ASSERT_TRUE(deep.convert(ARV_PIXEL_FORMAT_BAYER_RG_12, twelve.data(), twelve.size(), 4, 2, 0, a));
     ASSERT_TRUE(plain.convert(ARV_PIXEL_FORMAT_BAYER_RG_8, eight.data(), eight.size(), 4, 2, 0, b));
-    EXPECT_EQ(a.format, QImage::Format_RGB888);
-    EXPECT_EQ(a.bytesPerLine, 12);
-    EXPECT_EQ(std::vector<uchar>(a.bits, a.bits + 24), std::vector<uchar>(b.bits, b.bits + 24));
-    EXPECT_EQ(a.bits[0], 0xAB);           // the red sample at its own place
-    EXPECT_EQ(a.bits[2 * 12 - 1], 0xFF);  // the blue sample at its own place
+    EXPECT_EQ(a.raw, RawLayout::BayerRggb);
+    EXPECT_EQ(a.bytesPerLine, 4);
+    EXPECT_EQ(std::vector<uchar>(a.bits, a.bits + 8), eight);
+
+    std::vector<uchar> fromDeep, fromPlain;
+    const FrameView fullA = PixelConversion::develop(a, fromDeep);
+    const FrameView fullB = PixelConversion::develop(b, fromPlain);
+    EXPECT_EQ(fullA.format, QImage::Format_RGB888);
+    EXPECT_EQ(fullA.raw, RawLayout::None);
+    EXPECT_EQ(fullA.bytesPerLine, 12);
+    EXPECT_EQ(std::vector<uchar>(fullA.bits, fullA.bits + 24),
+              std::vector<uchar>(fullB.bits, fullB.bits + 24));
+    EXPECT_EQ(fullA.bits[0], 0xAB);           // the red sample at its own place
+    EXPECT_EQ(fullA.bits[2 * 12 - 1], 0xFF);  // the blue sample at its own place
+}
+
+TEST(PixelConversion, EightBitBayer_PassesAsItsCells_InItsPattern_AndDevelopsIntoItsDemosaic)
+{
+    const std::vector<std::pair<std::uint32_t, RawLayout>> formats = {
+        {ARV_PIXEL_FORMAT_BAYER_RG_8, RawLayout::BayerRggb},
+        {ARV_PIXEL_FORMAT_BAYER_GR_8, RawLayout::BayerGrbg},
+        {ARV_PIXEL_FORMAT_BAYER_GB_8, RawLayout::BayerGbrg},
+        {ARV_PIXEL_FORMAT_BAYER_BG_8, RawLayout::BayerBggr}};
+    const BayerDemosaic::Pattern patterns[] = {BayerDemosaic::Pattern::RGGB, BayerDemosaic::Pattern::GRBG,
+                                               BayerDemosaic::Pattern::GBRG, BayerDemosaic::Pattern::BGGR};
+    std::vector<uchar> data(4 * 10);  // 8 cells and 2 bytes of padding a line
+    for (size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<uchar>(i * 37);
+    for (size_t k = 0; k < formats.size(); ++k) {
+        SCOPED_TRACE(k);
+        PixelConversion conversion;
+        FrameView view;
+        ASSERT_TRUE(conversion.convert(formats[k].first, data.data(), data.size(), 8, 4, 2, view));
+        EXPECT_EQ(view.raw, formats[k].second);
+        EXPECT_EQ(view.bits, data.data());
+        EXPECT_EQ(view.bytesPerLine, 10);
+
+        std::vector<uchar> rgb;
+        const FrameView full = PixelConversion::develop(view, rgb);
+        std::vector<uchar> expected(8 * 4 * 3);
+        BayerDemosaic::toRgb(data.data(), 10, 8, 4, patterns[k], expected.data(), 8 * 3);
+        EXPECT_EQ(QSize(full.width, full.height), QSize(8, 4));
+        ASSERT_EQ(full.bits, rgb.data());
+        EXPECT_EQ(std::vector<uchar>(full.bits, full.bits + expected.size()), expected);
+    }
 }
 
 TEST(PixelConversion, AConvertedFrame_StaysWholeWhileTheNextIsConverted)
@@ -130,7 +171,7 @@ TEST(PixelConversion, AConvertedFrame_StaysWholeWhileTheNextIsConverted)
     EXPECT_EQ(a.bits[3], 0xFF);
 }
 
-TEST(PixelConversion, Mono8AndRgb8_PassAsTheyAre_WithTheirPadding)
+TEST(PixelConversion, Mono8Rgb8AndBgr8_PassAsTheyAre_WithTheirPadding)
 {
     const std::vector<uchar> data(2 * 10);
     PixelConversion conversion;
@@ -142,6 +183,14 @@ TEST(PixelConversion, Mono8AndRgb8_PassAsTheyAre_WithTheirPadding)
     ASSERT_TRUE(conversion.convert(ARV_PIXEL_FORMAT_RGB_8_PACKED, rgb.data(), rgb.size(), 6, 2, 0, view));
     EXPECT_EQ(view.format, QImage::Format_RGB888);
     EXPECT_EQ(view.bits, rgb.data());
+    ASSERT_TRUE(conversion.convert(ARV_PIXEL_FORMAT_BGR_8_PACKED, rgb.data(), rgb.size(), 6, 2, 0, view));
+    EXPECT_EQ(view.format, QImage::Format_BGR888);
+    EXPECT_EQ(view.raw, RawLayout::None);
+    EXPECT_EQ(view.bits, rgb.data());
+    // Nothing to develop: the full picture is the frame itself.
+    std::vector<uchar> unused;
+    EXPECT_EQ(PixelConversion::develop(view, unused).bits, rgb.data());
+    EXPECT_TRUE(unused.empty());
 }
 
 TEST(PixelConversion, AShortBufferOrAnUnknownFormat_IsRefused)

@@ -1,7 +1,9 @@
 #include "camera/graph/GraphDecoder.h"
+#include "media/BayerDemosaic.h"
 #include "media/JpegWriter.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 using namespace tavix;
 
@@ -35,19 +37,31 @@ TEST(GraphDecoder, Jpeg_DecodesAtTheScale_AndRefusesWhatIsNoJpeg)
     EXPECT_EQ(kept.width, 160);
 }
 
-TEST(GraphDecoder, BayerHalf_TakesEachCellAsOnePixel)
+TEST(GraphDecoder, BayerLayout_IsThePatternOfItsName_AndNoneForAnotherName)
 {
-    // Two cells side by side, GRBG: green, red on top; blue, green below.
+    EXPECT_EQ(GraphDecoder::bayerLayout("rggb"), RawLayout::BayerRggb);
+    EXPECT_EQ(GraphDecoder::bayerLayout("grbg"), RawLayout::BayerGrbg);
+    EXPECT_EQ(GraphDecoder::bayerLayout("gbrg"), RawLayout::BayerGbrg);
+    EXPECT_EQ(GraphDecoder::bayerLayout("bggr"), RawLayout::BayerBggr);
+    EXPECT_EQ(GraphDecoder::bayerLayout("xxxx"), RawLayout::None);
+}
+
+TEST(GraphDecoder, Bayer_IsTheFullSizeDemosaicOfItsPattern)
+{
+    // Two cells side by side, GRBG, in rows of six bytes.
     const uchar cells[] = {10, 200, 20, 210, 0, 0, 30, 50, 40, 60, 0, 0};
     GraphDecoder decoder;
     FrameView view;
-    ASSERT_TRUE(decoder.bayer(cells, 6, QSize(4, 2), "grbg", true, view));
-    ASSERT_EQ(QSize(view.width, view.height), QSize(2, 1));
-    EXPECT_EQ(view.bits[0], 200);  // red
-    EXPECT_EQ(view.bits[1], 30);   // (10 + 50) / 2
-    EXPECT_EQ(view.bits[2], 30);   // blue
-    EXPECT_EQ(view.bits[3], 210);
-    EXPECT_EQ(view.bits[4], 40);  // (20 + 60) / 2
-    EXPECT_EQ(view.bits[5], 40);
-    EXPECT_FALSE(decoder.bayer(cells, 6, QSize(4, 2), "xxxx", true, view));
+    ASSERT_TRUE(decoder.bayer(cells, 6, QSize(4, 2), RawLayout::BayerGrbg, view));
+    ASSERT_EQ(QSize(view.width, view.height), QSize(4, 2));
+    EXPECT_EQ(view.format, QImage::Format_RGB888);
+    uchar expected[4 * 2 * 3];
+    BayerDemosaic::toRgb(cells, 6, 4, 2, BayerDemosaic::Pattern::GRBG, expected, 12);
+    for (int y = 0; y < 2; ++y)
+        EXPECT_EQ(
+            std::vector<uchar>(view.bits + y * view.bytesPerLine, view.bits + y * view.bytesPerLine + 12),
+            std::vector<uchar>(expected + y * 12, expected + y * 12 + 12))
+            << y;
+    EXPECT_FALSE(decoder.bayer(cells, 6, QSize(4, 2), RawLayout::Yuyv, view));
+    EXPECT_FALSE(decoder.bayer(cells, 6, QSize(4, 1), RawLayout::BayerGrbg, view));
 }

@@ -2,17 +2,23 @@
 #include "CountingSink.h"
 #include "TempDir.h"
 #include "camera/HeldFrame.h"
+#include "camera/LiveView.h"
 #include "camera/Resolution.h"
 #include "camera/graph/GraphDriver.h"
+#include "media/BayerDemosaic.h"
 #include "media/BmpFile.h"
 
 #include <gtest/gtest.h>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMutex>
 #include <QThread>
+#include <algorithm>
+#include <vector>
 
 #undef signals
 #include <gst/gst.h>
+#include <gst/video/video.h>
 
 using namespace tavix;
 using tavix::test::CountingSink;
@@ -27,6 +33,80 @@ constexpr char kTwoSizes[] =
     "videotestsrc is-live=true ! "
     "video/x-raw,width={640,1024},height={480,768},framerate=30/1 ! "
     "identity name=Camera ! fakesink";
+
+// Keeps a copy of the newest frame of the camera's own pixels (YUY2 or Bayer).
+class KeepingSink : public FrameSink {
+public:
+    void frameReady(const FrameView& frame) override
+    {
+        QMutexLocker lock(&mutex);
+        ++count;
+        raw = frame.raw;
+        size = QSize(frame.width, frame.height);
+        const int row = frame.width * (frame.raw == RawLayout::Yuyv ? 2 : 1);
+        pixels.resize(size_t(row) * size_t(frame.height));
+        for (int y = 0; y < frame.height; ++y)
+            std::copy_n(frame.bits + y * frame.bytesPerLine, row, pixels.begin() + y * row);
+    }
+    bool waitFrames(int frames)
+    {
+        QElapsedTimer t;
+        t.start();
+        for (;;) {
+            {
+                QMutexLocker lock(&mutex);
+                if (count >= frames)
+                    return true;
+            }
+            if (t.elapsed() > 20000)
+                return false;
+            QThread::msleep(5);
+        }
+    }
+
+    QMutex mutex;
+    int count = 0;
+    RawLayout raw = RawLayout::None;
+    QSize size;
+    std::vector<uchar> pixels;  // rows without padding
+};
+
+// The RGB picture GStreamer's converter makes of a YUY2 frame (rows without padding).
+QImage convertedYuy2(std::vector<uchar>& pixels, QSize size)
+{
+    GstCaps* caps = gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "YUY2", "width", G_TYPE_INT,
+                                        size.width(), "height", G_TYPE_INT, size.height(), "framerate",
+                                        GST_TYPE_FRACTION, 30, 1, nullptr);
+    GstVideoInfo in;
+    const bool described = gst_video_info_from_caps(&in, caps);
+    gst_caps_unref(caps);
+    GstVideoInfo out;
+    gst_video_info_set_format(&out, GST_VIDEO_FORMAT_RGB, size.width(), size.height());
+    GST_VIDEO_INFO_FPS_N(&out) = GST_VIDEO_INFO_FPS_N(&in);
+    GST_VIDEO_INFO_FPS_D(&out) = GST_VIDEO_INFO_FPS_D(&in);
+    QImage rgb(size, QImage::Format_RGB888);
+    GstVideoConverter* converter = described ? gst_video_converter_new(&in, &out, nullptr) : nullptr;
+    GstBuffer* from = gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, pixels.data(), pixels.size(), 0,
+                                                  pixels.size(), nullptr, nullptr);
+    GstBuffer* to = gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&out), nullptr);
+    GstVideoFrame source, target;
+    if (converter && gst_video_frame_map(&source, &in, from, GST_MAP_READ)) {
+        if (gst_video_frame_map(&target, &out, to, GST_MAP_WRITE)) {
+            gst_video_converter_frame(converter, &source, &target);
+            const auto* bits = static_cast<const uchar*>(GST_VIDEO_FRAME_PLANE_DATA(&target, 0));
+            for (int y = 0; y < size.height(); ++y)
+                std::copy_n(bits + y * GST_VIDEO_FRAME_PLANE_STRIDE(&target, 0), size.width() * 3,
+                            rgb.scanLine(y));
+            gst_video_frame_unmap(&target);
+        }
+        gst_video_frame_unmap(&source);
+    }
+    if (converter)
+        gst_video_converter_free(converter);
+    gst_buffer_unref(from);
+    gst_buffer_unref(to);
+    return rgb;
+}
 
 class GraphDriverTest : public ::testing::Test {
 protected:
@@ -333,4 +413,119 @@ TEST_F(GraphDriverTest, FrameRate_OneRateOffered_IsGreyed)
     ASSERT_EQ(driver->GetCamParameterRange(0, 147, range), 0);
     EXPECT_EQ(range.enabled, 0);
     EXPECT_EQ(driver->SetCamParameter(0, 147, 30), GraphDriver::kNotSupported);
+}
+
+// A USB camera's YUY2 frames go to the live view as they came; a freeze converts the newest one.
+TEST_F(GraphDriverTest, Yuy2Frames_ReachTheSinkInTheirOwnPixels_AndTheStillIsTheirConversion)
+{
+    ASSERT_TRUE(
+        openWith("videotestsrc is-live=true ! video/x-raw,format=YUY2,width=640,height=480,framerate=30/1 ! "
+                 "identity name=Camera"));
+    KeepingSink kept;
+    ASSERT_EQ(driver->Start(0, 0, &kept, -1, 0), 0);
+    ASSERT_TRUE(kept.waitFrames(2));
+    ASSERT_EQ(driver->Stop(0), 0);
+    EXPECT_EQ(kept.raw, RawLayout::Yuyv);
+    EXPECT_EQ(kept.size, QSize(640, 480));
+    EXPECT_EQ(driver->frameSize(), QSize(640, 480));
+
+    QImage still;
+    ASSERT_EQ(driver->GrabFrame(0, still), 0);
+    EXPECT_EQ(still.format(), QImage::Format_RGB888);
+    EXPECT_EQ(still, convertedYuy2(kept.pixels, kept.size));
+    EXPECT_GT(qRed(still.pixel(10, 10)), 150);  // the test picture's first bar, not black
+    ASSERT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), 0);
+    QImage bmp;
+    ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);
+    EXPECT_EQ(bmp.convertToFormat(QImage::Format_RGB32), still.convertToFormat(QImage::Format_RGB32));
+    std::int32_t broken = -1;
+    ASSERT_EQ(driver->GetBrokenFrames(0, broken), 0);
+    EXPECT_EQ(broken, 0);
+}
+
+// A Bayer camera's cells go to the live view as they came; a freeze demosaics the newest frame.
+TEST_F(GraphDriverTest, BayerFrames_ReachTheSinkAsTheirCells_AndTheStillIsTheirDemosaic)
+{
+    ASSERT_TRUE(openWith(
+        "videotestsrc is-live=true ! video/x-bayer,format=grbg,width=640,height=480,framerate=30/1 ! "
+        "identity name=Camera"));
+    KeepingSink kept;
+    ASSERT_EQ(driver->Start(0, 0, &kept, -1, 0), 0);
+    ASSERT_TRUE(kept.waitFrames(2));
+    ASSERT_EQ(driver->Stop(0), 0);
+    EXPECT_EQ(kept.raw, RawLayout::BayerGrbg);
+    EXPECT_EQ(kept.size, QSize(640, 480));
+
+    QImage still;
+    ASSERT_EQ(driver->GrabFrame(0, still), 0);
+    QImage expected(640, 480, QImage::Format_RGB888);
+    BayerDemosaic::toRgb(kept.pixels.data(), 640, 640, 480, BayerDemosaic::Pattern::GRBG, expected.bits(),
+                         expected.bytesPerLine());
+    EXPECT_EQ(still, expected);
+    EXPECT_GT(qRed(still.pixel(10, 10)), 150);
+}
+
+// The live view shows frames in the camera's own pixels: nothing is lost or converted on the way.
+TEST_F(GraphDriverTest, Yuy2AndBayerFrames_AreShownByTheLiveView)
+{
+    for (const char* caps : {"video/x-raw,format=YUY2", "video/x-bayer,format=rggb"}) {
+        SCOPED_TRACE(caps);
+        ASSERT_TRUE(openWith(QByteArray("videotestsrc is-live=true ! ") + caps +
+                             ",width=640,height=480,framerate=30/1 ! identity name=Camera"));
+        LiveView live;
+        live.setDisplaySize(QSize(320, 240));
+        ASSERT_EQ(driver->Start(0, 0, &live, -1, 0), 0);
+        QElapsedTimer t;
+        t.start();
+        while (live.counters().received < 2 && t.elapsed() < 20000)
+            QThread::msleep(5);
+        ASSERT_EQ(driver->Stop(0), 0);
+        const QImage* shown = live.takeFrame();
+        ASSERT_NE(shown, nullptr);
+        EXPECT_EQ(shown->size(), QSize(320, 240));
+        // The test picture's first bar is light grey.
+        EXPECT_GT(qGray(shown->pixel(5, 5)), 150);
+        EXPECT_GT(qRed(shown->pixel(5, 5)), 150);
+    }
+}
+
+// Frames the live view reads as they are reach it so, and are the still as they came.
+TEST_F(GraphDriverTest, RgbBgrAndGreyFrames_PassAsTheyAre_AndAreTheStill)
+{
+    const std::pair<const char*, QImage::Format> formats[] = {
+        {"RGB", QImage::Format_RGB888}, {"BGR", QImage::Format_BGR888}, {"GRAY8", QImage::Format_Grayscale8}};
+    for (const auto& [format, expected] : formats) {
+        SCOPED_TRACE(format);
+        ASSERT_TRUE(openWith(QByteArray("videotestsrc is-live=true ! video/x-raw,format=") + format +
+                             ",width=640,height=480,framerate=30/1 ! identity name=Camera"));
+        CountingSink shown;
+        ASSERT_EQ(driver->Start(0, 0, &shown, -1, 0), 0);
+        ASSERT_TRUE(shown.waitFrames(2));
+        ASSERT_EQ(driver->Stop(0), 0);
+        EXPECT_EQ(shown.lastFormat(), expected);
+        EXPECT_EQ(shown.lastRaw(), RawLayout::None);
+        QImage still;
+        ASSERT_EQ(driver->GrabFrame(0, still), 0);
+        EXPECT_EQ(still.format(), expected);
+        EXPECT_EQ(still.pixel(0, 0), shown.topLeft());
+        EXPECT_GT(qGray(still.pixel(10, 10)), 150);  // the test picture's first bar, light grey
+    }
+}
+
+// The view reads YUY2 two pixels at a time: a frame of odd width is converted for it.
+TEST_F(GraphDriverTest, Yuy2FramesOfOddWidth_AreConvertedToRgb)
+{
+    ASSERT_TRUE(
+        openWith("videotestsrc is-live=true ! video/x-raw,format=YUY2,width=641,height=480,framerate=30/1 ! "
+                 "identity name=Camera"));
+    ASSERT_EQ(driver->Start(0, 0, &sink, -1, 0), 0);
+    ASSERT_TRUE(waitFrames(2));
+    ASSERT_EQ(driver->Stop(0), 0);
+    EXPECT_EQ(sink.lastRaw(), RawLayout::None);
+    EXPECT_EQ(sink.lastFormat(), QImage::Format_RGB888);
+    EXPECT_EQ(sink.lastSize(), QSize(641, 480));
+    QImage still;
+    ASSERT_EQ(driver->GrabFrame(0, still), 0);
+    EXPECT_EQ(still.size(), QSize(641, 480));
+    EXPECT_EQ(still.pixel(0, 0), sink.topLeft());
 }
