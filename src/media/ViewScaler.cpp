@@ -1,5 +1,7 @@
 #include "media/ViewScaler.h"
 
+#include <cstring>
+
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
 #define TAVIX_SCALER_X86 1
