@@ -430,6 +430,23 @@ int BmpFile::write(const QString& path, const QImage& image)
     return write(path, image, buffer);
 }
 
+bool BmpFile::storedRows(const uchar* data, qsizetype size, StoredRows& rows)
+{
+    Layout l;
+    if (!data || parse(data, size, l) != Parse::Own)
+        return false;
+    const uchar* pixels = data + l.offset;
+    rows.width = l.width;
+    rows.height = l.height;
+    rows.step = l.topDown ? l.stride : -l.stride;
+    rows.top = l.topDown ? pixels : pixels + static_cast<qsizetype>(l.height - 1) * l.stride;
+    rows.format =
+        l.bits == 24 ? QImage::Format_BGR888 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    rows.dotsPerMeterX = std::max(l.dotsX, 0);
+    rows.dotsPerMeterY = std::max(l.dotsY, 0);
+    return true;
+}
+
 QImage BmpFile::decode(const uchar* data, qsizetype size)
 {
     QImage image;
