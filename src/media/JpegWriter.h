@@ -43,9 +43,10 @@ public:
 
     // Pixels that are no QImage, such as the rows of a mapped bitmap file, in
     // one of the formats the compressor reads as they are (RGB888, BGR888,
-    // the 32-bit RGB formats, Grayscale8). `row(y)` gives row y counted from the top; the
-    // encoder asks for up to kRowBatch rows in turn before it reads them, so
-    // a row handed out must stay valid until kRowBatch more were asked for.
+    // the 32-bit RGB formats, Grayscale8). `row(y)` gives row y counted from
+    // the top; the encoder asks for up to kRowBatch rows in turn before it
+    // reads them, so a row handed out must stay valid until kRowBatch more
+    // were asked for.
     static constexpr int kRowBatch = 16;
     struct Rows {
         int width = 0;
