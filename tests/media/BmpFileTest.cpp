@@ -450,6 +450,23 @@ TEST(BmpFile, WriteOfManyRows_GivesTheSameFileAsEncode)
     EXPECT_TRUE(file.readAll() == encoded);
 }
 
+TEST(BmpFile, WriteOfSeveralMegabytes_GivesTheSameFileAsEncode)
+{
+    // Pieces end inside rows and between them, with padded rows.
+    TempDir dir;
+    for (const QImage::Format format : {QImage::Format_RGB888, QImage::Format_BGR888}) {
+        const QImage original = randomImage(1501, 1003, format, 4);
+        const QString path = dir.file(QStringLiteral("large.bmp"));
+        ASSERT_EQ(BmpFile::write(path, original), 0);
+        QByteArray encoded;
+        ASSERT_TRUE(BmpFile::encode(original, encoded));
+        ASSERT_GT(encoded.size(), 4 << 20);
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(file.readAll() == encoded) << format;
+    }
+}
+
 TEST(BmpFile, ReadAsStored_GivesBgr888_WithTheSamePixels)
 {
     TempDir dir;
