@@ -4,13 +4,16 @@
 // step with two cross lines: the camera hands over its frame, the program
 // draws the crosses and writes the JPEG (temporary name, flushed, renamed).
 // crosses:2 is the same for a camera that only writes files, as the vendor's
-// library does: the temporary bitmap is written and read back first.
+// library does: the temporary bitmap is written and read back first. The
+// temporary bitmap is the program's scratch file, as the start-up names it:
+// written without waiting for the disk, which only the final file waits for.
 // crosses:0 has the simulated camera write the JPEG itself.
 #include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
 #include "common/ErrorLog.h"
 #include "common/MessageTable.h"
 #include "files/IntervalShot.h"
+#include "media/FrameFile.h"
 #include "media/JpegWriter.h"
 
 #include "BaselineRatio.h"
@@ -61,6 +64,17 @@ QString scratch(const char* name)
     return dir.filePath(QLatin1String(name));
 }
 
+// The start-up's TEMPBITMAPFILE; a series' temporary bitmaps are named after it.
+const QString& tempBitmap()
+{
+    static const QString path = [] {
+        const QString p = scratch("TavixStill.bmp");
+        FrameFile::setScratchBitmap(p);
+        return p;
+    }();
+    return path;
+}
+
 void SeriesPicture(benchmark::State& state)
 {
     const bool crosses = state.range(0) != 0;
@@ -72,7 +86,7 @@ void SeriesPicture(benchmark::State& state)
     IntervalShot shot(*camera(filesOnly).sim, log, messages, prompter, clock);
     IntervalShot::Job job;
     job.finalFile = scratch("cell_001.jpg");
-    job.temporaryFile = scratch("TavixStill_001.bmp");
+    job.temporaryFile = tempBitmap().chopped(4) + QStringLiteral("_001.bmp");
     job.crosses.draw = crosses;
     job.crosses.count = 2;
     job.crosses.points = {QPoint(1296, 972), QPoint(400, 300)};

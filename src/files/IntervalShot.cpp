@@ -13,8 +13,82 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
+#include <cstring>
 
 namespace tavix {
+
+namespace {
+
+// The cross lines as they meet the rows of a picture of RGB888, BGR888 or
+// RGB32: the columns of the vertical lines, the rows of the horizontal ones
+// and the colour as the format stores it. Drawn row by row, the lines can go
+// into rows on their way to the encoder as well as into a whole picture.
+// One pixel wide, straight into the rows: a painter would cost more than the
+// lines on a 5-megapixel picture.
+struct CrossLines {
+    std::array<int, 2> columns{};
+    int columnCount = 0;
+    std::array<int, 2> rows{};
+    int rowCount = 0;
+    std::array<uchar, 4> pixel{};
+    int pixelBytes = 3;
+    int width = 0;
+
+    bool alongRow(int y) const
+    {
+        return std::find(rows.cbegin(), rows.cbegin() + rowCount, y) != rows.cbegin() + rowCount;
+    }
+};
+
+CrossLines crossLines(const IntervalShot::Crosses& crosses, int width, int height, QImage::Format format)
+{
+    CrossLines lines;
+    lines.width = width;
+    const QRgb rgb = crosses.color.rgb();
+    if (format == QImage::Format_RGB32) {
+        const quint32 word = rgb | 0xff000000u;
+        std::memcpy(lines.pixel.data(), &word, sizeof word);
+        lines.pixelBytes = 4;
+    } else {
+        const bool bgr = format == QImage::Format_BGR888;
+        lines.pixel = {static_cast<uchar>(bgr ? qBlue(rgb) : qRed(rgb)), static_cast<uchar>(qGreen(rgb)),
+                       static_cast<uchar>(bgr ? qRed(rgb) : qBlue(rgb)), 0};
+    }
+    // A line outside the picture is not drawn.
+    for (int i = 0; i < std::min(crosses.count, 2); ++i) {
+        const QPoint pt = crosses.points[static_cast<size_t>(i)];
+        if (pt.x() >= 0 && pt.x() < width)
+            lines.columns[static_cast<size_t>(lines.columnCount++)] = pt.x();
+        if (pt.y() >= 0 && pt.y() < height)
+            lines.rows[static_cast<size_t>(lines.rowCount++)] = pt.y();
+    }
+    return lines;
+}
+
+void drawRow(const CrossLines& lines, uchar* row, int y)
+{
+    const auto n = static_cast<size_t>(lines.pixelBytes);
+    if (lines.alongRow(y)) {
+        for (int x = 0; x < lines.width; ++x)
+            std::memcpy(row + static_cast<size_t>(x) * n, lines.pixel.data(), n);
+        return;
+    }
+    for (int i = 0; i < lines.columnCount; ++i)
+        std::memcpy(row + static_cast<size_t>(lines.columns[static_cast<size_t>(i)]) * n, lines.pixel.data(),
+                    n);
+}
+
+// Rows the encoder takes as they are and the lines are drawn into exactly as
+// into the picture a bitmap is read into (an alpha channel would first be
+// converted away), with the resolution a picture would carry.
+bool compressibleAsStored(const BmpFile::StoredRows& rows)
+{
+    return (rows.format == QImage::Format_BGR888 || rows.format == QImage::Format_RGB32) &&
+           rows.dotsPerMeterX > 0 && rows.dotsPerMeterY > 0;
+}
+
+}  // namespace
 
 IntervalShot::IntervalShot(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages,
                            Prompter& prompter, Clock& clock)
@@ -40,18 +114,46 @@ IntervalShot::Outcome IntervalShot::save(const Job& job)
     if (!job.crosses.draw)
         return Outcome::Saved;
 
+    // For a JPEG the bitmap is read where it lies, mapped, and compressed from
+    // its rows with the lines drawn on the way: no copy of the picture first.
+    // For a bitmap, or a temporary bitmap of another depth, it is read into a
+    // picture that is drawn on.
+    const bool jpeg = PictureFiles::kindOf(job.finalFile) == PictureFiles::Kind::Jpeg;
+    QFile file(written);
+    uchar* mapped = nullptr;
+    BmpFile::StoredRows rows;
+    auto read = [&]() {
+        if (jpeg && file.open(QIODevice::ReadOnly)) {
+            const qint64 size = file.size();
+            mapped = size > 0 ? file.map(0, size) : nullptr;
+            if (mapped && BmpFile::storedRows(mapped, size, rows) && compressibleAsStored(rows))
+                return true;
+            if (mapped)
+                file.unmap(mapped);
+            mapped = nullptr;
+            file.close();
+        }
+        return BmpFile::readAsStored(written, picture_) == 0;
+    };
     // A camera that writes in the background gets its wait before every
     // read; one whose file is complete on return only before a second try.
-    bool read = false;
-    for (int attempt = 0; attempt < kReadAttempts && !read; ++attempt) {
+    bool isRead = false;
+    for (int attempt = 0; attempt < kReadAttempts && !isRead; ++attempt) {
         if (attempt > 0 || driver_.savesInBackground())
             clock_.sleepMs(job.stillWaitMs);
-        read = BmpFile::readAsStored(written, picture_) == 0;
+        isRead = read();
     }
-    if (!read)
+    if (!isRead)
         return cameraFailed(QStringLiteral("Error:IS_DrawCrossLine FileCheck Error."));
-    drawCrosses(picture_, job.crosses);
-    const Outcome outcome = writeFinal(picture_, job);
+    Outcome outcome;
+    if (mapped) {
+        outcome = writeJpeg(encodeDrawn(rows, job), job);
+        file.unmap(mapped);
+        file.close();
+    } else {
+        drawCrosses(picture_, job.crosses);
+        outcome = writeFinal(picture_, job);
+    }
     QFile::remove(written);
     return outcome;
 }
@@ -60,7 +162,7 @@ IntervalShot::Outcome IntervalShot::saveStill(const QImage& still, const Job& jo
 {
     if (!job.crosses.draw)
         return writeFinal(still, job);
-    QImage drawn = still.convertToFormat(QImage::Format_RGB888);
+    QImage drawn = still;  // the lines go into a copy: the first row drawn detaches it
     drawCrosses(drawn, job.crosses);
     return writeFinal(drawn, job);
 }
@@ -70,31 +172,39 @@ void IntervalShot::drawCrosses(QImage& picture, const Crosses& crosses)
     const QImage::Format format = picture.format();
     if (format != QImage::Format_RGB888 && format != QImage::Format_BGR888 && format != QImage::Format_RGB32)
         picture = picture.convertToFormat(QImage::Format_RGB888);
-    const int w = picture.width();
-    const int h = picture.height();
-    const QRgb rgb = crosses.color.rgb();
-    const bool bgr = picture.format() == QImage::Format_BGR888;
-    const uchar c[3] = {static_cast<uchar>(bgr ? qBlue(rgb) : qRed(rgb)), static_cast<uchar>(qGreen(rgb)),
-                        static_cast<uchar>(bgr ? qRed(rgb) : qBlue(rgb))};
-    const bool packed = picture.format() != QImage::Format_RGB32;
-    auto set = [&](int x, int y) {
-        uchar* p = picture.scanLine(y);
-        if (packed)
-            std::copy(c, c + 3, p + 3 * x);
-        else
-            reinterpret_cast<QRgb*>(p)[x] = rgb | 0xff000000u;
-    };
-    // One pixel wide, straight into the rows: a painter would cost more than the
-    // lines on a 5-megapixel picture. A line outside the picture is not drawn.
-    for (int i = 0; i < std::min(crosses.count, 2); ++i) {
-        const QPoint pt = crosses.points[static_cast<size_t>(i)];
-        if (pt.x() >= 0 && pt.x() < w)
-            for (int y = 0; y < h; ++y)
-                set(pt.x(), y);
-        if (pt.y() >= 0 && pt.y() < h)
-            for (int x = 0; x < w; ++x)
-                set(x, pt.y());
-    }
+    const CrossLines lines = crossLines(crosses, picture.width(), picture.height(), picture.format());
+    if (lines.columnCount == 0 && lines.rowCount == 0)
+        return;
+    uchar* bits = picture.bits();
+    const qsizetype stride = picture.bytesPerLine();
+    for (int y = 0; y < picture.height(); ++y)
+        drawRow(lines, bits + y * stride, y);
+}
+
+int IntervalShot::encodeDrawn(const BmpFile::StoredRows& stored, const Job& job)
+{
+    const CrossLines lines = crossLines(job.crosses, stored.width, stored.height, stored.format);
+    const qsizetype rowBytes = static_cast<qsizetype>(stored.width) * lines.pixelBytes;
+    // Each row is copied into a few rows that stay in the cache, drawn on
+    // there and compressed from there; a row no line touches is not copied.
+    if (rowCopies_.size() < static_cast<size_t>(JpegWriter::kRowBatch * rowBytes))
+        rowCopies_.resize(static_cast<size_t>(JpegWriter::kRowBatch * rowBytes));
+    uchar* copies = rowCopies_.data();
+    JpegWriter::Rows rows{stored.width,
+                          stored.height,
+                          stored.format,
+                          stored.dotsPerMeterX,
+                          stored.dotsPerMeterY,
+                          [&](int y) -> const uchar* {
+                              const uchar* row = stored.top + y * stored.step;
+                              if (lines.columnCount == 0 && !lines.alongRow(y))
+                                  return row;
+                              uchar* copy = copies + (y % JpegWriter::kRowBatch) * rowBytes;
+                              std::memcpy(copy, row, static_cast<size_t>(rowBytes));
+                              drawRow(lines, copy, y);
+                              return copy;
+                          }};
+    return JpegWriter::encode(rows, std::min<int>(job.jpegQuality, JpegWriter::kMaxQuality), bytes_);
 }
 
 IntervalShot::Outcome IntervalShot::cameraFailed(const QString& logLine)
@@ -107,13 +217,21 @@ IntervalShot::Outcome IntervalShot::cameraFailed(const QString& logLine)
 
 IntervalShot::Outcome IntervalShot::writeFinal(const QImage& picture, const Job& job)
 {
-    int error = 0;
-    if (PictureFiles::kindOf(job.finalFile) == PictureFiles::Kind::Jpeg) {
-        const int status = JpegWriter::encode(picture, std::min<int>(job.jpegQuality, 100), bytes_);
-        error = status != JpegWriter::kOk ? BmpFile::kInvalidPicture : SafeFile::write(job.finalFile, bytes_);
-    } else {
-        error = BmpFile::write(job.finalFile, picture, bytes_);
-    }
+    if (PictureFiles::kindOf(job.finalFile) == PictureFiles::Kind::Jpeg)
+        return writeJpeg(
+            JpegWriter::encode(picture, std::min<int>(job.jpegQuality, JpegWriter::kMaxQuality), bytes_),
+            job);
+    return finalWritten(BmpFile::write(job.finalFile, picture, bytes_));
+}
+
+IntervalShot::Outcome IntervalShot::writeJpeg(int encodeStatus, const Job& job)
+{
+    return finalWritten(encodeStatus != JpegWriter::kOk ? BmpFile::kInvalidPicture
+                                                        : SafeFile::write(job.finalFile, bytes_));
+}
+
+IntervalShot::Outcome IntervalShot::finalWritten(int error)
+{
     if (error == 0)
         return Outcome::Saved;
     // The drawing routine's own guard: logged, and the series goes on with the

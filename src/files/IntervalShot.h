@@ -1,11 +1,14 @@
 #pragma once
 
+#include "media/BmpFile.h"
+
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
 #include <QPoint>
 #include <QString>
 #include <array>
+#include <vector>
 
 namespace tavix {
 
@@ -18,7 +21,7 @@ class Prompter;
 // Saves one picture of a series or a quick save: the camera writes it. When
 // cross lines are shown the camera hands over its frame, or, when it only
 // writes files, writes the temporary bitmap, which is read back; the lines are
-// drawn on the picture, which is written under the final name.
+// drawn on the picture, which is encoded once under the final name.
 class IntervalShot {
 public:
     static constexpr int kReadAttempts = 3;
@@ -53,20 +56,26 @@ public:
     // A still the program holds (a captured still is shown) instead of a camera write.
     Outcome saveStill(const QImage& still, const Job& job);
 
-    // Lines of the colour across the whole picture at each cross.
+    // Lines of the colour across the whole picture at each cross; the second
+    // cross is drawn as the first, and a line outside the picture not at all.
     static void drawCrosses(QImage& picture, const Crosses& crosses);
 
 private:
     Outcome cameraFailed(const QString& logLine);
     Outcome writeFinal(const QImage& picture, const Job& job);
+    Outcome writeJpeg(int encodeStatus, const Job& job);
+    Outcome finalWritten(int error);
+    // Compresses a bitmap's rows with the crosses drawn into bytes_.
+    int encodeDrawn(const BmpFile::StoredRows& stored, const Job& job);
 
     CameraDriver& driver_;
     const ErrorLog& log_;
     const MessageTable& messages_;
     Prompter& prompter_;
     Clock& clock_;
-    QImage picture_;    // the temporary bitmap, read into the same buffer every time
-    QByteArray bytes_;  // the encoded final file
+    QImage picture_;                // the temporary bitmap, read into the same buffer every time
+    QByteArray bytes_;              // the encoded final file
+    std::vector<uchar> rowCopies_;  // rows of the temporary bitmap with the lines drawn
 };
 
 }  // namespace tavix

@@ -327,15 +327,20 @@ void putHeader(uchar* p, int width, int height, quint32 dotsPerMeterX, quint32 d
     put32(p + 42, dotsPerMeterY);
 }
 
-// Rows [first, first + count) of the file (bottom-up) into dst, padded.
+// Rows [first, first + count) of the file (bottom-up) into dst, padded. The
+// last of them first: so the picture is read upwards in memory, which the
+// processor's prefetcher follows; read the other way, a 5-megapixel picture
+// converts three times slower.
 void putRows(const uchar* bits, int width, int height, qsizetype bytesPerLine, QImage::Format format,
-             int first, int count, uchar* dst)
+             int first, int count, uchar* rows)
 {
     const RowFns& fns = rowFns();
     const qsizetype stride = rowBytes(width);
     const qsizetype pad = stride - static_cast<qsizetype>(width) * 3;
-    for (int y = first; y < first + count; ++y, dst += stride) {
+    for (int i = count - 1; i >= 0; --i) {
+        const int y = first + i;
         const uchar* src = bits + static_cast<qsizetype>(height - 1 - y) * bytesPerLine;
+        uchar* dst = rows + i * stride;
         switch (format) {
             case QImage::Format_RGB888:
                 fns.swap3(src, dst, width);
@@ -392,42 +397,71 @@ int BmpFile::write(const QString& path, const QImage& image, QByteArray& buffer)
         return err::InvalidCall;
     if (!encodable(image.format()))
         return write(path, image.convertToFormat(QImage::Format_RGB888), buffer);
-    // Converted about a megabyte at a time into one buffer and written from
-    // there: no buffer for the whole file to fill, whose fresh pages cost more
-    // than the conversion. Just under the size from which the C library gives
-    // a block pages of its own, so that the buffer comes from its heap.
-    constexpr qsizetype kPieceBytes = (qsizetype(1) << 20) - (qsizetype(1) << 16);
+    // Converted a megabyte at a time into one buffer and written from there:
+    // no buffer for the whole file to fill, whose fresh pages cost more than
+    // the conversion. Every write but the last is exactly a megabyte, so that
+    // the pieces meet at whole megabytes of the file: pieces that meet inside
+    // the file system's larger pages made the flush to the disk a millisecond
+    // longer for a 15 MB bitmap.
+    constexpr qsizetype kPieceBytes = qsizetype(1) << 20;
     const int width = image.width();
     const int height = image.height();
     const qsizetype stride = rowBytes(width);
-    const int rowsPerPiece = static_cast<int>(std::max<qsizetype>(1, kPieceBytes / stride));
-    const qsizetype capacity = std::max<qsizetype>(kHeaderSize, stride * rowsPerPiece);
+    const qsizetype capacity = kPieceBytes + stride;  // a row more than a piece: rows are converted whole
     if (buffer.size() < capacity)
         buffer.resize(capacity);
     uchar* chunk = reinterpret_cast<uchar*>(buffer.data());
     const bool ownResolution = image.dotsPerMeterX() > 0 && image.dotsPerMeterY() > 0;
-    int next = -1;  // -1: the header
+    putHeader(chunk, width, height,
+              ownResolution ? static_cast<quint32>(image.dotsPerMeterX()) : kDefaultDotsPerMeter,
+              ownResolution ? static_cast<quint32>(image.dotsPerMeterY()) : kDefaultDotsPerMeter);
+    qsizetype filled = kHeaderSize;  // bytes of the next piece in the buffer
+    qsizetype carried = 0;           // bytes past the piece handed out last, to go first in the next
+    int next = 0;                    // the next row of the file to convert
     return SafeFile::writeStreamed(path, [&]() -> SafeFile::Piece {
-        if (next < 0) {
-            putHeader(chunk, width, height,
-                      ownResolution ? static_cast<quint32>(image.dotsPerMeterX()) : kDefaultDotsPerMeter,
-                      ownResolution ? static_cast<quint32>(image.dotsPerMeterY()) : kDefaultDotsPerMeter);
-            next = 0;
-            return {reinterpret_cast<const char*>(chunk), kHeaderSize};
+        if (carried > 0)
+            std::memmove(chunk, chunk + kPieceBytes, static_cast<size_t>(carried));
+        filled += carried;
+        carried = 0;
+        while (next < height && filled < kPieceBytes) {
+            const int count =
+                static_cast<int>(std::min<qsizetype>(height - next, (capacity - filled) / stride));
+            putRows(image.constBits(), width, height, image.bytesPerLine(), image.format(), next, count,
+                    chunk + filled);
+            next += count;
+            filled += stride * count;
         }
-        const int count = std::min(rowsPerPiece, height - next);
-        if (count <= 0)
+        if (filled == 0)
             return {};
-        putRows(image.constBits(), width, height, image.bytesPerLine(), image.format(), next, count, chunk);
-        next += count;
-        return {reinterpret_cast<const char*>(chunk), stride * count};
+        const qsizetype size = std::min(filled, kPieceBytes);
+        carried = filled - size;
+        filled = 0;
+        return {reinterpret_cast<const char*>(chunk), size};
     });
 }
 
 int BmpFile::write(const QString& path, const QImage& image)
 {
-    QByteArray buffer;
+    // Kept for the thread's next picture: a fresh megabyte costs its page faults every time.
+    thread_local QByteArray buffer;
     return write(path, image, buffer);
+}
+
+bool BmpFile::storedRows(const uchar* data, qsizetype size, StoredRows& rows)
+{
+    Layout l;
+    if (!data || parse(data, size, l) != Parse::Own)
+        return false;
+    const uchar* pixels = data + l.offset;
+    rows.width = l.width;
+    rows.height = l.height;
+    rows.step = l.topDown ? l.stride : -l.stride;
+    rows.top = l.topDown ? pixels : pixels + static_cast<qsizetype>(l.height - 1) * l.stride;
+    rows.format =
+        l.bits == 24 ? QImage::Format_BGR888 : (l.alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    rows.dotsPerMeterX = std::max(l.dotsX, 0);
+    rows.dotsPerMeterY = std::max(l.dotsY, 0);
+    return true;
 }
 
 QImage BmpFile::decode(const uchar* data, qsizetype size)

@@ -42,6 +42,21 @@ public:
     static QImage decode(const uchar* data, qsizetype size);
     static QImage decode(const QByteArray& bytes);
 
+    // The pixels of a 24- or 32-bit bitmap where they lie in `data`, without
+    // copying them: the top row and the step to the row below it (negative
+    // for a bottom-up file), in the format readAsStored would give them.
+    struct StoredRows {
+        const uchar* top = nullptr;
+        qsizetype step = 0;
+        int width = 0;
+        int height = 0;
+        QImage::Format format = QImage::Format_BGR888;
+        int dotsPerMeterX = 0;  // 0 when the file gives none
+        int dotsPerMeterY = 0;
+    };
+    // False for bytes that are no bitmap or one that only Qt's reader decodes.
+    static bool storedRows(const uchar* data, qsizetype size, StoredRows& rows);
+
     // Reads a bitmap file into `image`, reusing its pixel buffer when it has
     // the size and format already. Returns 0, 53 when the file is missing or
     // unreadable, or 481 when it is not a readable bitmap; `image` is left as

@@ -128,19 +128,19 @@ void termDestination(j_compress_ptr cinfo)
 
 // A first guess of the compressed size: about a quarter of the raw pixels at
 // the highest quality of a camera picture, a few percent at the usual ones.
-qsizetype initialSize(const QImage& picture, int quality)
+qsizetype initialSize(const JpegWriter::Rows& rows, int quality)
 {
-    const qsizetype pixels = static_cast<qsizetype>(picture.width()) * picture.height();
+    const qsizetype pixels = static_cast<qsizetype>(rows.width) * rows.height;
     const qsizetype perMille = quality >= 95 ? 900 : quality >= 85 ? 450 : 250;
     return pixels * perMille / 1000 + 16384;
 }
 
 // The JFIF resolution as Qt's JPEG plug-in writes it: dots per centimetre
 // when the picture's resolution is a whole number of them, else dots per inch.
-void setDensity(jpeg_compress_struct& cinfo, const QImage& picture)
+void setDensity(jpeg_compress_struct& cinfo, const JpegWriter::Rows& rows)
 {
-    const int x = picture.dotsPerMeterX();
-    const int y = picture.dotsPerMeterY();
+    const int x = rows.dotsPerMeterX;
+    const int y = rows.dotsPerMeterY;
     if (x <= 0 || y <= 0)
         return;  // the library's default: no unit, square pixels
     if (x % 100 == 0 && y % 100 == 0) {
@@ -156,7 +156,7 @@ void setDensity(jpeg_compress_struct& cinfo, const QImage& picture)
 
 // The compression itself, kept free of C++ objects with destructors because
 // an error of the library jumps back into the middle of it.
-int compress(const QImage& picture, InputLayout layout, int quality, Destination& dest)
+int compress(const JpegWriter::Rows& picture, InputLayout layout, int quality, Destination& dest)
 {
     jpeg_compress_struct cinfo;
     ErrorManager errors;
@@ -174,8 +174,8 @@ int compress(const QImage& picture, InputLayout layout, int quality, Destination
     dest.base.term_destination = termDestination;
     cinfo.dest = &dest.base;
 
-    cinfo.image_width = static_cast<JDIMENSION>(picture.width());
-    cinfo.image_height = static_cast<JDIMENSION>(picture.height());
+    cinfo.image_width = static_cast<JDIMENSION>(picture.width);
+    cinfo.image_height = static_cast<JDIMENSION>(picture.height);
     cinfo.input_components = layout.components;
     cinfo.in_color_space = layout.space;
     jpeg_set_defaults(&cinfo);  // 4:2:0 for colour, baseline Huffman tables
@@ -183,20 +183,33 @@ int compress(const QImage& picture, InputLayout layout, int quality, Destination
     setDensity(cinfo, picture);
     jpeg_start_compress(&cinfo, TRUE);
 
-    const uchar* bits = picture.constBits();
-    const qsizetype stride = picture.bytesPerLine();
-    constexpr int kRowsPerCall = 16;  // one 4:2:0 row group, fewer calls into the library
-    JSAMPROW rows[kRowsPerCall];
+    // One 4:2:0 row group per call: fewer calls into the library.
+    JSAMPROW rows[JpegWriter::kRowBatch];
     while (cinfo.next_scanline < cinfo.image_height) {
         const JDIMENSION first = cinfo.next_scanline;
-        const JDIMENSION count = std::min<JDIMENSION>(kRowsPerCall, cinfo.image_height - first);
+        const JDIMENSION count = std::min<JDIMENSION>(JpegWriter::kRowBatch, cinfo.image_height - first);
         for (JDIMENSION i = 0; i < count; ++i)
-            rows[i] = const_cast<JSAMPROW>(bits + static_cast<qsizetype>(first + i) * stride);
+            rows[i] = const_cast<JSAMPROW>(picture.row(static_cast<int>(first + i)));
         jpeg_write_scanlines(&cinfo, rows, count);
     }
     jpeg_finish_compress(&cinfo);
     jpeg_destroy_compress(&cinfo);
     return JpegWriter::kOk;
+}
+
+// Into `out`, grown from a first guess of its size.
+int compressInto(const JpegWriter::Rows& rows, InputLayout layout, int quality, QByteArray& out)
+{
+    Destination dest{};
+    dest.out = &out;
+    dest.used = 0;
+    out.resize(0);  // keeps its storage: the next picture of a series needs no fresh pages
+    if (!grow(&dest, initialSize(rows, quality)))
+        return JpegWriter::kOutOfMemory;
+    const int status = compress(rows, layout, std::clamp(quality, 0, JpegWriter::kMaxQuality), dest);
+    if (status != JpegWriter::kOk)
+        out.clear();
+    return status;
 }
 
 }  // namespace
@@ -217,18 +230,23 @@ int JpegWriter::encode(const QImage& picture, int quality, QByteArray& out)
             return kOutOfMemory;
         layout = layoutOf(converted.format());
     }
-    const QImage& rows = converted.isNull() ? picture : converted;
+    const QImage& source = converted.isNull() ? picture : converted;
+    const uchar* bits = source.constBits();
+    const qsizetype stride = source.bytesPerLine();
+    Rows rows{source.width(),         source.height(),
+              source.format(),        source.dotsPerMeterX(),
+              source.dotsPerMeterY(), [bits, stride](int y) { return bits + y * stride; }};
+    return compressInto(rows, layout, quality, out);
+}
 
-    Destination dest{};
-    dest.out = &out;
-    dest.used = 0;
-    out.clear();
-    if (!grow(&dest, initialSize(rows, quality)))
-        return kOutOfMemory;
-    const int status = compress(rows, layout, std::clamp(quality, 0, kMaxQuality), dest);
-    if (status != kOk)
-        out.clear();
-    return status;
+int JpegWriter::encode(const Rows& rows, int quality, QByteArray& out)
+{
+    const InputLayout layout = layoutOf(rows.format);
+    if (rows.width <= 0 || rows.height <= 0 || !rows.row || layout.space == JCS_UNKNOWN)
+        return kNoPicture;
+    if (rows.width > kMaxSide || rows.height > kMaxSide)
+        return kInvalidPicture;
+    return compressInto(rows, layout, quality, out);
 }
 
 int JpegWriter::statusOfWriteError(int runError)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QImage>
 #include <QString>
+#include <functional>
 
 namespace tavix {
 
@@ -39,6 +40,25 @@ public:
     // files.
     // Returns kOk, kNoPicture, kInvalidPicture, kOutOfMemory or kEncoderFailed.
     static int encode(const QImage& picture, int quality, QByteArray& out);
+
+    // Pixels that are no QImage, such as the rows of a mapped bitmap file, in
+    // one of the formats the compressor reads as they are (RGB888, BGR888,
+    // the 32-bit RGB formats, Grayscale8). `row(y)` gives row y counted from
+    // the top; the encoder asks for up to kRowBatch rows in turn before it
+    // reads them, so a row handed out must stay valid until kRowBatch more
+    // were asked for.
+    static constexpr int kRowBatch = 16;
+    struct Rows {
+        int width = 0;
+        int height = 0;
+        QImage::Format format = QImage::Format_RGB888;
+        int dotsPerMeterX = 0;  // the resolution as QImage keeps it
+        int dotsPerMeterY = 0;
+        std::function<const uchar*(int y)> row;
+    };
+    // The same file as a picture of these pixels would give. kNoPicture for
+    // no rows or a format that would need converting.
+    static int encode(const Rows& rows, int quality, QByteArray& out);
 
     // The run-time error number (61 disk full, 75 access, 76 folder missing)
     // of a failed file write, as a status number; and back (0 for a status

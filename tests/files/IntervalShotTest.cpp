@@ -6,8 +6,10 @@
 #include "common/ErrorLog.h"
 #include "files/IntervalShot.h"
 #include "media/BmpFile.h"
+#include "media/JpegWriter.h"
 
 #include <gtest/gtest.h>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <functional>
@@ -287,4 +289,138 @@ TEST_F(IntervalShotTest, HeldStill_IsSavedInsteadOfACameraPicture)
     EXPECT_NEAR(luma(read.pixel(30, 20)), luma(kLineColor), 15);
     EXPECT_LT(luma(read.pixel(30, 40)), 40);
     EXPECT_TRUE(prompter.messages.empty());
+}
+
+namespace {
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A picture whose every pixel differs from its neighbours.
+QImage pattern(QImage::Format format)
+{
+    QImage picture(40, 30, QImage::Format_RGB32);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            picture.setPixel(x, y, qRgb(x * 6, y * 8, (x * y) & 255));
+    return picture.convertToFormat(format);
+}
+
+IntervalShot::Crosses crosses(int count, QPoint first, QPoint second = {})
+{
+    IntervalShot::Crosses c;
+    c.draw = true;
+    c.count = count;
+    c.points = {first, second};
+    c.color = QColor(250, 20, 5);
+    return c;
+}
+
+class DrawCrosses : public ::testing::TestWithParam<QImage::Format> {};
+
+}  // namespace
+
+TEST_P(DrawCrosses, TwoCrosses_AreExactlyOneCrossDrawnTwice)
+{
+    QImage both = pattern(GetParam());
+    QImage twice = both.copy();
+    IntervalShot::drawCrosses(both, crosses(2, QPoint(5, 7), QPoint(31, 22)));
+    IntervalShot::drawCrosses(twice, crosses(1, QPoint(5, 7)));
+    IntervalShot::drawCrosses(twice, crosses(1, QPoint(31, 22)));
+
+    EXPECT_EQ(both, twice);
+    EXPECT_EQ(both.pixel(5, 29), qRgb(250, 20, 5));
+    EXPECT_EQ(both.pixel(39, 22), qRgb(250, 20, 5));
+    EXPECT_EQ(both.pixel(6, 8), pattern(GetParam()).pixel(6, 8));
+}
+
+TEST_P(DrawCrosses, LinesOutsideThePicture_AreLeftOut_AndTheOtherLineIsDrawn)
+{
+    const QImage original = pattern(GetParam());
+    QImage picture = original;
+    IntervalShot::drawCrosses(picture,
+                              crosses(2, QPoint(-1, 30), QPoint(40, 3)));  // x and y one past the edges
+
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            ASSERT_EQ(picture.pixel(x, y), y == 3 ? qRgb(250, 20, 5) : original.pixel(x, y)) << x << "," << y;
+}
+
+TEST_P(DrawCrosses, OnlyTheFirstCross_WhenOneIsShown)
+{
+    QImage picture = pattern(GetParam());
+    IntervalShot::drawCrosses(picture, crosses(1, QPoint(2, 2), QPoint(20, 20)));
+
+    EXPECT_EQ(picture.pixel(2, 25), qRgb(250, 20, 5));
+    EXPECT_NE(picture.pixel(20, 25), qRgb(250, 20, 5));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, DrawCrosses,
+                         ::testing::Values(QImage::Format_RGB888, QImage::Format_BGR888,
+                                           QImage::Format_RGB32));
+
+TEST_F(IntervalShotTest, FileCamera_Jpeg_IsTheCamerasFrameWithItsCrosses_CompressedOnce)
+{
+    FileCamera files(quietCamera());
+    ASSERT_EQ(files.Init(), 1);
+    ASSERT_EQ(files.Open(0), 0);
+    QImage expected = files.renderFrame();
+    IntervalShot fileShot(files, errorLog, messages, prompter, clock);
+    const IntervalShot::Job j = job(QStringLiteral("cell_001.jpg"), true);
+    ASSERT_EQ(fileShot.save(j), IntervalShot::Outcome::Saved);
+
+    IntervalShot::drawCrosses(expected, j.crosses);
+    QByteArray bytes;
+    ASSERT_EQ(JpegWriter::encode(expected, j.jpegQuality, bytes), JpegWriter::kOk);
+    EXPECT_EQ(fileBytes(j.finalFile), bytes);
+    EXPECT_FALSE(QFileInfo::exists(j.temporaryFile));
+}
+
+TEST_F(IntervalShotTest, FileCamera_Jpeg_OfABitmapOnlyQtReads_IsTheSameFile)
+{
+    // A camera that writes a palette bitmap: read through Qt into a picture, as before.
+    FileCamera files(quietCamera());
+    ASSERT_EQ(files.Init(), 1);
+    ASSERT_EQ(files.Open(0), 0);
+    files.failCall(QStringLiteral("SaveToFile"), 0);  // success, the file is written here
+    const IntervalShot::Job j = job(QStringLiteral("cell_001.jpg"), true);
+    QImage grey(64, 48, QImage::Format_Indexed8);
+    QList<QRgb> table;
+    for (int i = 0; i < 256; ++i)
+        table.append(qRgb(i, i, i));
+    grey.setColorTable(table);
+    for (int y = 0; y < grey.height(); ++y)
+        for (int x = 0; x < grey.width(); ++x)
+            grey.scanLine(y)[x] = static_cast<uchar>(x * 4);
+    const QString copy = dir.file(QStringLiteral("grey.bmp"));
+    ASSERT_TRUE(grey.save(copy, "BMP"));
+    QImage expected;
+    ASSERT_EQ(BmpFile::readAsStored(copy, expected), 0);
+    // The file is there for the second read.
+    clock.onSleep = [&](int) { QFile::copy(copy, j.temporaryFile); };
+    IntervalShot fileShot(files, errorLog, messages, prompter, clock);
+    ASSERT_EQ(fileShot.save(j), IntervalShot::Outcome::Saved);
+
+    IntervalShot::drawCrosses(expected, j.crosses);
+    QByteArray bytes;
+    ASSERT_EQ(JpegWriter::encode(expected, j.jpegQuality, bytes), JpegWriter::kOk);
+    EXPECT_EQ(fileBytes(j.finalFile), bytes);
+}
+
+TEST_F(IntervalShotTest, HeldStill_Of32Bits_GivesTheFileOfIts24BitForm_AndStaysUndrawn)
+{
+    const QImage still = pattern(QImage::Format_RGB32);
+    IntervalShot::Job j = job(QStringLiteral("0001.jpg"), true);
+    j.crosses = crosses(2, QPoint(5, 7), QPoint(31, 22));
+    ASSERT_EQ(shot.saveStill(still, j), IntervalShot::Outcome::Saved);
+
+    QImage expected = still.convertToFormat(QImage::Format_RGB888);
+    IntervalShot::drawCrosses(expected, j.crosses);
+    QByteArray bytes;
+    ASSERT_EQ(JpegWriter::encode(expected, j.jpegQuality, bytes), JpegWriter::kOk);
+    EXPECT_EQ(fileBytes(j.finalFile), bytes);
+    EXPECT_EQ(still, pattern(QImage::Format_RGB32));
 }

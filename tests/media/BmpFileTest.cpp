@@ -450,6 +450,23 @@ TEST(BmpFile, WriteOfManyRows_GivesTheSameFileAsEncode)
     EXPECT_TRUE(file.readAll() == encoded);
 }
 
+TEST(BmpFile, WriteOfSeveralMegabytes_GivesTheSameFileAsEncode)
+{
+    // Pieces end inside rows and between them, with padded rows.
+    TempDir dir;
+    for (const QImage::Format format : {QImage::Format_RGB888, QImage::Format_BGR888}) {
+        const QImage original = randomImage(1501, 1003, format, 4);
+        const QString path = dir.file(QStringLiteral("large.bmp"));
+        ASSERT_EQ(BmpFile::write(path, original), 0);
+        QByteArray encoded;
+        ASSERT_TRUE(BmpFile::encode(original, encoded));
+        ASSERT_GT(encoded.size(), 4 << 20);
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(file.readAll() == encoded) << format;
+    }
+}
+
 TEST(BmpFile, ReadAsStored_GivesBgr888_WithTheSamePixels)
 {
     TempDir dir;
@@ -460,4 +477,61 @@ TEST(BmpFile, ReadAsStored_GivesBgr888_WithTheSamePixels)
     ASSERT_EQ(BmpFile::readAsStored(path, read), 0);
     EXPECT_EQ(read.format(), QImage::Format_BGR888);
     EXPECT_TRUE(samePixels(read, original));
+}
+
+TEST(BmpFile, StoredRows_PointIntoTheFile_TopRowFirst)
+{
+    QImage original = randomImage(7, 5, QImage::Format_RGB888, 11);
+    original.setDotsPerMeterX(2000);
+    original.setDotsPerMeterY(3000);
+    QByteArray bytes;
+    ASSERT_TRUE(BmpFile::encode(original, bytes));
+    const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
+    BmpFile::StoredRows rows;
+
+    ASSERT_TRUE(BmpFile::storedRows(data, bytes.size(), rows));
+
+    EXPECT_EQ(rows.width, 7);
+    EXPECT_EQ(rows.height, 5);
+    EXPECT_EQ(rows.format, QImage::Format_BGR888);
+    EXPECT_EQ(rows.step, -24);  // bottom-up, 21 bytes padded to 24
+    EXPECT_EQ(rows.top, data + BmpFile::kHeaderSize + 4 * 24);
+    EXPECT_EQ(rows.dotsPerMeterX, 2000);
+    EXPECT_EQ(rows.dotsPerMeterY, 3000);
+    for (int y = 0; y < rows.height; ++y)
+        for (int x = 0; x < rows.width; ++x) {
+            const uchar* p = rows.top + y * rows.step + 3 * x;
+            ASSERT_EQ(qRgb(p[2], p[1], p[0]), original.pixel(x, y)) << x << "," << y;
+        }
+}
+
+TEST(BmpFile, StoredRows_OfATopDown32BitFile_AreRgb32_GoingDown)
+{
+    const QByteArray bytes = bmp32(1, -2, {0x00ff0000u, 0x000000ffu});  // red row first, then blue
+    const auto* data = reinterpret_cast<const uchar*>(bytes.constData());
+    BmpFile::StoredRows rows;
+
+    ASSERT_TRUE(BmpFile::storedRows(data, bytes.size(), rows));
+
+    EXPECT_EQ(rows.format, QImage::Format_RGB32);
+    EXPECT_EQ(rows.step, 4);
+    EXPECT_EQ(rows.top, data + BmpFile::kHeaderSize);
+    EXPECT_EQ(rows.top[2], 0xff);  // red, stored blue first
+}
+
+TEST(BmpFile, StoredRows_AreRefused_ForFilesOnlyQtReads_AndForNoBitmap)
+{
+    QImage palette(4, 4, QImage::Format_Indexed8);
+    palette.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+    palette.fill(1);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(QImageWriter(&buffer, "bmp").write(palette));
+    BmpFile::StoredRows rows;
+
+    EXPECT_FALSE(BmpFile::storedRows(reinterpret_cast<const uchar*>(bytes.constData()), bytes.size(), rows));
+    const QByteArray text = "not a bitmap at all, just some text";
+    EXPECT_FALSE(BmpFile::storedRows(reinterpret_cast<const uchar*>(text.constData()), text.size(), rows));
+    EXPECT_FALSE(BmpFile::storedRows(nullptr, 0, rows));
 }

@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QRandomGenerator>
 #include <csignal>
+#include <cstring>
 #include <ostream>
 
 using namespace tavix;
@@ -209,6 +210,45 @@ TEST(JpegWriter, Encode_ReplacesTheBuffersContent_AndGrowsItForALargePicture)
     EXPECT_TRUE(bytes.startsWith("\xff\xd8"));
     EXPECT_TRUE(bytes.endsWith("\xff\xd9"));
     EXPECT_EQ(bytes, qtJpeg(noise, 100));
+}
+
+TEST(JpegWriter, EncodeRows_GivesTheFileOfThePicture_WithRowsTakenInAnyOrderOfMemory)
+{
+    QImage picture = scene(70, 45, QImage::Format_BGR888);
+    picture.setDotsPerMeterX(3780);
+    picture.setDotsPerMeterY(3780);
+    // The rows stored bottom-up, as in a bitmap file.
+    const qsizetype rowBytes = picture.bytesPerLine();
+    QByteArray flipped(rowBytes * picture.height(), '\0');
+    for (int y = 0; y < picture.height(); ++y)
+        std::memcpy(flipped.data() + (picture.height() - 1 - y) * rowBytes, picture.constScanLine(y),
+                    static_cast<size_t>(rowBytes));
+    const auto* last =
+        reinterpret_cast<const uchar*>(flipped.constData()) + (picture.height() - 1) * rowBytes;
+    JpegWriter::Rows rows{picture.width(),
+                          picture.height(),
+                          picture.format(),
+                          3780,
+                          3780,
+                          [&](int y) { return last - y * rowBytes; }};
+    QByteArray fromRows;
+    QByteArray fromPicture;
+
+    ASSERT_EQ(JpegWriter::encode(rows, 80, fromRows), JpegWriter::kOk);
+    ASSERT_EQ(JpegWriter::encode(picture, 80, fromPicture), JpegWriter::kOk);
+    EXPECT_EQ(fromRows, fromPicture);
+}
+
+TEST(JpegWriter, EncodeRows_RefusesRowsThatWouldNeedConverting)
+{
+    const QImage picture = scene(8, 8, QImage::Format_RGB16);
+    JpegWriter::Rows rows{8, 8, picture.format(), 0, 0, [&](int y) { return picture.constScanLine(y); }};
+    QByteArray bytes;
+
+    EXPECT_EQ(JpegWriter::encode(rows, 75, bytes), JpegWriter::kNoPicture);
+    rows.format = QImage::Format_RGB888;
+    rows.row = nullptr;
+    EXPECT_EQ(JpegWriter::encode(rows, 75, bytes), JpegWriter::kNoPicture);
 }
 
 // --- file errors ---
