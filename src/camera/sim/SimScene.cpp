@@ -234,47 +234,55 @@ QImage SimScene::render(QSize size)
     // rendered before the camera's first frame, so two threads share the bands.
     constexpr int kBandRows = 128;
     const int bands = (size.height() + kBandRows - 1) / kBandRows;
-    RowHalves::run(bands, 4, [&](int firstBand, int endBand) {
-        QImage slide(w, std::min(kBandRows, size.height()), QImage::Format_RGB32);
-        std::vector<quint32> litRow(static_cast<size_t>(w));
+    RowHalves::run(bands, 2, [&](int firstBand, int endBand) {
+        // Locals: stores through the row pointers could alias what the
+        // closure refers to, and the loops would not vectorise.
+        const int width = w;
+        const int height = size.height();
+        const float centreY = cy, fall = falloff;
+        const float l0 = lamp[0], l1 = lamp[1], l2 = lamp[2];
+        const float* colSq = columnSq.data();
+        uchar* const bits = litBits;
+        const qsizetype stride = litStride;
+        QImage slide(width, std::min(kBandRows, height), QImage::Format_RGB32);
+        std::vector<quint32> litRow(static_cast<size_t>(width));
+        quint32* row = litRow.data();
         for (int band = firstBand; band < endBand; ++band) {
             const int top = band * kBandRows;
             slide.fill(Qt::white);
             {
                 QPainter p(&slide);
                 p.setRenderHint(QPainter::Antialiasing);
-                p.translate(size.width() / 2.0, size.height() / 2.0 - top);
+                p.translate(width / 2.0, height / 2.0 - top);
                 p.scale(1.0 / s, 1.0 / s);
                 paintFeatures(p, g, s);
             }
-            const int bottom = std::min(top + kBandRows, size.height());
+            const int bottom = std::min(top + kBandRows, height);
             for (int y = top; y < bottom; ++y) {
                 const auto* src = reinterpret_cast<const QRgb*>(slide.constScanLine(y - top));
-                const float rowSq = (y + 0.5f - cy) * (y + 0.5f - cy);
-                quint32* row = litRow.data();
-                const float* colSq = columnSq.data();
+                const float rowSq = (y + 0.5f - centreY) * (y + 0.5f - centreY);
                 // Lit into a row of 32-bit pixels first: that loop vectorises,
                 // which one storing three bytes a pixel does not.
-                for (int x = 0; x < w; ++x) {
-                    const float light = 1.0f - falloff * (colSq[x] + rowSq);
+                for (int x = 0; x < width; ++x) {
+                    const float light = 1.0f - fall * (colSq[x] + rowSq);
                     const QRgb c = src[x];
                     const auto r = static_cast<quint32>(
-                        static_cast<int>(static_cast<float>(qRed(c)) * lamp[0] * light + 0.5f));
+                        static_cast<int>(static_cast<float>(qRed(c)) * l0 * light + 0.5f));
                     const auto gr = static_cast<quint32>(
-                        static_cast<int>(static_cast<float>(qGreen(c)) * lamp[1] * light + 0.5f));
+                        static_cast<int>(static_cast<float>(qGreen(c)) * l1 * light + 0.5f));
                     const auto b = static_cast<quint32>(
-                        static_cast<int>(static_cast<float>(qBlue(c)) * lamp[2] * light + 0.5f));
+                        static_cast<int>(static_cast<float>(qBlue(c)) * l2 * light + 0.5f));
                     row[x] = r | (gr << 8) | (b << 16);
                 }
                 // Four pixels in three words (little-endian, like the row above).
-                uchar* dst = litBits + litStride * y;
+                uchar* dst = bits + stride * y;
                 int x = 0;
-                for (; x + 4 <= w; x += 4) {
+                for (; x + 4 <= width; x += 4) {
                     const quint32 p0 = row[x], p1 = row[x + 1], p2 = row[x + 2], p3 = row[x + 3];
                     const quint32 words[3] = {p0 | p1 << 24, p1 >> 8 | p2 << 16, p2 >> 16 | p3 << 8};
                     std::memcpy(dst + 3 * x, words, sizeof words);
                 }
-                for (; x < w; ++x)
+                for (; x < width; ++x)
                     std::memcpy(dst + 3 * x, row + x, 3);
             }
         }
