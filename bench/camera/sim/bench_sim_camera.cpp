@@ -32,17 +32,24 @@ void MemcpyOfOneFrame(benchmark::State& state)
 }
 BENCHMARK(MemcpyOfOneFrame)->Unit(benchmark::kMillisecond);
 
+// The camera at 2592x1944 without its thread, opened.
+std::unique_ptr<tavix::SimCamera> openedCamera(tavix::ManualClock& clock)
+{
+    tavix::SimCamera::Options o;
+    o.defaultMode = 8;
+    o.threaded = false;
+    auto cam = std::make_unique<tavix::SimCamera>(o, &clock);
+    cam->Init();
+    cam->Open(0);
+    return cam;
+}
+
 // A streaming camera without its thread: each step is exactly the producer's
 // per-frame work (noise, particle, optional TNR, counters).
 struct Streaming {
     explicit Streaming(bool tnr)
     {
-        tavix::SimCamera::Options o;
-        o.defaultMode = 8;
-        o.threaded = false;
-        cam = std::make_unique<tavix::SimCamera>(o, &clock);
-        cam->Init();
-        cam->Open(0);
+        cam = openedCamera(clock);
         cam->SetCamParameter(0, 115, tnr ? 1 : 0);
         cam->Start(0, 0, nullptr, -1, 0);
         cam->produceFrame();  // scene, tables and buffers made once
@@ -107,14 +114,9 @@ void SimFirstFrame(benchmark::State& state)
 {
     for (auto _ : state) {
         tavix::ManualClock clock;
-        tavix::SimCamera::Options o;
-        o.defaultMode = 8;
-        o.threaded = false;
-        tavix::SimCamera cam(o, &clock);
-        cam.Init();
-        cam.Open(0);
-        cam.Start(0, 0, nullptr, -1, 0);
-        benchmark::DoNotOptimize(cam.produceFrame());
+        const auto cam = openedCamera(clock);
+        cam->Start(0, 0, nullptr, -1, 0);
+        benchmark::DoNotOptimize(cam->produceFrame());
     }
 }
 BENCHMARK(SimFirstFrame)->Unit(benchmark::kMillisecond)->Iterations(5);
@@ -133,13 +135,7 @@ QImage frame()
 {
     static const QImage image = [] {
         tavix::ManualClock clock;
-        tavix::SimCamera::Options o;
-        o.defaultMode = 8;
-        o.threaded = false;
-        tavix::SimCamera cam(o, &clock);
-        cam.Init();
-        cam.Open(0);
-        return cam.renderFrame();
+        return openedCamera(clock)->renderFrame();
     }();
     return image;
 }

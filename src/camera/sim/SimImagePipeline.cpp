@@ -91,65 +91,33 @@ uchar clampByte(int v)
     return static_cast<uchar>(std::clamp(v, 0, 255));
 }
 
-// One table per channel.
-struct Tables {
-    const uchar* t0;
-    const uchar* t1;
-    const uchar* t2;
-};
-
-// Rows [from, to) of the finished picture from the scene through the tables,
-// flipped. Plain parameters: the compiler keeps them in registers, which it
-// would not do for a closure's captures that the byte stores might alias.
-void foldedRows(const uchar* scene, qsizetype sceneStride, uchar* finished, int w, int h, bool flipH,
-                bool flipV, Tables t, int from, int to)
+// Rows [from, to) of a picture made pixel by pixel from the scene, flipped.
+// Plain parameters and a pixel step taken by value: the compiler keeps them
+// in registers, which it would not do for a closure's captures that the byte
+// stores might alias.
+template <class Pixel>
+void flippedRows(const uchar* scene, qsizetype sceneStride, uchar* out, int w, int h, bool flipH, bool flipV,
+                 int from, int to, Pixel pixel)
 {
-    for (int y = from; y < to; ++y) {
-        const uchar* src = scene + sceneStride * (flipV ? h - 1 - y : y);
-        uchar* dst = finished + static_cast<qsizetype>(y) * w * 3;
-        const int step = flipH ? -3 : 3;
-        if (flipH)
-            src += 3 * (w - 1);
-        for (int x = 0; x < w; ++x, src += step, dst += 3) {
-            dst[0] = t.t0[src[0]];
-            dst[1] = t.t1[src[1]];
-            dst[2] = t.t2[src[2]];
-        }
-    }
-}
-
-// Rows [from, to) of the scene through the colour matrix (12 fractional
-// bits), flipped. The coefficients are a parameter, not members: stores
-// through uchar* could alias members and force a reload for every pixel.
-void mixedRows(const uchar* scene, qsizetype sceneStride, uchar* out, int w, int h, bool flipH, bool flipV,
-               std::array<int, 9> m, int from, int to)
-{
-    const int a0 = m[0], a1 = m[1], a2 = m[2];
-    const int a3 = m[3], a4 = m[4], a5 = m[5];
-    const int a6 = m[6], a7 = m[7], a8 = m[8];
-    constexpr int half = 1 << (kMatrixShift - 1);
     for (int y = from; y < to; ++y) {
         const uchar* src = scene + sceneStride * (flipV ? h - 1 - y : y);
         uchar* dst = out + static_cast<qsizetype>(y) * w * 3;
         const int step = flipH ? -3 : 3;
         if (flipH)
             src += 3 * (w - 1);
-        for (int x = 0; x < w; ++x, src += step, dst += 3) {
-            const int r = src[0], g = src[1], b = src[2];
-            dst[0] = clampByte((a0 * r + a1 * g + a2 * b + half) >> kMatrixShift);
-            dst[1] = clampByte((a3 * r + a4 * g + a5 * b + half) >> kMatrixShift);
-            dst[2] = clampByte((a6 * r + a7 * g + a8 * b + half) >> kMatrixShift);
-        }
+        for (int x = 0; x < w; ++x, src += step, dst += 3)
+            pixel(src, dst);
     }
 }
 
 // Bytes [from, to) of RGB through the tables.
-void tableBytes(const uchar* src, uchar* dst, Tables t, qsizetype from, qsizetype to)
+void tableBytes(const uchar* src, uchar* dst, const uchar* t0, const uchar* t1, const uchar* t2,
+                qsizetype from, qsizetype to)
 {
     for (qsizetype i = from; i < to; i += 3) {
-        dst[i] = t.t0[src[i]];
-        dst[i + 1] = t.t1[src[i + 1]];
-        dst[i + 2] = t.t2[src[i + 2]];
+        dst[i] = t0[src[i]];
+        dst[i + 1] = t1[src[i + 1]];
+        dst[i + 2] = t2[src[i + 2]];
     }
 }
 
@@ -254,7 +222,17 @@ void SimImagePipeline::preparePass()
     const bool flipH = look_.flipH, flipV = look_.flipV;
     const std::array<int, 9> m = matrix_;
     RowHalves::run(h, kRowsWorthAThread, [=](int from, int to) {
-        mixedRows(scene, sceneStride, prepared, w, h, flipH, flipV, m, from, to);
+        const int a0 = m[0], a1 = m[1], a2 = m[2];
+        const int a3 = m[3], a4 = m[4], a5 = m[5];
+        const int a6 = m[6], a7 = m[7], a8 = m[8];
+        constexpr int half = 1 << (kMatrixShift - 1);
+        flippedRows(scene, sceneStride, prepared, w, h, flipH, flipV, from, to,
+                    [=](const uchar* src, uchar* dst) {
+                        const int r = src[0], g = src[1], b = src[2];
+                        dst[0] = clampByte((a0 * r + a1 * g + a2 * b + half) >> kMatrixShift);
+                        dst[1] = clampByte((a3 * r + a4 * g + a5 * b + half) >> kMatrixShift);
+                        dst[2] = clampByte((a6 * r + a7 * g + a8 * b + half) >> kMatrixShift);
+                    });
     });
     preparedValid_ = true;
 }
@@ -319,7 +297,12 @@ void SimImagePipeline::ensureFinished()
         uchar* finished = finished_.data();
         const bool flipH = look_.flipH, flipV = look_.flipV;
         RowHalves::run(h, kRowsWorthAThread, [=](int from, int to) {
-            foldedRows(scene, sceneStride, finished, w, h, flipH, flipV, {t0, t1, t2}, from, to);
+            flippedRows(scene, sceneStride, finished, w, h, flipH, flipV, from, to,
+                        [t0, t1, t2](const uchar* src, uchar* dst) {
+                            dst[0] = t0[src[0]];
+                            dst[1] = t1[src[1]];
+                            dst[2] = t2[src[2]];
+                        });
         });
     } else {
         if (!preparedValid_)
@@ -330,7 +313,7 @@ void SimImagePipeline::ensureFinished()
         const uchar* src = prepared_.data();
         uchar* dst = finished_.data();
         RowHalves::run(h, kRowsWorthAThread, [=](int from, int to) {
-            tableBytes(src, dst, {t0, t1, t2}, static_cast<qsizetype>(from) * w * 3,
+            tableBytes(src, dst, t0, t1, t2, static_cast<qsizetype>(from) * w * 3,
                        static_cast<qsizetype>(to) * w * 3);
         });
     }
