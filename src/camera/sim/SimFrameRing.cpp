@@ -26,10 +26,11 @@ void SimFrameRing::render(int slot, int previous, QSize size, const SimLook& loo
     const auto i = static_cast<size_t>(slot);
     auto& buffer = buffers_[i];
     const size_t bytes = static_cast<size_t>(stride(size) * size.height());
-    if (buffer.size() != bytes) {
-        // Frames are written whole; only the bytes that pad rows to whole
-        // words are never written, and they are zeroed once.
+    if (buffer.size() != bytes)
         PictureMemory::assignUnwritten(buffer, bytes);
+    if (sizes_[i] != size) {
+        // Frames are written whole; only the bytes that pad rows to whole
+        // words are never written, and they are zeroed once per size.
         const qsizetype rowBytes = qsizetype(size.width()) * 3;
         if (stride(size) > rowBytes)
             for (int y = 0; y < size.height(); ++y)
