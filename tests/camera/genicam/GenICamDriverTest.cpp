@@ -98,6 +98,19 @@ protected:
         return sink.frames() >= target;
     }
 
+    // Waits until the recording says it is written (parameter 24 back to 0); false after 20 s.
+    bool waitRecordingWritten()
+    {
+        std::int32_t writing = 1;
+        QElapsedTimer t;
+        t.start();
+        while (writing != 0 && t.elapsed() < 20000) {
+            QThread::msleep(50);
+            driver.GetCamParameter(0, 24, writing);
+        }
+        return writing == 0;
+    }
+
     ArvDevice* device() { return arv_camera_get_device(driver.arvCamera()); }
 
     // What the camera itself reports for its current mode: binning and region (in binned pixels).
@@ -242,14 +255,7 @@ TEST_F(GenICamDriverTest, SaveAvi_OfBayerFrames_RecordsTheirFullSizePictures)
     ASSERT_EQ(driver.Start(0, 0, &sink, -1, 0), 0);
     ASSERT_TRUE(waitFrames(2));
     ASSERT_EQ(driver.SaveAvi(0, path, 0, 1), 0);
-    std::int32_t writing = 1;
-    QElapsedTimer t;
-    t.start();
-    while (writing != 0 && t.elapsed() < 20000) {
-        QThread::msleep(50);
-        driver.GetCamParameter(0, 24, writing);
-    }
-    ASSERT_EQ(writing, 0);
+    ASSERT_TRUE(waitRecordingWritten());
     EXPECT_EQ(sink.raw, RawLayout::BayerRggb) << "the live view still gets the cells";
     const test::AviProbe probe = test::AviProbe::of(path);
     ASSERT_TRUE(probe.ok) << probe.error.toStdString();
@@ -335,13 +341,7 @@ TEST_F(GenICamDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTh
     std::int32_t writing = 0;
     ASSERT_EQ(driver.GetCamParameter(0, 24, writing), 0);
     EXPECT_EQ(writing, 1);
-    QElapsedTimer t;
-    t.start();
-    while (writing != 0 && t.elapsed() < 20000) {
-        QThread::msleep(50);
-        driver.GetCamParameter(0, 24, writing);
-    }
-    ASSERT_EQ(writing, 0);
+    ASSERT_TRUE(waitRecordingWritten());
     RecordingStats stats;
     ASSERT_TRUE(driver.recordingStats(0, stats));
     EXPECT_TRUE(stats.finished);
