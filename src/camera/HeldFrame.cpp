@@ -1,5 +1,6 @@
 #include "camera/HeldFrame.h"
 
+#include "common/PictureMemory.h"
 #include "media/FrameFile.h"
 
 #include <cstring>
@@ -72,7 +73,7 @@ int HeldFrame::copy(QImage& frame) const
     if (!view_.bits)
         return kNoFrame;
     if (frame.size() != QSize(view_.width, view_.height) || frame.format() != view_.format)
-        frame = QImage(view_.width, view_.height, view_.format);
+        frame = PictureMemory::image(QSize(view_.width, view_.height), view_.format);
     const auto row = static_cast<size_t>(view_.width) * static_cast<size_t>(frame.depth() / 8);
     for (int y = 0; y < view_.height; ++y)
         std::memcpy(frame.scanLine(y), view_.bits + y * view_.bytesPerLine, row);

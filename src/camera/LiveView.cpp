@@ -1,5 +1,7 @@
 #include "camera/LiveView.h"
 
+#include "common/PictureMemory.h"
+
 namespace tavix {
 
 void LiveView::setNotifier(std::function<void()> notify)
@@ -43,7 +45,7 @@ void LiveView::frameReady(const FrameView& frame)
     // The back buffer belongs to this thread; it is scaled without the lock so
     // that painting never waits for it. A new size costs one allocation per buffer.
     if (back_.size() != wanted)
-        back_ = QImage(wanted, QImage::Format_RGB32);
+        back_ = PictureMemory::image(wanted, QImage::Format_RGB32);
     if (!scaler_.scale(frame, back_)) {
         if (frame.raw != RawLayout::None)
             return;  // a YUYV frame of odd width: nothing to show

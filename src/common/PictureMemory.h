@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QImage>
+#include <QSize>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -7,6 +9,9 @@
 #include <vector>
 
 namespace tavix::PictureMemory {
+
+// The size from which a block is given memory of its own.
+constexpr int kSeparateFromBytes = 1 << 20;
 
 // Pictures of several megabytes (stills, pictures being saved, loaded files)
 // get memory of their own from the system and give it back when freed. The C
@@ -17,18 +22,25 @@ namespace tavix::PictureMemory {
 // (it is then left as it was).
 bool keepLargeBlocksSeparate();
 
-// Asks the system to back a block that was allocated but not yet written
-// with large pages: a few faults instead of one per 4 KB page when it is
-// first filled, which costs more than rendering a frame on some virtual
-// machines. Only whole large pages inside the block are affected; a no-op
-// where the system has no such advice.
-void adviseLargePages(void* data, std::size_t bytes);
+// Memory for a picture: from `kSeparateFromBytes` on, whole large pages
+// (2 MB) of its own, advised to be backed by them. A page fault costs far more
+// than filling the page on some virtual machines; a 5-megapixel picture in
+// 4 KB pages takes thousands of them, in large pages eight. Smaller blocks,
+// and every block under the address sanitizer, come from operator new.
+void* allocate(std::size_t bytes);
+void release(void* block, std::size_t bytes);
+
+// A picture over such memory, given back when its last copy goes. The
+// pixels are not written.
+QImage image(QSize size, QImage::Format format);
 
 // An allocator that leaves new elements of a resize unwritten, for buffers
 // that are filled whole right after: zeros would cost a pass over memory the
-// system has just zeroed or that is overwritten anyway.
+// system has just zeroed or that is overwritten anyway. Its blocks come from
+// allocate().
 template <class T>
 struct UnwrittenAllocator : std::allocator<T> {
+    using value_type = T;
     template <class U>
     struct rebind {
         using other = UnwrittenAllocator<U>;
@@ -38,6 +50,8 @@ struct UnwrittenAllocator : std::allocator<T> {
     UnwrittenAllocator(const UnwrittenAllocator<U>&) noexcept
     {
     }
+    T* allocate(std::size_t n) { return static_cast<T*>(PictureMemory::allocate(n * sizeof(T))); }
+    void deallocate(T* p, std::size_t n) noexcept { release(p, n * sizeof(T)); }
     template <class U>
     void construct(U* p) noexcept
     {
@@ -53,20 +67,15 @@ struct UnwrittenAllocator : std::allocator<T> {
 template <class T>
 using Buffer = std::vector<T, UnwrittenAllocator<T>>;
 
-// Sets a buffer to `count` elements that the caller writes before reading;
-// new storage is advised large pages first.
+// Sets a buffer to `count` elements that the caller writes before reading.
 template <class T>
 void assignUnwritten(Buffer<T>& v, std::size_t count)
 {
     if (v.capacity() < count) {
         Buffer<T>().swap(v);
         v.reserve(count);
-        adviseLargePages(v.data(), count * sizeof(T));
     }
     v.resize(count);
 }
-
-// The size from which a block is given memory of its own.
-constexpr int kSeparateFromBytes = 1 << 20;
 
 }  // namespace tavix::PictureMemory

@@ -216,8 +216,7 @@ QImage SimScene::render(QSize size)
     const double s = micrometresPerPixel(size);
     const int w = size.width();
 
-    QImage lit(size, QImage::Format_RGB888);
-    PictureMemory::adviseLargePages(lit.bits(), static_cast<size_t>(lit.sizeInBytes()));
+    QImage lit = PictureMemory::image(size, QImage::Format_RGB888);
     const float cx = size.width() / 2.0f;
     const float cy = size.height() / 2.0f;
     const float falloff = static_cast<float>(kVignetting) / (cx * cx + cy * cy);
