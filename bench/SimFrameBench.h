@@ -1,8 +1,10 @@
 #pragma once
 
 #include "camera/sim/SimCamera.h"
+#include "common/PictureMemory.h"
 
 #include <QImage>
+#include <cstring>
 #include <map>
 
 namespace tavix::bench {
@@ -20,7 +22,13 @@ inline const QImage& simFrame(int mode)
         sim.Init();
         sim.Open(0);
         sim.SetMode(0, mode);
-        found = frames.emplace(mode, sim.renderFrame().convertToFormat(QImage::Format_RGB888)).first;
+        // On pictures' own memory, as the camera's frame ring holds it.
+        const QImage rendered = sim.renderFrame().convertToFormat(QImage::Format_RGB888);
+        QImage frame = PictureMemory::image(rendered.size(), rendered.format());
+        for (int y = 0; y < frame.height(); ++y)
+            std::memcpy(frame.scanLine(y), rendered.constScanLine(y),
+                        static_cast<size_t>(frame.bytesPerLine()));
+        found = frames.emplace(mode, frame).first;
     }
     return found->second;
 }
