@@ -96,7 +96,11 @@ series = {"crosses:1": "two cross lines, the frame handed over",
           "crosses:0": "no cross lines, the camera writes the JPEG"}
 for name, r in load("bench_interval_save").items():
     what = series.get(name.split("/")[1], name)
-    row(f"Series picture, {what} (baseline: JPEG encode alone)", r["ours_ms"], r["base_ms"], "≤ 1.1x")
+    if name.startswith("SeriesPictureWritten"):
+        row(f"Series picture, {what} (baseline: JPEG encode + the same safe write of its bytes)",
+            r["ours_ms"], r["base_ms"], "–")
+    else:
+        row(f"Series picture, {what} (baseline: JPEG encode alone)", r["ours_ms"], r["base_ms"], "≤ 1.1x")
 for name, r in load("bench_picture_save").items():
     row(f"BMP save {name.split('/')[1]}-bit still (baseline: raw write + fsync + rename)", r["ours_ms"], r["base_ms"], "≤ 1.05x")
 exec_runs = load("bench_startup_exec")

@@ -7,6 +7,7 @@
 #include <QSize>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -118,6 +119,11 @@ public:
     // of a round trip through a bitmap file; 0 = success.
     virtual bool canGrabFrame() const { return false; }
     virtual int GrabFrame(int cam, QImage& frame) { return -1; }
+    // The same drivers let `read` see the current frame where it lies,
+    // developed as GrabFrame would copy it, holding the stream off it until
+    // `read` returns: no copy. 0 = success, and `read` was called.
+    using FrameReader = std::function<void(const FrameView&)>;
+    virtual int readFrame(int cam, const FrameReader& read) { return -1; }
     // Records an AVI file of the given length; parameter 24 stays non-zero while writing.
     virtual int SaveAvi(int cam, const QString& path, int a, int seconds) = 0;
     // The newest recording's figures, for drivers whose frames the program

@@ -80,6 +80,17 @@ int HeldFrame::copy(QImage& frame) const
     return 0;
 }
 
+int HeldFrame::read(const CameraDriver::FrameReader& read) const
+{
+    std::lock_guard guard(mutex_);
+    if (lost_)
+        return kCameraLost;
+    if (!view_.bits)
+        return kNoFrame;
+    read(view_);
+    return 0;
+}
+
 int HeldFrame::record(const QString& path, double fps, int seconds)
 {
     std::lock_guard guard(mutex_);

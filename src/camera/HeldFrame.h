@@ -56,6 +56,9 @@ public:
     // Copies the held frame into `frame`, reusing its buffer when it has the
     // size and format already: 0, kNoFrame or kCameraLost.
     int copy(QImage& frame) const;
+    // Lets `read` see the held frame where it lies, under the lock: 0 (and
+    // `read` was called), kNoFrame or kCameraLost.
+    int read(const CameraDriver::FrameReader& read) const;
     // Records from the next frame on, at the held frame's size and pixels and
     // at `fps`: 0, kNoFrame (nothing held yet) or kWriteFailed.
     int record(const QString& path, double fps, int seconds);

@@ -148,6 +148,11 @@ int SwitchableCamera::GrabFrame(int cam, QImage& frame)
     return inner_->GrabFrame(cam, frame);
 }
 
+int SwitchableCamera::readFrame(int cam, const FrameReader& read)
+{
+    return inner_->readFrame(cam, read);
+}
+
 int SwitchableCamera::SaveAvi(int cam, const QString& path, int a, int seconds)
 {
     return inner_->SaveAvi(cam, path, a, seconds);

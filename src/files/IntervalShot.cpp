@@ -88,6 +88,26 @@ bool compressibleAsStored(const BmpFile::StoredRows& rows)
            rows.dotsPerMeterX > 0 && rows.dotsPerMeterY > 0;
 }
 
+// A camera's frame as rows the encoder takes where they lie; false for a
+// layout that must be developed or converted first. The resolution is the one
+// a grabbed frame's picture would carry.
+bool frameRows(const FrameView& frame, BmpFile::StoredRows& rows)
+{
+    if (frame.raw != RawLayout::None ||
+        (frame.format != QImage::Format_RGB888 && frame.format != QImage::Format_BGR888 &&
+         frame.format != QImage::Format_RGB32))
+        return false;
+    const QImage picture(1, 1, frame.format);
+    rows = {frame.bits,
+            frame.bytesPerLine,
+            frame.width,
+            frame.height,
+            frame.format,
+            picture.dotsPerMeterX(),
+            picture.dotsPerMeterY()};
+    return true;
+}
+
 }  // namespace
 
 IntervalShot::IntervalShot(CameraDriver& driver, const ErrorLog& log, const MessageTable& messages,
@@ -99,8 +119,26 @@ IntervalShot::IntervalShot(CameraDriver& driver, const ErrorLog& log, const Mess
 IntervalShot::Outcome IntervalShot::save(const Job& job)
 {
     driver_.SetSaveQuality(job.jpegQuality);
+    const bool jpeg = PictureFiles::kindOf(job.finalFile) == PictureFiles::Kind::Jpeg;
     if (job.crosses.draw && driver_.canGrabFrame()) {
-        // The frame is in memory already: no bitmap file to write and read back.
+        // The frame is in memory already: no bitmap file to write and read
+        // back. A JPEG is compressed from the frame where it lies, the lines
+        // drawn into its rows on their way to the encoder.
+        if (jpeg) {
+            bool encoded = false;
+            int status = 0;
+            const int r = driver_.readFrame(job.camera, [&](const FrameView& frame) {
+                BmpFile::StoredRows rows;
+                if (frameRows(frame, rows)) {
+                    status = encodeDrawn(rows, job);
+                    encoded = true;
+                }
+            });
+            if (r != 0)
+                return cameraFailed(QStringLiteral("Error: ICubeSDK_SaveToFile(%1)").arg(r));
+            if (encoded)
+                return writeJpeg(status, job);
+        }
         if (const int r = driver_.GrabFrame(job.camera, picture_); r != 0)
             return cameraFailed(QStringLiteral("Error: ICubeSDK_SaveToFile(%1)").arg(r));
         drawCrosses(picture_, job.crosses);
@@ -118,7 +156,6 @@ IntervalShot::Outcome IntervalShot::save(const Job& job)
     // its rows with the lines drawn on the way: no copy of the picture first.
     // For a bitmap, or a temporary bitmap of another depth, it is read into a
     // picture that is drawn on.
-    const bool jpeg = PictureFiles::kindOf(job.finalFile) == PictureFiles::Kind::Jpeg;
     QFile file(written);
     uchar* mapped = nullptr;
     BmpFile::StoredRows rows;

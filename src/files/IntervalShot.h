@@ -65,7 +65,7 @@ private:
     Outcome writeFinal(const QImage& picture, const Job& job);
     Outcome writeJpeg(int encodeStatus, const Job& job);
     Outcome finalWritten(int error);
-    // Compresses a bitmap's rows with the crosses drawn into bytes_.
+    // Compresses a bitmap's or a frame's rows with the crosses drawn into bytes_.
     int encodeDrawn(const BmpFile::StoredRows& stored, const Job& job);
 
     CameraDriver& driver_;
@@ -75,7 +75,7 @@ private:
     Clock& clock_;
     QImage picture_;                // the temporary bitmap, read into the same buffer every time
     QByteArray bytes_;              // the encoded final file
-    std::vector<uchar> rowCopies_;  // rows of the temporary bitmap with the lines drawn
+    std::vector<uchar> rowCopies_;  // rows of the bitmap or frame with the lines drawn
 };
 
 }  // namespace tavix

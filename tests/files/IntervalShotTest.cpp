@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <cstdlib>
 #include <functional>
 
 using namespace tavix;
@@ -205,11 +206,85 @@ TEST_F(IntervalShotTest, GrabFailure_IsLoggedAndReported)
 {
     prompter.answers = {Prompter::Answer::Ok};
     cam.failCall(QStringLiteral("GrabFrame"), -8);
-    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::CameraFailed);
+    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.bmp"), true)), IntervalShot::Outcome::CameraFailed);
     EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
     ASSERT_EQ(prompter.messages.size(), 1u);
     EXPECT_EQ(prompter.messages[0].text, messages.text(30011));
+    EXPECT_FALSE(dir.exists(QStringLiteral("cell_001.bmp")));
+}
+
+TEST_F(IntervalShotTest, ReadFailure_ForAJpeg_IsLoggedAndReported)
+{
+    prompter.answers = {Prompter::Answer::Ok};
+    cam.failCall(QStringLiteral("readFrame"), -10);
+    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::CameraFailed);
+    EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-10)\r\n")));
+    ASSERT_EQ(prompter.messages.size(), 1u);
+    EXPECT_EQ(prompter.messages[0].text, messages.text(30011));
     EXPECT_FALSE(dir.exists(QStringLiteral("cell_001.jpg")));
+}
+
+TEST_F(IntervalShotTest, JpegWithCrosses_IsCompressedFromTheFrameWhereItLies_AsFromAGrabbedCopy)
+{
+    cam.setRecordCalls(true);
+    const IntervalShot::Job j = job(QStringLiteral("cell_001.jpg"), true);
+    ASSERT_EQ(shot.save(j), IntervalShot::Outcome::Saved);
+    const QString calls = cam.calls().join(QLatin1Char(' '));
+    EXPECT_TRUE(calls.contains(QStringLiteral("readFrame"))) << calls.toStdString();
+    EXPECT_FALSE(calls.contains(QStringLiteral("GrabFrame"))) << calls.toStdString();
+    EXPECT_FALSE(calls.contains(QStringLiteral("SaveToFile"))) << calls.toStdString();
+
+    QImage drawn = frame.copy();
+    IntervalShot::drawCrosses(drawn, j.crosses);
+    QByteArray expected;
+    ASSERT_EQ(JpegWriter::encode(drawn, j.jpegQuality, expected), JpegWriter::kOk);
+    EXPECT_TRUE(dir.read(QStringLiteral("cell_001.jpg")) == expected) << "not the grabbed copy's file";
+    EXPECT_FALSE(dir.exists(QStringLiteral("TavixStill_001.bmp")));
+}
+
+namespace {
+
+// A frame camera whose frames are grey: compressed from a colour copy, so
+// that the lines keep their colour.
+class GreyCamera : public SimCamera {
+public:
+    using SimCamera::SimCamera;
+    int readFrame(int, const FrameReader& read) override
+    {
+        ++reads;
+        FrameView view;
+        view.bits = grey.constBits();
+        view.width = grey.width();
+        view.height = grey.height();
+        view.bytesPerLine = grey.bytesPerLine();
+        view.format = grey.format();
+        read(view);
+        return 0;
+    }
+    int GrabFrame(int, QImage& frame) override
+    {
+        ++grabs;
+        frame = grey;
+        return 0;
+    }
+    QImage grey;
+    int reads = 0, grabs = 0;
+};
+
+}  // namespace
+
+TEST_F(IntervalShotTest, JpegWithCrosses_OfAGreyFrame_IsCompressedFromAColourCopy)
+{
+    GreyCamera greyCam(quietCamera());
+    greyCam.grey = frame.convertToFormat(QImage::Format_Grayscale8);
+    IntervalShot greyShot(greyCam, errorLog, messages, prompter, clock);
+    ASSERT_EQ(greyShot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::Saved);
+    EXPECT_EQ(greyCam.reads, 1);
+    EXPECT_EQ(greyCam.grabs, 1);
+    const QImage read(dir.file(QStringLiteral("cell_001.jpg")));
+    ASSERT_EQ(read.size(), frame.size());
+    EXPECT_GT(greenLead(read.pixel(100, 250)), 60);
+    EXPECT_LT(std::abs(greenLead(read.pixel(110, 7))), 8) << "grey beside the lines";
 }
 
 TEST_F(IntervalShotTest, BackgroundCamera_IsReadAfterTheWait_UpToThreeTimes)

@@ -656,6 +656,14 @@ int GenICamDriver::GrabFrame(int cam, QImage& frame)
     return frame_.copy(frame);
 }
 
+int GenICamDriver::readFrame(int cam, const FrameReader& read)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    developHeld();
+    return frame_.read(read);
+}
+
 int GenICamDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
 {
     if (const int s = checkOpen(cam))

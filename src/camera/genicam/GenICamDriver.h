@@ -141,6 +141,7 @@ public:
     void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
+    int readFrame(int cam, const FrameReader& read) override;
     // Records the stream through the program's recorder at the frames' size,
     // stamped with the rate the frames arrive at (the set rate before a few came).
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;

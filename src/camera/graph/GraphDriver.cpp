@@ -723,6 +723,14 @@ int GraphDriver::GrabFrame(int cam, QImage& frame)
     return frame_.copy(frame);
 }
 
+int GraphDriver::readFrame(int cam, const FrameReader& read)
+{
+    if (const int s = checkOpen(cam))
+        return s;
+    developHeld();
+    return frame_.read(read);
+}
+
 int GraphDriver::SaveAvi(int cam, const QString& path, int a, int seconds)
 {
     if (const int s = checkOpen(cam))

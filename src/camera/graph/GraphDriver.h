@@ -131,6 +131,7 @@ public:
     void SetSaveQuality(int quality) override { frame_.setQuality(quality); }
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
+    int readFrame(int cam, const FrameReader& read) override;
     int SaveAvi(int cam, const QString& path, int a, int seconds) override;
     bool recordingStats(int cam, RecordingStats& stats) override;
     int SetCamParameter(int cam, int type, std::int32_t value) override;

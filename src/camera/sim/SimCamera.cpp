@@ -427,18 +427,29 @@ int SimCamera::SaveToFile(int cam, const QString& path)
 
 int SimCamera::GrabFrame(int cam, QImage& frame)
 {
+    return readNewest("GrabFrame", cam, [&](int slot) { frames_.copyTo(slot, frame); });
+}
+
+int SimCamera::readFrame(int cam, const FrameReader& read)
+{
+    return readNewest("readFrame", cam, [&](int slot) { read(frames_.view(slot)); });
+}
+
+int SimCamera::readNewest(const char* call, int cam, const std::function<void(int slot)>& use)
+{
     {
         std::lock_guard lock(mutex_);
-        if (auto s = enterOpenLocked("GrabFrame", -1, cam))
+        if (auto s = enterOpenLocked(call, -1, cam))
             return *s;
         if (disconnected_)
             return kDisconnected;
     }
+    // The renderer waits meanwhile: it never writes the slot being read.
     std::lock_guard render(renderMutex_);
     const int slot = newestSlot();
     if (slot < 0)
         return kNoFrame;
-    frames_.copyTo(slot, frame);
+    use(slot);
     return 0;
 }
 

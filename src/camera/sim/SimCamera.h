@@ -15,6 +15,7 @@
 #include <QStringList>
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -153,6 +154,7 @@ public:
     void SetSaveQuality(int quality) override;
     bool canGrabFrame() const override { return true; }
     int GrabFrame(int cam, QImage& frame) override;
+    int readFrame(int cam, const FrameReader& read) override;
     // Records the stream through AviRecorder at the mode's size and the
     // camera's frame rate; kNoFrame when not streaming, kWriteFailed when the
     // file cannot be started. Stopping the camera completes the file early.
@@ -209,6 +211,9 @@ private:
     // and returns the slot.
     int renderLocked(std::uint64_t sequence);
     int newestSlot() const;
+    // Checks the call as `call`, then gives `use` the newest slot, render lock
+    // held: 0, or the call's status.
+    int readNewest(const char* call, int cam, const std::function<void(int slot)>& use);
 
     Options options_;
     std::unique_ptr<SystemClock> ownClock_;

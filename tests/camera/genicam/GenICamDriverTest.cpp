@@ -323,8 +323,21 @@ TEST_F(GenICamDriverTest, GrabFrame_CopiesTheNewestFrame_GreyOrDemosaiced)
         ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);
         EXPECT_EQ(bmp.convertToFormat(QImage::Format_RGB32), grabbed.convertToFormat(QImage::Format_RGB32))
             << format;
+        // Read where it lies: the same picture, developed, without a copy.
+        QImage seen;
+        ASSERT_EQ(driver.readFrame(0,
+                                   [&](const FrameView& f) {
+                                       EXPECT_EQ(f.raw, RawLayout::None) << format;
+                                       seen =
+                                           QImage(f.bits, f.width, f.height, f.bytesPerLine, f.format).copy();
+                                   }),
+                  0)
+            << format;
+        EXPECT_EQ(seen, grabbed) << format;
     }
     EXPECT_EQ(driver.GrabFrame(1, grabbed), GenICamDriver::kBadCamera);
+    EXPECT_EQ(driver.readFrame(1, [](const FrameView&) { ADD_FAILURE() << "read from a wrong camera"; }),
+              GenICamDriver::kBadCamera);
 }
 
 TEST_F(GenICamDriverTest, SaveAvi_RecordsTheStream_AndParameter24ReadsOneUntilTheFileIsClosed)

@@ -245,6 +245,13 @@ TEST_F(GraphDriverTest, SaveToFile_WritesTheNewestFrame_AsBitmapOrJpeg_AndGrabFr
     EXPECT_EQ(bmp.convertToFormat(QImage::Format_RGB32), grabbed.convertToFormat(QImage::Format_RGB32));
     // The test picture's first bar is white-ish, not black: real pixels arrived.
     EXPECT_GT(qRed(grabbed.pixel(10, 10)), 150);
+    QImage seen;
+    ASSERT_EQ(driver->readFrame(0,
+                                [&](const FrameView& f) {
+                                    seen = QImage(f.bits, f.width, f.height, f.bytesPerLine, f.format).copy();
+                                }),
+              0);
+    EXPECT_EQ(seen, grabbed) << "read where it lies: the frame GrabFrame copies";
 
     ASSERT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("still.JPG"))), 0);
     EXPECT_TRUE(dir.read(QStringLiteral("still.JPG")).startsWith("\xFF\xD8"));
@@ -323,6 +330,8 @@ TEST_F(GraphDriverTest, AnErrorOnTheBusMidStream_IsLoggedWithGStreamersText_AndT
     EXPECT_FALSE(QFile::exists(dir.file(QStringLiteral("last.bmp"))));
     QImage grabbed;
     EXPECT_EQ(driver->GrabFrame(0, grabbed), HeldFrame::kCameraLost);
+    EXPECT_EQ(driver->readFrame(0, [](const FrameView&) { ADD_FAILURE() << "an old frame was read"; }),
+              HeldFrame::kCameraLost);
     EXPECT_EQ(driver->Start(0, 0, &sink, -1, 0), GraphDriver::kDisconnected);
 
     QElapsedTimer t;
@@ -434,6 +443,15 @@ TEST_F(GraphDriverTest, Yuy2Frames_ReachTheSinkInTheirOwnPixels_AndTheStillIsThe
     EXPECT_EQ(still.format(), QImage::Format_RGB888);
     EXPECT_EQ(still, convertedYuy2(kept.pixels, kept.size));
     EXPECT_GT(qRed(still.pixel(10, 10)), 150);  // the test picture's first bar, not black
+    // Read where it lies, the frame is the same conversion.
+    QImage seen;
+    ASSERT_EQ(driver->readFrame(0,
+                                [&](const FrameView& f) {
+                                    EXPECT_EQ(f.raw, RawLayout::None);
+                                    seen = QImage(f.bits, f.width, f.height, f.bytesPerLine, f.format).copy();
+                                }),
+              0);
+    EXPECT_EQ(seen, still);
     ASSERT_EQ(driver->SaveToFile(0, dir.file(QStringLiteral("still.bmp"))), 0);
     QImage bmp;
     ASSERT_EQ(BmpFile::read(dir.file(QStringLiteral("still.bmp")), bmp), 0);

@@ -1204,6 +1204,36 @@ TEST_F(SimCameraTest, GrabFrame_CopiesTheNewestFrame_IntoTheSameBuffer)
     EXPECT_EQ(grabbed.constBits(), buffer);
 }
 
+TEST_F(SimCameraTest, ReadFrame_ShowsTheNewestFrame_WhereItLies)
+{
+    QImage seen;
+    const uchar* where = nullptr;
+    int reads = 0;
+    const CameraDriver::FrameReader read = [&](const FrameView& f) {
+        ++reads;
+        where = f.bits;
+        seen = QImage(f.bits, f.width, f.height, f.bytesPerLine, f.format).copy();
+    };
+    EXPECT_EQ(cam.readFrame(kCam, read), SimCamera::kNoFrame);
+    EXPECT_EQ(reads, 0);
+    cam.setNoise(true);
+    const QImage first = cam.renderFrame();
+    ASSERT_EQ(cam.readFrame(kCam, read), 0);
+    EXPECT_EQ(seen, first);
+    const uchar* firstWhere = where;
+    const QImage second = cam.renderFrame();
+    ASSERT_EQ(cam.readFrame(kCam, read), 0);
+    EXPECT_EQ(seen, second);
+    EXPECT_NE(where, firstWhere) << "a new frame goes to another slot of the ring";
+    EXPECT_EQ(reads, 2);
+
+    EXPECT_EQ(cam.readFrame(kCam + 1, read), cam.GrabFrame(kCam + 1, seen));
+    EXPECT_NE(cam.readFrame(kCam + 1, read), 0);
+    cam.failCall(QStringLiteral("readFrame"), SimCamera::kFailed);
+    EXPECT_EQ(cam.readFrame(kCam, read), SimCamera::kFailed);
+    EXPECT_EQ(reads, 2);
+}
+
 TEST_F(SimCameraTest, SaveToFile_FailsBeforeTheFirstFrame)
 {
     TempDir dir;
