@@ -1,14 +1,12 @@
 // Live view from Aravis's fake GenICam camera at the largest size the program
 // offers on it (2048x1536), at 30 fps for a few seconds, through the real
 // driver and the live view, with this thread painting as the window does:
-// - process CPU per displayed frame, against one memcpy of a frame of the
-//   same bytes timed in the same run;
-// - the same with a sink that keeps nothing, which leaves the fake camera's
-//   own cost of making the frame (a real camera's hardware does that) plus
-//   the driver's;
-// - the display's share of that CPU (with the view less without it) against
-//   one memcpy of a frame of the camera's bytes (Bayer frames go to the view
-//   as their cells, demosaiced only for a freeze, a file or a recording);
+// - process CPU per displayed frame, the fake camera's making of the frame
+//   included (a real camera's hardware does that);
+// - the display's CPU per displayed frame (the live view's scaling on the
+//   driver's thread, timed on that thread, plus the painting) against one
+//   memcpy of a frame of the camera's bytes (Bayer frames go to the view as
+//   their cells, demosaiced only for a freeze, a file or a recording);
 // - a demosaic of a Bayer frame alone, what a freeze costs;
 // - frames lost: made by the camera but never handed to the live view
 //   (incomplete, or no free buffer), and frames replaced unseen by a newer one.
@@ -18,6 +16,7 @@
 // arv-camera-test-0.8's frame rate and CPU per frame. And the time Init takes
 // without a camera against Aravis's own search of every bus.
 #include "../../../tests/camera/genicam/FakeGigECamera.h"
+#include "LiveStreamBench.h"
 #include "MemcpyBench.h"
 #include "camera/LiveView.h"
 #include "camera/genicam/GenICamDriver.h"
@@ -26,14 +25,11 @@
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 #include <QGuiApplication>
-#include <QPainter>
 #include <QProcess>
 #include <QRegularExpression>
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <ctime>
-#include <map>
 #include <thread>
 
 #undef signals
@@ -47,18 +43,6 @@ constexpr int kLargestMode = 7;  // 2048x1536
 constexpr int kFps = 30;
 constexpr int kSeconds = 4;
 const QSize kView(1000, 750);
-
-double processCpuMs()
-{
-    timespec t{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-    return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
-}
-
-class NullSink : public FrameSink {
-public:
-    void frameReady(const FrameView&) override {}
-};
 
 void MemcpyOfOneFrame(benchmark::State& state)
 {
@@ -85,11 +69,7 @@ void DemosaicOneFrame(benchmark::State& state)
 }
 BENCHMARK(DemosaicOneFrame)->Unit(benchmark::kMillisecond);
 
-// CPU per frame with the live view, per format, for the run without it that follows.
-std::map<std::int64_t, double> shownCpuMs;
-
-// range(0): the pixel format (0 Mono8, 1 BayerRG8); range(1): 1 with the live view, 0 with a sink that keeps
-// nothing.
+// range(0): the pixel format (0 Mono8, 1 BayerRG8).
 void GenICamLive(benchmark::State& state)
 {
     GenICamDriver::useFakeCameraOnly();
@@ -101,58 +81,27 @@ void GenICamLive(benchmark::State& state)
     arv_camera_set_pixel_format_from_string(driver.arvCamera(), state.range(0) ? "BayerRG8" : "Mono8",
                                             nullptr);
     driver.SetCamParameter(0, 147, kFps);
-    const bool display = state.range(1) != 0;
     LiveView live;
     live.setDisplaySize(kView);
-    NullSink none;
-    QImage window(kView, QImage::Format_RGB32);
+    bench::TimedLiveView view(live);
+    const double copy = bench::memcpyMs(size_t(2048) * 1536);  // Mono8 and Bayer: a byte a pixel
 
     for (auto _ : state) {
-        driver.Start(0, 0, display ? static_cast<FrameSink*>(&live) : &none, -1, 0);
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));  // buffers made, rate settled
-        std::int32_t goodBefore = 0;
-        driver.GetGoodFrames(0, goodBefore);
-        const LiveView::Counters before = live.counters();
-        const double cpuBefore = processCpuMs();
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(kSeconds);
-        while (std::chrono::steady_clock::now() < end) {
-            if (display) {
-                if (const QImage* frame = live.takeFrame()) {
-                    QPainter painter(&window);
-                    painter.drawImage(0, 0, *frame);
-                }
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));  // the window's event loop
-        }
-        const double cpu = processCpuMs() - cpuBefore;
-        std::int32_t good = 0;
-        std::int32_t broken = 0;
-        driver.GetGoodFrames(0, good);
-        driver.GetBrokenFrames(0, broken);
-        const LiveView::Counters after = live.counters();
-        driver.Stop(0);
-
-        const double frames = good - goodBefore;
-        const double shown = display ? double(after.shown - before.shown) : frames;
-        const double perFrame = shown > 0 ? cpu / shown : 0;
-        state.counters["cpu_ms_per_frame"] = perFrame;
-        state.counters["fps"] = frames / kSeconds;
-        state.counters["shown"] = shown;
-        state.counters["replaced"] = double(after.replaced - before.replaced);
-        state.counters["lost"] = broken;
-        if (display) {
-            shownCpuMs[state.range(0)] = perFrame;
-        } else if (const auto with = shownCpuMs.find(state.range(0)); with != shownCpuMs.end()) {
-            const double copy = bench::memcpyMs(size_t(2048) * 1536);  // Mono8 and Bayer: a byte a pixel
-            state.counters["display_share_ms"] = with->second - perFrame;
-            state.counters["memcpy_ms"] = copy;
-            state.counters["display_share_over_memcpy"] = copy > 0 ? (with->second - perFrame) / copy : 0;
-        }
+        const bench::LiveFigures f = bench::watchLive(driver, view, live, kView, 500, kSeconds);
+        state.counters["cpu_ms_per_frame"] = f.cpuPerShownMs();
+        state.counters["fps"] = f.frames / f.seconds;
+        state.counters["shown"] = f.shown;
+        state.counters["replaced"] = f.replaced;
+        state.counters["lost"] = f.lost;
+        state.counters["display_ms"] = f.displayPerShownMs();
+        state.counters["paint_ms"] = f.paintPerShownMs();
+        state.counters["memcpy_ms"] = copy;
+        state.counters["display_over_memcpy"] = copy > 0 ? f.displayPerShownMs() / copy : 0;
     }
 }
 BENCHMARK(GenICamLive)
-    ->ArgsProduct({{0, 1}, {1, 0}})
-    ->ArgNames({"bayer", "display"})
+    ->DenseRange(0, 1)
+    ->ArgName("bayer")
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
@@ -232,39 +181,19 @@ void GenICamLoopback5MpBayer(benchmark::State& state)
     const QByteArray format = arv_camera_get_pixel_format_as_string(driver.arvCamera(), nullptr);
     LiveView live;
     live.setDisplaySize(kView);
-    QImage window(kView, QImage::Format_RGB32);
+    bench::TimedLiveView view(live);
 
     // One memcpy of the camera's frame (one byte a pixel), in this run.
     const double copyMs = bench::memcpyMs(size_t(kFiveMp.width()) * size_t(kFiveMp.height()));
 
     for (auto _ : state) {
-        driver.Start(0, 0, &live, -1, 0);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1000));  // buffers made, rate settled
-        std::int32_t goodBefore = 0, brokenBefore = 0;
-        driver.GetGoodFrames(0, goodBefore);
-        driver.GetBrokenFrames(0, brokenBefore);
-        const LiveView::Counters before = live.counters();
-        const double cpuBefore = processCpuMs();
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(kSeconds);
-        while (std::chrono::steady_clock::now() < end) {
-            if (const QImage* frame = live.takeFrame()) {
-                QPainter painter(&window);
-                painter.drawImage(0, 0, *frame);
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        const double cpu = processCpuMs() - cpuBefore;
-        std::int32_t good = 0, broken = 0;
-        driver.GetGoodFrames(0, good);
-        driver.GetBrokenFrames(0, broken);
-        const LiveView::Counters after = live.counters();
-        driver.Stop(0);
-        const double shown = double(after.shown - before.shown);
-        state.counters["fps"] = (good - goodBefore) / double(kSeconds);
-        state.counters["broken"] = broken - brokenBefore;
-        state.counters["cpu_ms_per_shown_frame"] = shown > 0 ? cpu / shown : 0;
+        const bench::LiveFigures f = bench::watchLive(driver, view, live, kView, 1000, kSeconds);
+        state.counters["fps"] = f.frames / f.seconds;
+        state.counters["broken"] = f.lost;
+        state.counters["cpu_ms_per_shown_frame"] = f.cpuPerShownMs();
+        state.counters["display_ms"] = f.displayPerShownMs();
         state.counters["memcpy_ms"] = copyMs;
-        state.counters["cpu_per_frame_over_memcpy"] = shown > 0 && copyMs > 0 ? cpu / shown / copyMs : 0;
+        state.counters["cpu_per_frame_over_memcpy"] = copyMs > 0 ? f.cpuPerShownMs() / copyMs : 0;
     }
     driver.Close(0);
 

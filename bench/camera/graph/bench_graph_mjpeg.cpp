@@ -12,6 +12,7 @@
 // - the source alone into a sink that does nothing, for the source's share.
 #include "AviFrames.h"
 #include "FakeWebcamSource.h"
+#include "LiveStreamBench.h"
 #include "camera/LiveView.h"
 #include "camera/graph/GraphDriver.h"
 
@@ -38,13 +39,6 @@ constexpr int kHeight = 1080;
 constexpr int kSeconds = 4;
 constexpr char kOffers[] = "image/jpeg,width=1920,height=1080,framerate=30/1";
 
-double processCpuMs()
-{
-    timespec t{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-    return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
-}
-
 // The median time of one memcpy of a full RGB frame, in milliseconds.
 double memcpyMs()
 {
@@ -52,26 +46,14 @@ double memcpyMs()
     std::vector<uchar> src(bytes, 1), dst(bytes, 2);
     std::vector<double> times;
     for (int i = 0; i < 21; ++i) {
-        const double before = processCpuMs();
+        const double before = bench::processCpuMs();
         std::memcpy(dst.data(), src.data(), bytes);
         benchmark::DoNotOptimize(dst.data());
-        times.push_back(processCpuMs() - before);
+        times.push_back(bench::processCpuMs() - before);
     }
     std::nth_element(times.begin(), times.begin() + 10, times.end());
     return times[10];
 }
-
-// The live view, telling the driver the size it shows frames at.
-class ShownLiveView : public FrameSink {
-public:
-    ShownLiveView(LiveView& live, QSize shown) : live_(live), shown_(shown) {}
-    void frameReady(const FrameView& frame) override { live_.frameReady(frame); }
-    QSize shownSize() const override { return shown_; }
-
-private:
-    LiveView& live_;
-    QSize shown_;
-};
 
 QString graphFile(const QTemporaryDir& dir)
 {
@@ -95,43 +77,18 @@ void GraphMjpegLive(benchmark::State& state)
     const QSize view(960, 540);
     LiveView live;
     live.setDisplaySize(view);
-    ShownLiveView sink(live, state.range(0) ? view : QSize());
-    QImage window(view, QImage::Format_RGB32);
+    bench::TimedLiveView sink(live, state.range(0) ? view : QSize());
     const double copyMs = memcpyMs();
 
     for (auto _ : state) {
-        driver.Start(0, 0, &sink, -1, 0);
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));  // negotiated, rate settled
-        std::int32_t goodBefore = 0;
-        std::int32_t brokenBefore = 0;
-        driver.GetGoodFrames(0, goodBefore);
-        driver.GetBrokenFrames(0, brokenBefore);
-        const LiveView::Counters before = live.counters();
-        const double cpuBefore = processCpuMs();
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(kSeconds);
-        while (std::chrono::steady_clock::now() < end) {
-            if (const QImage* frame = live.takeFrame()) {
-                QPainter painter(&window);
-                painter.drawImage(0, 0, *frame);
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));  // the window's event loop
-        }
-        const double cpu = processCpuMs() - cpuBefore;
-        std::int32_t good = 0;
-        std::int32_t broken = 0;
-        driver.GetGoodFrames(0, good);
-        driver.GetBrokenFrames(0, broken);
-        const LiveView::Counters after = live.counters();
-        driver.Stop(0);
-
-        const double shown = double(after.shown - before.shown);
-        const double perFrame = shown > 0 ? cpu / shown : 0;
-        state.counters["cpu_ms_per_shown_frame"] = perFrame;
+        const bench::LiveFigures f = bench::watchLive(driver, sink, live, view, 500, kSeconds);
+        state.counters["cpu_ms_per_shown_frame"] = f.cpuPerShownMs();
+        state.counters["display_ms"] = f.displayPerShownMs();
         state.counters["memcpy_ms"] = copyMs;
-        state.counters["ratio_to_memcpy"] = copyMs > 0 ? perFrame / copyMs : 0;
-        state.counters["fps"] = double(good - goodBefore) / kSeconds;
-        state.counters["lost"] = broken - brokenBefore;
-        state.counters["replaced"] = double(after.replaced - before.replaced);
+        state.counters["ratio_to_memcpy"] = copyMs > 0 ? f.cpuPerShownMs() / copyMs : 0;
+        state.counters["fps"] = f.frames / f.seconds;
+        state.counters["lost"] = f.lost;
+        state.counters["replaced"] = f.replaced;
     }
 }
 BENCHMARK(GraphMjpegLive)
@@ -155,7 +112,7 @@ void GraphMjpegRecording(benchmark::State& state)
     }
     LiveView live;
     live.setDisplaySize(QSize(960, 540));
-    ShownLiveView sink(live, QSize(960, 540));
+    bench::TimedLiveView sink(live, QSize(960, 540));
     const QByteArray sent = FakeWebcamSource::jpegFrame(QSize(kWidth, kHeight));
     const QString clip = dir.filePath(QStringLiteral("clip.avi"));
 
@@ -167,7 +124,7 @@ void GraphMjpegRecording(benchmark::State& state)
             state.SkipWithError("recording did not start");
             return;
         }
-        const double cpuBefore = processCpuMs();
+        const double cpuBefore = bench::processCpuMs();
         QElapsedTimer wall;
         wall.start();
         std::int32_t writing = 1;
@@ -177,7 +134,7 @@ void GraphMjpegRecording(benchmark::State& state)
             if (recording)
                 driver.GetCamParameter(0, 24, writing);
         }
-        const double cpu = processCpuMs() - cpuBefore;
+        const double cpu = bench::processCpuMs() - cpuBefore;
         const double seconds = wall.elapsed() / 1000.0;
         driver.Stop(0);
         state.counters["cores"] = cpu / 1000.0 / seconds;
@@ -215,7 +172,7 @@ void GraphMjpegFreeze(benchmark::State& state)
     file.close();
     GraphDriver driver(path, QStringLiteral("Camera"));
     LiveView live;
-    ShownLiveView sink(live, QSize(960, 720));
+    bench::TimedLiveView sink(live, QSize(960, 720));
     if (driver.Init() < 1 || driver.Open(0) != 0 || driver.Start(0, 0, &sink, -1, 0) != 0) {
         state.SkipWithError("no source");
         return;
@@ -240,12 +197,12 @@ void WebcamSourceAlone(benchmark::State& state)
                                    "\" num-buffers=" + QByteArray::number(kSeconds * 30) + " ! fakesink";
     for (auto _ : state) {
         GstElement* pipeline = gst_parse_launch(description.constData(), nullptr);
-        const double cpuBefore = processCpuMs();
+        const double cpuBefore = bench::processCpuMs();
         gst_element_set_state(pipeline, GST_STATE_PLAYING);
         GstBus* bus = gst_element_get_bus(pipeline);
         GstMessage* end = gst_bus_timed_pop_filtered(bus, GST_CLOCK_TIME_NONE,
                                                      GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-        const double cpu = processCpuMs() - cpuBefore;
+        const double cpu = bench::processCpuMs() - cpuBefore;
         gst_message_unref(end);
         gst_object_unref(bus);
         gst_element_set_state(pipeline, GST_STATE_NULL);

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "camera/CameraDriver.h"
+#include "camera/LiveView.h"
+
+#include <QImage>
+#include <QPainter>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <ctime>
+#include <thread>
+
+namespace tavix::bench {
+
+inline double cpuMs(clockid_t clock)
+{
+    timespec t{};
+    clock_gettime(clock, &t);
+    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) / 1e6;
+}
+
+inline double processCpuMs()
+{
+    return cpuMs(CLOCK_PROCESS_CPUTIME_ID);
+}
+
+inline double threadCpuMs()
+{
+    return cpuMs(CLOCK_THREAD_CPUTIME_ID);
+}
+
+// The live view as a camera's sink, keeping the CPU the driver's thread
+// spends in it (scaling frames into the view's picture); `shown` is the size
+// it tells the driver, when the driver asks.
+class TimedLiveView : public FrameSink {
+public:
+    explicit TimedLiveView(LiveView& live, QSize shown = {}) : live_(live), shown_(shown) {}
+    void frameReady(const FrameView& frame) override
+    {
+        const double before = threadCpuMs();
+        live_.frameReady(frame);
+        spentNs_ += static_cast<std::int64_t>((threadCpuMs() - before) * 1e6);
+    }
+    QSize shownSize() const override { return shown_; }
+    double spentMs() const { return static_cast<double>(spentNs_.load()) / 1e6; }
+
+private:
+    LiveView& live_;
+    QSize shown_;
+    std::atomic<std::int64_t> spentNs_{0};
+};
+
+// What a stream did while it was watched.
+struct LiveFigures {
+    double seconds = 0;
+    double frames = 0;     // made by the camera and handed over
+    double lost = 0;       // made but never handed over (the driver's broken count)
+    double shown = 0;      // painted
+    double replaced = 0;   // replaced unseen by a newer frame
+    double cpuMs = 0;      // the whole process
+    double displayMs = 0;  // the live view on the driver's thread plus the painting
+    double paintMs = 0;    // the painting alone
+    double cpuPerShownMs() const { return shown > 0 ? cpuMs / shown : 0; }
+    double displayPerShownMs() const { return shown > 0 ? displayMs / shown : 0; }
+    double paintPerShownMs() const { return shown > 0 ? paintMs / shown : 0; }
+};
+
+// Starts `driver` into `view`, lets it settle, then for `seconds` paints the
+// newest frame into a window's picture every 5 ms as the window's event loop
+// does, and stops it.
+inline LiveFigures watchLive(CameraDriver& driver, TimedLiveView& view, LiveView& live, QSize window,
+                             int settleMs, int seconds)
+{
+    QImage painted(window, QImage::Format_RGB32);
+    LiveFigures f;
+    driver.Start(0, 0, &view, -1, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(settleMs));
+    std::int32_t goodBefore = 0, brokenBefore = 0;
+    driver.GetGoodFrames(0, goodBefore);
+    driver.GetBrokenFrames(0, brokenBefore);
+    const LiveView::Counters before = live.counters();
+    const double viewBefore = view.spentMs();
+    const double cpuBefore = processCpuMs();
+    const auto start = std::chrono::steady_clock::now();
+    const auto end = start + std::chrono::seconds(seconds);
+    while (std::chrono::steady_clock::now() < end) {
+        const double paintBefore = threadCpuMs();
+        if (const QImage* frame = live.takeFrame()) {
+            QPainter painter(&painted);
+            painter.drawImage(0, 0, *frame);
+        }
+        f.paintMs += threadCpuMs() - paintBefore;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    f.cpuMs = processCpuMs() - cpuBefore;
+    f.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    std::int32_t good = 0, broken = 0;
+    driver.GetGoodFrames(0, good);
+    driver.GetBrokenFrames(0, broken);
+    const LiveView::Counters after = live.counters();
+    f.displayMs = view.spentMs() - viewBefore + f.paintMs;
+    driver.Stop(0);
+    f.frames = good - goodBefore;
+    f.lost = broken - brokenBefore;
+    f.shown = static_cast<double>(after.shown - before.shown);
+    f.replaced = static_cast<double>(after.replaced - before.replaced);
+    return f;
+}
+
+}  // namespace tavix::bench
