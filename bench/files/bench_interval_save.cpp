@@ -9,7 +9,8 @@
 // written without waiting for the disk, which only the final file waits for.
 // crosses:0 has the simulated camera write the JPEG itself.
 // SeriesPictureWritten holds the same steps to the encoder plus the safe
-// write of its bytes, which every picture of a series needs: what is left
+// write of its bytes, which every picture of a series needs (and, for the
+// camera that only writes files, its own write of the bitmap): what is left
 // is the program's own share.
 #include "camera/sim/SimCamera.h"
 #include "common/Clock.h"
@@ -81,7 +82,8 @@ const QString& tempBitmap()
 
 // The baseline the series picture is held to: the JPEG encoder alone, or
 // (`written`) the encoder and the same safe write of its bytes under the
-// final name, which waits for the disk.
+// final name, which waits for the disk, after the camera's own write of the
+// temporary bitmap for a camera that only writes files.
 void seriesPicture(benchmark::State& state, bool written)
 {
     const bool crosses = state.range(0) != 0;
@@ -106,6 +108,7 @@ void seriesPicture(benchmark::State& state, bool written)
         state, [&] { failed = failed || shot.save(job) != IntervalShot::Outcome::Saved; },
         [&] {
             failed = failed || JpegWriter::encode(camera().frame, kQuality, bytes) != JpegWriter::kOk ||
+                     (written && filesOnly && camera(true).sim->SaveToFile(0, job.temporaryFile) != 0) ||
                      (written && SafeFile::write(baselineFile, bytes) != 0);
         });
     if (failed)
@@ -131,6 +134,7 @@ void SeriesPictureWritten(benchmark::State& state)
 BENCHMARK(SeriesPictureWritten)
     ->ArgName("crosses")
     ->Arg(1)
+    ->Arg(2)
     ->Arg(0)
     ->Unit(benchmark::kMillisecond)
     ->UseManualTime();
