@@ -8,6 +8,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QThread>
+#include <atomic>
+#include <thread>
 #include <vector>
 
 using namespace tavix;
@@ -189,6 +191,38 @@ TEST(HeldFrame, EndRecording_ClosesTheFileWithWhatItHolds)
     const test::AviProbe probe = test::AviProbe::of(path);
     ASSERT_TRUE(probe.ok) << probe.error.toStdString();
     EXPECT_NEAR(probe.frames, 10, 1);  // a minute was asked for: 600 frames
+}
+
+TEST(HeldFrame, Read_ShowsTheHeldFrameWhereItLies_UnderTheLock)
+{
+    HeldFrame frame;
+    int reads = 0;
+    EXPECT_EQ(frame.read([&](const FrameView&) { ++reads; }), HeldFrame::kNoFrame);
+    EXPECT_EQ(reads, 0);
+    PaddedFrame pixels(33, 5, QImage::Format_RGB888, 7);
+    PaddedFrame newer(33, 5, QImage::Format_RGB888, 9);
+    holdFrame(frame, pixels.view);
+    std::atomic<bool> replaced{false};
+    std::thread stream;
+    ASSERT_EQ(frame.read([&](const FrameView& view) {
+        ++reads;
+        // The stream's next frame waits until the reader is done with this one.
+        stream = std::thread([&] {
+            holdFrame(frame, newer.view);
+            replaced = true;
+        });
+        QThread::msleep(50);
+        EXPECT_FALSE(replaced);
+        EXPECT_EQ(view.bits, pixels.view.bits);
+        EXPECT_EQ(view.bytesPerLine, pixels.view.bytesPerLine);
+    }),
+              0);
+    stream.join();
+    EXPECT_TRUE(replaced);
+    EXPECT_EQ(reads, 1);
+    frame.lose();
+    EXPECT_EQ(frame.read([&](const FrameView&) { ++reads; }), HeldFrame::kCameraLost);
+    EXPECT_EQ(reads, 1);
 }
 
 TEST(HeldFrame, Lost_RefusesTheOldFrame_AndEndsTheRecordingWithACompleteFile_UntilFoundAgain)

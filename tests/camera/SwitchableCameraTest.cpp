@@ -17,6 +17,12 @@ TEST(SwitchableCamera, PassesEveryCallToTheCurrentDriver_AndToTheNewOneAfterARep
     std::vector<std::int32_t> modes;
     EXPECT_EQ(camera.GetModeList(0, modes), 0);
     EXPECT_FALSE(modes.empty());
+    EXPECT_TRUE(camera.canGrabFrame());
+    EXPECT_EQ(camera.readFrame(0, [](const FrameView&) {}), SimCamera::kNoFrame);
+    firstCamera->renderFrame();
+    int reads = 0;
+    EXPECT_EQ(camera.readFrame(0, [&](const FrameView& f) { reads += f.width > 0; }), 0);
+    EXPECT_EQ(reads, 1);
     EXPECT_EQ(camera.Close(0), 0);
 
     auto second = std::make_unique<SimCamera>();
