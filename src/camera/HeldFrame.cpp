@@ -74,6 +74,8 @@ int HeldFrame::copy(QImage& frame) const
         return kNoFrame;
     if (frame.size() != QSize(view_.width, view_.height) || frame.format() != view_.format)
         frame = PictureMemory::image(QSize(view_.width, view_.height), view_.format);
+    if (frame.isNull())
+        return kNoFrame;  // no memory for the copy
     const auto row = static_cast<size_t>(view_.width) * static_cast<size_t>(frame.depth() / 8);
     for (int y = 0; y < view_.height; ++y)
         std::memcpy(frame.scanLine(y), view_.bits + y * view_.bytesPerLine, row);

@@ -103,7 +103,12 @@ QImage image(QSize size, QImage::Format format)
     const int depth = QImage::toPixelFormat(format).bitsPerPixel();
     const qsizetype bytesPerLine = (static_cast<qsizetype>(size.width()) * depth + 31) / 32 * 4;
     const auto bytes = static_cast<std::size_t>(bytesPerLine * size.height());
-    auto* block = new ImageBlock{allocate(bytes), bytes};
+    ImageBlock* block = nullptr;
+    try {
+        block = new ImageBlock{allocate(bytes), bytes};
+    } catch (const std::bad_alloc&) {
+        return {};  // as QImage itself answers when there is no memory
+    }
     return QImage(static_cast<uchar*>(block->data), size.width(), size.height(), bytesPerLine, format,
                   releaseImage, block);
 }

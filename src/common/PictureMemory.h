@@ -31,7 +31,7 @@ void* allocate(std::size_t bytes);
 void release(void* block, std::size_t bytes);
 
 // A picture over such memory, given back when its last copy goes. The
-// pixels are not written.
+// pixels are not written. A null picture when there is no memory.
 QImage image(QSize size, QImage::Format format);
 
 // An allocator that leaves new elements of a resize unwritten, for buffers

@@ -120,6 +120,17 @@ TEST(PictureMemory, AnEmptyImage_IsNull)
     EXPECT_TRUE(tavix::PictureMemory::image(QSize(0, 10), QImage::Format_RGB32).isNull());
 }
 
+TEST(PictureMemory, AnImageTheSystemHasNoMemoryFor_IsNull)
+{
+    // Four terabytes: more than this machine has, so the system refuses it,
+    // unless it is set to grant every request.
+    std::ifstream mode("/proc/sys/vm/overcommit_memory");
+    int overcommit = 0;
+    if (mode >> overcommit && overcommit == 1)
+        GTEST_SKIP() << "the system grants any amount of memory";
+    EXPECT_TRUE(tavix::PictureMemory::image(QSize(1 << 20, 1 << 20), QImage::Format_RGB32).isNull());
+}
+
 TEST(PictureMemory, APictureAfterALargerOne_GetsItsOwnMemory_AndGivesItBack)
 {
     ASSERT_TRUE(tavix::PictureMemory::keepLargeBlocksSeparate());
