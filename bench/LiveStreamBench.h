@@ -3,6 +3,7 @@
 #include "camera/CameraDriver.h"
 #include "camera/LiveView.h"
 
+#include <benchmark/benchmark.h>
 #include <QImage>
 #include <QPainter>
 #include <atomic>
@@ -106,6 +107,21 @@ inline LiveFigures watchLive(CameraDriver& driver, TimedLiveView& view, LiveView
     f.shown = static_cast<double>(after.shown - before.shown);
     f.replaced = static_cast<double>(after.replaced - before.replaced);
     return f;
+}
+
+// The figures of a watched stream as a benchmark's counters, the display's
+// share against `memcpyMs`, a copy of one frame.
+inline void setLiveCounters(benchmark::State& state, const LiveFigures& f, double memcpyMs)
+{
+    state.counters["cpu_ms_per_frame"] = f.cpuPerShownMs();
+    state.counters["fps"] = f.frames / f.seconds;
+    state.counters["shown"] = f.shown;
+    state.counters["replaced"] = f.replaced;
+    state.counters["lost"] = f.lost;
+    state.counters["display_ms"] = f.displayPerShownMs();
+    state.counters["paint_ms"] = f.paintPerShownMs();
+    state.counters["memcpy_ms"] = memcpyMs;
+    state.counters["display_over_memcpy"] = memcpyMs > 0 ? f.displayPerShownMs() / memcpyMs : 0;
 }
 
 }  // namespace tavix::bench

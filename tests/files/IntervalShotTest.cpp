@@ -6,6 +6,7 @@
 #include "common/ErrorLog.h"
 #include "files/IntervalShot.h"
 #include "media/BmpFile.h"
+#include "media/FrameViewOf.h"
 #include "media/JpegWriter.h"
 
 #include <gtest/gtest.h>
@@ -82,6 +83,19 @@ protected:
         return j;
     }
     QString log() const { return QString::fromUtf8(dir.read(QStringLiteral("Error.Log"))); }
+
+    // The camera's call that hands its frame over fails with `status` while
+    // a picture with crosses is saved as `name`.
+    void expectFrameCallFailure(const QString& call, int status, const QString& name)
+    {
+        prompter.answers = {Prompter::Answer::Ok};
+        cam.failCall(call, status);
+        EXPECT_EQ(shot.save(job(name, true)), IntervalShot::Outcome::CameraFailed);
+        EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(%1)\r\n").arg(status)));
+        ASSERT_EQ(prompter.messages.size(), 1u);
+        EXPECT_EQ(prompter.messages[0].text, messages.text(30011));
+        EXPECT_FALSE(dir.exists(name));
+    }
 
     static constexpr QRgb kLineColor = 0xff00ff00;  // bright green: clear in a JPEG's brightness too
     TempDir dir;
@@ -204,24 +218,12 @@ TEST_F(IntervalShotTest, FileCamera_CompleteOnReturn_IsReadAtOnce)
 
 TEST_F(IntervalShotTest, GrabFailure_IsLoggedAndReported)
 {
-    prompter.answers = {Prompter::Answer::Ok};
-    cam.failCall(QStringLiteral("GrabFrame"), -8);
-    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.bmp"), true)), IntervalShot::Outcome::CameraFailed);
-    EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-8)\r\n")));
-    ASSERT_EQ(prompter.messages.size(), 1u);
-    EXPECT_EQ(prompter.messages[0].text, messages.text(30011));
-    EXPECT_FALSE(dir.exists(QStringLiteral("cell_001.bmp")));
+    expectFrameCallFailure(QStringLiteral("GrabFrame"), -8, QStringLiteral("cell_001.bmp"));
 }
 
 TEST_F(IntervalShotTest, ReadFailure_ForAJpeg_IsLoggedAndReported)
 {
-    prompter.answers = {Prompter::Answer::Ok};
-    cam.failCall(QStringLiteral("readFrame"), -10);
-    EXPECT_EQ(shot.save(job(QStringLiteral("cell_001.jpg"), true)), IntervalShot::Outcome::CameraFailed);
-    EXPECT_TRUE(log().endsWith(QStringLiteral(" Error: ICubeSDK_SaveToFile(-10)\r\n")));
-    ASSERT_EQ(prompter.messages.size(), 1u);
-    EXPECT_EQ(prompter.messages[0].text, messages.text(30011));
-    EXPECT_FALSE(dir.exists(QStringLiteral("cell_001.jpg")));
+    expectFrameCallFailure(QStringLiteral("readFrame"), -10, QStringLiteral("cell_001.jpg"));
 }
 
 TEST_F(IntervalShotTest, JpegWithCrosses_IsCompressedFromTheFrameWhereItLies_AsFromAGrabbedCopy)
@@ -252,13 +254,7 @@ public:
     int readFrame(int, const FrameReader& read) override
     {
         ++reads;
-        FrameView view;
-        view.bits = grey.constBits();
-        view.width = grey.width();
-        view.height = grey.height();
-        view.bytesPerLine = grey.bytesPerLine();
-        view.format = grey.format();
-        read(view);
+        read(frameViewOf(grey));
         return 0;
     }
     int GrabFrame(int, QImage& frame) override

@@ -87,16 +87,7 @@ void GenICamLive(benchmark::State& state)
     const double copy = bench::memcpyMs(size_t(2048) * 1536);  // Mono8 and Bayer: a byte a pixel
 
     for (auto _ : state) {
-        const bench::LiveFigures f = bench::watchLive(driver, view, live, kView, 500, kSeconds);
-        state.counters["cpu_ms_per_frame"] = f.cpuPerShownMs();
-        state.counters["fps"] = f.frames / f.seconds;
-        state.counters["shown"] = f.shown;
-        state.counters["replaced"] = f.replaced;
-        state.counters["lost"] = f.lost;
-        state.counters["display_ms"] = f.displayPerShownMs();
-        state.counters["paint_ms"] = f.paintPerShownMs();
-        state.counters["memcpy_ms"] = copy;
-        state.counters["display_over_memcpy"] = copy > 0 ? f.displayPerShownMs() / copy : 0;
+        bench::setLiveCounters(state, bench::watchLive(driver, view, live, kView, 500, kSeconds), copy);
     }
 }
 BENCHMARK(GenICamLive)
