@@ -115,30 +115,21 @@ void seriesPicture(benchmark::State& state, bool written)
         state.SkipWithError("the picture could not be saved");
 }
 
-void SeriesPicture(benchmark::State& state)
-{
-    seriesPicture(state, false);
-}
-BENCHMARK(SeriesPicture)
-    ->ArgName("crosses")
-    ->Arg(1)
-    ->Arg(2)
-    ->Arg(0)
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime();
-
-void SeriesPictureWritten(benchmark::State& state)
-{
-    seriesPicture(state, true);
-}
-BENCHMARK(SeriesPictureWritten)
-    ->ArgName("crosses")
-    ->Arg(1)
-    ->Arg(2)
-    ->Arg(0)
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime();
-
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    for (const bool written : {false, true})
+        benchmark::RegisterBenchmark(written ? "SeriesPictureWritten" : "SeriesPicture",
+                                     [written](benchmark::State& state) { seriesPicture(state, written); })
+            ->ArgName("crosses")
+            ->Arg(1)
+            ->Arg(2)
+            ->Arg(0)
+            ->Unit(benchmark::kMillisecond)
+            ->UseManualTime();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
