@@ -72,7 +72,7 @@ void* allocate(std::size_t bytes)
         const std::uintptr_t aligned = (begin + kLargePage - 1) & ~std::uintptr_t(kLargePage - 1);
         if (aligned > begin)
             ::munmap(mapped, aligned - begin);
-        if (const std::size_t tail = begin + length + kLargePage - (aligned + length))
+        if (const std::size_t tail = begin + kLargePage - aligned)
             ::munmap(reinterpret_cast<void*>(aligned + length), tail);
         ::madvise(reinterpret_cast<void*>(aligned), length, MADV_HUGEPAGE);
         return reinterpret_cast<void*>(aligned);
@@ -98,9 +98,9 @@ void release(void* block, std::size_t bytes)
 
 QImage image(QSize size, QImage::Format format)
 {
-    if (size.isEmpty())
-        return {};
     const int depth = QImage::toPixelFormat(format).bitsPerPixel();
+    if (size.isEmpty() || depth == 0)
+        return {};
     const qsizetype bytesPerLine = (static_cast<qsizetype>(size.width()) * depth + 31) / 32 * 4;
     const auto bytes = static_cast<std::size_t>(bytesPerLine * size.height());
     ImageBlock* block = nullptr;

@@ -118,6 +118,7 @@ TEST(PictureMemory, AnUnwrittenBuffer_OfAPicturesSize_IsOnItsOwnPages)
 TEST(PictureMemory, AnEmptyImage_IsNull)
 {
     EXPECT_TRUE(tavix::PictureMemory::image(QSize(0, 10), QImage::Format_RGB32).isNull());
+    EXPECT_TRUE(tavix::PictureMemory::image(QSize(10, 10), QImage::Format_Invalid).isNull());
 }
 
 TEST(PictureMemory, AnImageTheSystemHasNoMemoryFor_IsNull)
