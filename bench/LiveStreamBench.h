@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CpuClock.h"
 #include "camera/CameraDriver.h"
 #include "camera/LiveView.h"
 
@@ -9,27 +10,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <ctime>
 #include <thread>
 
 namespace tavix::bench {
-
-inline double cpuMs(clockid_t clock)
-{
-    timespec t{};
-    clock_gettime(clock, &t);
-    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) / 1e6;
-}
-
-inline double processCpuMs()
-{
-    return cpuMs(CLOCK_PROCESS_CPUTIME_ID);
-}
-
-inline double threadCpuMs()
-{
-    return cpuMs(CLOCK_THREAD_CPUTIME_ID);
-}
 
 // The live view as a camera's sink, keeping the CPU the driver's thread
 // spends in it (scaling frames into the view's picture); `shown` is the size

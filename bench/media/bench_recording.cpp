@@ -3,6 +3,7 @@
 // thread and of the whole program, against the same camera streaming without
 // recording in the same run, the frames written and dropped, the file's size,
 // and what ffprobe reads from it.
+#include "CpuClock.h"
 #include "camera/sim/SimCamera.h"
 #include "media/AviRecorder.h"
 
@@ -13,7 +14,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <chrono>
-#include <ctime>
 #include <thread>
 
 namespace {
@@ -28,9 +28,7 @@ int benchSeconds()
 
 double processCpuSeconds()
 {
-    timespec t{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-    return double(t.tv_sec) + double(t.tv_nsec) / 1e9;
+    return tavix::bench::processCpuMs() / 1e3;
 }
 
 // CPU seconds of this process's threads whose name starts with `prefix`.
