@@ -10,7 +10,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <thread>
+#include <vector>
 
 namespace tavix::bench {
 
@@ -34,6 +36,42 @@ private:
     QSize shown_;
     std::atomic<std::int64_t> spentNs_{0};
 };
+
+// Copies each frame where the driver hands it over, into one reused buffer,
+// timing the copy on the driver's thread: one memcpy of a frame fresh from the
+// camera, not of one already in the cache. The first frame (which sizes the
+// buffer) is not counted.
+class CopyingSink : public FrameSink {
+public:
+    void frameReady(const FrameView& frame) override
+    {
+        const size_t bytes = size_t(frame.bytesPerLine) * size_t(frame.height);
+        if (copy_.size() != bytes) {
+            copy_.assign(bytes, 0);
+            return;
+        }
+        const double before = threadCpuMs();
+        std::memcpy(copy_.data(), frame.bits, bytes);
+        spentMs_ += threadCpuMs() - before;
+        ++frames_;
+    }
+    double msPerFrame() const { return frames_ > 0 ? spentMs_ / frames_ : 0; }
+
+private:
+    std::vector<uchar> copy_;
+    double spentMs_ = 0;  // driver thread only; read after the stream stopped
+    int frames_ = 0;
+};
+
+// The mean time of that copy over `seconds` of the stream, in milliseconds.
+inline double memcpyAsHandedMs(CameraDriver& driver, int seconds)
+{
+    CopyingSink sink;
+    driver.Start(0, 0, &sink, -1, 0);
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    driver.Stop(0);
+    return sink.msPerFrame();
+}
 
 // What a stream did while it was watched.
 struct LiveFigures {
@@ -93,8 +131,9 @@ inline LiveFigures watchLive(CameraDriver& driver, TimedLiveView& view, LiveView
 }
 
 // The figures of a watched stream as a benchmark's counters, the display's
-// share against `memcpyMs`, a copy of one frame.
-inline void setLiveCounters(benchmark::State& state, const LiveFigures& f, double memcpyMs)
+// share against `memcpyMs`, a copy of one frame in the cache, and against
+// `handedMs`, a copy of each frame as the driver hands it over.
+inline void setLiveCounters(benchmark::State& state, const LiveFigures& f, double memcpyMs, double handedMs)
 {
     state.counters["cpu_ms_per_frame"] = f.cpuPerShownMs();
     state.counters["fps"] = f.frames / f.seconds;
@@ -105,6 +144,8 @@ inline void setLiveCounters(benchmark::State& state, const LiveFigures& f, doubl
     state.counters["paint_ms"] = f.paintPerShownMs();
     state.counters["memcpy_ms"] = memcpyMs;
     state.counters["display_over_memcpy"] = memcpyMs > 0 ? f.displayPerShownMs() / memcpyMs : 0;
+    state.counters["handed_memcpy_ms"] = handedMs;
+    state.counters["display_over_handed_memcpy"] = handedMs > 0 ? f.displayPerShownMs() / handedMs : 0;
 }
 
 }  // namespace tavix::bench

@@ -8,8 +8,9 @@
 //   cells, each handed to the live view as it came;
 // - the display's CPU per displayed frame (the live view's scaling on the
 //   driver's thread, timed on that thread, plus the painting) against one
-//   memcpy of a frame of the source's own bytes, and the live view's
-//   scaling of one frame alone;
+//   memcpy of a frame of the source's own bytes in the cache and against a
+//   memcpy of each frame where the driver hands it over, and the live
+//   view's scaling of one frame alone;
 // - frames lost: made by the source but never handed over (the driver's
 //   broken count), and frames replaced unseen by a newer one;
 // - the test source alone into a sink that does nothing: what a real camera's
@@ -125,7 +126,8 @@ void GraphLive(benchmark::State& state)
         bench::memcpyMs(size_t(kWidth) * kHeight * size_t(kFormats[state.range(0)].bytesPerPixel));
 
     for (auto _ : state) {
-        bench::setLiveCounters(state, bench::watchLive(driver, view, live, kView, 500, kSeconds), copy);
+        const bench::LiveFigures figures = bench::watchLive(driver, view, live, kView, 500, kSeconds);
+        bench::setLiveCounters(state, figures, copy, bench::memcpyAsHandedMs(driver, 2));
     }
 }
 // range(0): the format. The source's own cost per frame, in this process.
