@@ -15,15 +15,16 @@ cmake --build --preset release -j2 --target "${benches[@]}" tavix >/dev/null
 
 json=$(mktemp -d)
 trap 'rm -rf "$json"' EXIT
-run() {  # bench, filter, extra arguments
-    local name=$1 filter=$2
-    shift 2
+run() {  # bench, filter, the name of its results (default: the bench's)
+    local name=$1 filter=$2 results=${3:-$1}
     echo "running $name ($filter)" >&2
     QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} "build/release/bench/$name" --benchmark_filter="$filter" \
-        --benchmark_out="$json/$name.json" --benchmark_out_format=json "$@" >/dev/null ||
+        --benchmark_out="$json/$results.json" --benchmark_out_format=json >/dev/null ||
         echo "$name failed; its rows stay empty" >&2
 }
-run bench_live_view 'DisplayOneFrame|ScaleOneFrame|StreamAt30Fps|StartupToFirstLiveFrame'
+# In a process of its own: its first window is the process's first.
+run bench_live_view 'StartupToFirstLiveFrame' startup
+run bench_live_view 'DisplayOneFrame|ScaleOneFrame|StreamAt30Fps'
 run bench_graph_live '.'
 run bench_genicam_live '.'
 run bench_interval_save 'SeriesPicture'
@@ -66,9 +67,10 @@ stream = next((r for n, r in live.items() if n.startswith("StreamAt30Fps")), Non
 if stream:
     row(f"Live view at 30 fps, 3 s: frames lost (produced {stream['produced/s']:.1f}/s, shown {stream['shown/s']:.1f}/s, "
         f"replaced {stream['replaced/s']:.1f}/s)", stream["lost"], None, "0", unit="")
-startup = next((r for n, r in live.items() if n.startswith("StartupToFirstLiveFrame")), None)
+startup = next(iter(load("startup").values()), None)
 if startup:
-    row("Start-up to the first live frame (in process, sim)", ms(startup), None, "≤ 50 ms")
+    row("Start-up to the first live frame (in process, sim): the process's first window", startup["first_ms"], None, "≤ 50 ms")
+    row("Start-up to the first live frame (in process, sim): later windows, median", startup["later_median_ms"], None, "≤ 50 ms")
 
 # The graph and GenICam live views: the display's CPU per shown frame (the
 # live view's scaling, timed on the driver's thread, plus the painting),
