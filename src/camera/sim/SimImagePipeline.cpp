@@ -159,7 +159,7 @@ void SimImagePipeline::setSize(QSize size)
     if (size == size_)
         return;
     size_ = size;
-    sceneDirty_ = matrixDirty_ = finishedDirty_ = true;
+    sceneDirty_ = matrixDirty_ = finishedDirty_ = firstOfSize_ = true;
     noiseSigma_ = -1;
 }
 
@@ -173,7 +173,7 @@ void SimImagePipeline::setLook(const SimLook& look)
     if (look.exposureMs != o.exposureMs || look.gain != o.gain || look.blackLevel != o.blackLevel ||
         look.brightness != o.brightness || look.contrast != o.contrast || look.gamma != o.gamma ||
         look.gammaOn != o.gammaOn || look.rgbOffset != o.rgbOffset || look.colour != o.colour)
-        finishedDirty_ = true;
+        finishedDirty_ = tablesDirty_ = true;
     look_ = look;
 }
 
@@ -182,7 +182,6 @@ void SimImagePipeline::ensureScene()
     if (!sceneDirty_)
         return;
     scene_ = SimScene::render(size_);
-    particleMask_ = SimScene::particleMask(size_);
     const qsizetype bytes = static_cast<qsizetype>(size_.width()) * 3 * size_.height();
     // Both are written whole before they are read; the prepared picture is
     // needed only for colour mixing and is made when first used.
@@ -192,6 +191,51 @@ void SimImagePipeline::ensureScene()
     sceneDirty_ = false;
     preparedValid_ = false;
     finishedDirty_ = true;
+}
+
+void SimImagePipeline::ensureMask()
+{
+    if (maskSize_ == size_)
+        return;
+    particleMask_ = SimScene::particleMask(size_);
+    maskSize_ = size_;
+}
+
+void SimImagePipeline::ensureLook()
+{
+    if (matrixDirty_) {
+        buildMatrix();
+        const auto& m = matrix_;
+        diagonal_ = m[1] == 0 && m[2] == 0 && m[3] == 0 && m[5] == 0 && m[6] == 0 && m[7] == 0;
+        preparedValid_ = false;
+        matrixDirty_ = false;
+        finishedDirty_ = true;
+    }
+    if (tablesDirty_) {
+        buildTables();
+        tablesDirty_ = false;
+    }
+}
+
+// Gains without mixing fold into the tables.
+std::array<std::array<uchar, 256>, 3> SimImagePipeline::foldedTables() const
+{
+    std::array<std::array<uchar, 256>, 3> folded;
+    constexpr int half = 1 << (kMatrixShift - 1);
+    for (int c = 0; c < 3; ++c)
+        for (int v = 0; v < 256; ++v)
+            folded[static_cast<size_t>(c)][static_cast<size_t>(v)] =
+                tables_[static_cast<size_t>(c)]
+                       [clampByte((matrix_[static_cast<size_t>(4 * c)] * v + half) >> kMatrixShift)];
+    return folded;
+}
+
+bool SimImagePipeline::drawsFromScene(const uchar* previous)
+{
+    if (!firstOfSize_ || !sceneDirty_ || look_.flipH || look_.flipV || (look_.tnr && previous))
+        return false;
+    ensureLook();
+    return diagonal_;
 }
 
 void SimImagePipeline::buildMatrix()
@@ -263,30 +307,15 @@ void SimImagePipeline::buildTables()
 void SimImagePipeline::ensureFinished()
 {
     ensureScene();
-    if (matrixDirty_) {
-        buildMatrix();
-        const auto& m = matrix_;
-        diagonal_ = m[1] == 0 && m[2] == 0 && m[3] == 0 && m[5] == 0 && m[6] == 0 && m[7] == 0;
-        preparedValid_ = false;
-        matrixDirty_ = false;
-        finishedDirty_ = true;
-    }
+    ensureLook();
     if (!finishedDirty_)
         return;
-    buildTables();
     const int w = size_.width();
     const int h = size_.height();
 
     if (diagonal_) {
-        // Gains without mixing (the usual colour settings) fold into the
-        // tables: one pass from the scene, flips included.
-        std::array<std::array<uchar, 256>, 3> folded;
-        constexpr int half = 1 << (kMatrixShift - 1);
-        for (int c = 0; c < 3; ++c)
-            for (int v = 0; v < 256; ++v)
-                folded[static_cast<size_t>(c)][static_cast<size_t>(v)] =
-                    tables_[static_cast<size_t>(c)]
-                           [clampByte((matrix_[static_cast<size_t>(4 * c)] * v + half) >> kMatrixShift)];
+        // The usual colour settings: one pass from the scene, flips included.
+        const auto folded = foldedTables();
         const uchar* t0 = folded[0].data();
         const uchar* t1 = folded[1].data();
         const uchar* t2 = folded[2].data();
@@ -368,7 +397,7 @@ void SimImagePipeline::ensureNoise()
 
 QColor SimImagePipeline::process(QColor lit)
 {
-    ensureFinished();
+    ensureLook();
     const int in[3] = {lit.red(), lit.green(), lit.blue()};
     int out[3];
     for (int c = 0; c < 3; ++c) {
@@ -391,12 +420,22 @@ void SimImagePipeline::compose(uchar* dst, qsizetype bytesPerLine, const uchar* 
 {
     if (size_.isEmpty())
         return;
-    ensureFinished();
-    if (look_.noise)
-        ensureNoise();
     const int w = size_.width();
     const int h = size_.height();
     const qsizetype rowBytes = static_cast<qsizetype>(w) * 3;
+    // A first frame drawn into `dst` is finished row by row on its way through a row of its own.
+    const bool fromScene = drawsFromScene(previous);
+    firstOfSize_ = false;
+    std::array<std::array<uchar, 256>, 3> folded{};
+    if (fromScene) {
+        SimScene::render(size_, dst, bytesPerLine);
+        folded = foldedTables();
+    } else {
+        ensureFinished();
+    }
+    ensureMask();
+    if (look_.noise)
+        ensureNoise();
 
     // The particle, placed in the flipped picture like everything else.
     QPointF at = SimScene::toPixel(size_, particleUm);
@@ -417,35 +456,47 @@ void SimImagePipeline::compose(uchar* dst, qsizetype bytesPerLine, const uchar* 
     const qsizetype noiseRowBytes = static_cast<qsizetype>(w + kNoiseSlack) * 3;
     const uchar* blendWith = look_.tnr ? previous : nullptr;
 
-    for (int y = 0; y < h; ++y) {
-        const uchar* src = finished_.data() + y * rowBytes;
-        uchar* out = dst + y * bytesPerLine;
-        const std::int8_t* noise =
-            look_.noise ? noise_.data() + ((y + noiseY) % kNoiseRows) * noiseRowBytes + noiseX * 3 : nullptr;
-        if (noise)
-            addNoise(src, noise, out, rowBytes);
-        else
-            std::memcpy(out, src, static_cast<size_t>(rowBytes));
+    const auto rows = [&](int from, int to) {
+        std::vector<uchar> finishedRow(fromScene ? static_cast<size_t>(rowBytes) : 0);
+        for (int y = from; y < to; ++y) {
+            uchar* out = dst + y * bytesPerLine;
+            if (fromScene)
+                tableBytes(out, finishedRow.data(), folded[0].data(), folded[1].data(), folded[2].data(), 0,
+                           rowBytes);
+            const uchar* src = fromScene ? finishedRow.data() : finished_.data() + y * rowBytes;
+            const std::int8_t* noise =
+                look_.noise ? noise_.data() + ((y + noiseY) % kNoiseRows) * noiseRowBytes + noiseX * 3
+                            : nullptr;
+            if (noise)
+                addNoise(src, noise, out, rowBytes);
+            else
+                std::memcpy(out, src, static_cast<size_t>(rowBytes));
 
-        const int my = y - top;
-        if (my >= 0 && my < side) {
-            const uchar* mask = particleMask_.constScanLine(my);
-            for (int mx = fromX; mx < toX; ++mx) {
-                const int a = mask[mx];
-                if (!a)
-                    continue;
-                const int x = left + mx;
-                for (int c = 0; c < 3; ++c) {
-                    const int i = 3 * x + c;
-                    const int under = src[i];
-                    const int v = under + ((particle[c] - under) * a + (a > 0 ? 127 : 0)) / 255;
-                    out[i] = clampByte(v + (noise ? noise[i] : 0));
+            const int my = y - top;
+            if (my >= 0 && my < side) {
+                const uchar* mask = particleMask_.constScanLine(my);
+                for (int mx = fromX; mx < toX; ++mx) {
+                    const int a = mask[mx];
+                    if (!a)
+                        continue;
+                    const int x = left + mx;
+                    for (int c = 0; c < 3; ++c) {
+                        const int i = 3 * x + c;
+                        const int under = src[i];
+                        const int v = under + ((particle[c] - under) * a + (a > 0 ? 127 : 0)) / 255;
+                        out[i] = clampByte(v + (noise ? noise[i] : 0));
+                    }
                 }
             }
+            if (blendWith)
+                blend(out, blendWith + y * bytesPerLine, rowBytes);
         }
-        if (blendWith)
-            blend(out, blendWith + y * bytesPerLine, rowBytes);
-    }
+    };
+    // The first frame is waited for: both cores finish it.
+    if (fromScene)
+        RowHalves::run(h, kRowsWorthAThread, rows);
+    else
+        rows(0, h);
 }
 
 }  // namespace tavix

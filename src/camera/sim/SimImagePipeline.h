@@ -39,8 +39,11 @@ struct SimLook {
 // Turns the scene into frames. The still scene is processed once per change
 // of settings into a finished picture; a frame is then that picture plus
 // sensor noise, the moving particle and, with TNR, the blend with the
-// previous frame, all in one pass over the rows. Not thread-safe: one owner
-// renders.
+// previous frame, all in one pass over the rows. The first frame of a size
+// (with the usual settings: no colour mixing, no flip) is drawn straight into
+// the frame and finished row by row, the same picture sooner: the scene and
+// the finished picture, two more pictures of new memory, are made for the
+// next frame. Not thread-safe: one owner renders.
 //
 // Processing order: per-channel white-balance gains and the colour matrix
 // (saturation, hue, correction, or grey) on the lit scene; then per-channel
@@ -66,11 +69,15 @@ public:
 
 private:
     void ensureScene();
+    void ensureMask();
+    void ensureLook();
     void preparePass();
     void ensureFinished();
     void ensureNoise();
     void buildMatrix();
     void buildTables();
+    std::array<std::array<uchar, 256>, 3> foldedTables() const;
+    bool drawsFromScene(const uchar* previous);
 
     QSize size_;
     SimLook look_;
@@ -79,9 +86,12 @@ private:
     bool preparedValid_ = false;
     bool diagonal_ = false;
     bool finishedDirty_ = true;
+    bool tablesDirty_ = true;
+    bool firstOfSize_ = true;
 
     QImage scene_;  // lit scene, RGB888
     QImage particleMask_;
+    QSize maskSize_;
     std::array<int, 9> matrix_{};  // colour matrix x gains, 12 fractional bits
     std::array<std::array<uchar, 256>, 3> tables_{};
     PictureMemory::Buffer<uchar> prepared_;  // after gains and a mixing matrix, flipped; 3 * width per row

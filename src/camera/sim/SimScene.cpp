@@ -15,6 +15,28 @@ namespace tavix {
 
 namespace {
 
+// One row of painted reflectances lit by the lamp, its light falling off from
+// the centre: red in the low byte. Built for AVX2 too, which does eight
+// pixels a step where SSE2 does four.
+#if defined(__x86_64__) && defined(__GNUC__)
+__attribute__((target_clones("avx2", "default")))
+#endif
+void lightRow(const QRgb* src, const float* colSq, float rowSq, float fall, float l0, float l1, float l2,
+              quint32* row, int width)
+{
+    for (int x = 0; x < width; ++x) {
+        const float light = 1.0f - fall * (colSq[x] + rowSq);
+        const QRgb c = src[x];
+        const auto r =
+            static_cast<quint32>(static_cast<int>(static_cast<float>(qRed(c)) * l0 * light + 0.5f));
+        const auto gr =
+            static_cast<quint32>(static_cast<int>(static_cast<float>(qGreen(c)) * l1 * light + 0.5f));
+        const auto b =
+            static_cast<quint32>(static_cast<int>(static_cast<float>(qBlue(c)) * l2 * light + 0.5f));
+        row[x] = r | (gr << 8) | (b << 16);
+    }
+}
+
 // Reflectances of the slide's features, 0..1 per channel (the slide itself is 1).
 constexpr double kInk[3] = {0.12, 0.12, 0.13};
 constexpr double kLargeDisc[3] = {0.36, 0.24, 0.60};
@@ -23,7 +45,6 @@ constexpr double kRectangle[3] = {0.78, 0.24, 0.20};
 constexpr double kTriangle[3] = {0.24, 0.62, 0.30};
 constexpr double kParticle[3] = {0.26, 0.17, 0.11};
 constexpr int kLamp[3] = {222, 206, 170};
-constexpr double kVignetting = 0.10;  // the corners get this much less light
 
 QColor reflectance(const double (&r)[3])
 {
@@ -212,11 +233,20 @@ QImage SimScene::render(QSize size)
 {
     if (size.isEmpty())
         return {};
+    QImage lit = PictureMemory::image(size, QImage::Format_RGB888);
+    if (!lit.isNull())
+        render(size, lit.bits(), lit.bytesPerLine());
+    return lit;
+}
+
+void SimScene::render(QSize size, uchar* litBits, qsizetype litStride)
+{
+    if (size.isEmpty())
+        return;
     const Geometry& g = geometry();
     const double s = micrometresPerPixel(size);
     const int w = size.width();
 
-    QImage lit = PictureMemory::image(size, QImage::Format_RGB888);
     const float cx = size.width() / 2.0f;
     const float cy = size.height() / 2.0f;
     const float falloff = static_cast<float>(kVignetting) / (cx * cx + cy * cy);
@@ -224,8 +254,6 @@ QImage SimScene::render(QSize size)
     for (int x = 0; x < size.width(); ++x)
         columnSq[static_cast<size_t>(x)] = (x + 0.5f - cx) * (x + 0.5f - cx);
     const float lamp[3] = {kLamp[0] / 255.0f, kLamp[1] / 255.0f, kLamp[2] / 255.0f};
-    uchar* const litBits = lit.bits();
-    const qsizetype litStride = lit.bytesPerLine();
 
     // Reflectances are painted a band of rows at a time and lit at once: the
     // band stays in the cache. Bands start at whole rows, so the painted
@@ -262,17 +290,7 @@ QImage SimScene::render(QSize size)
                 const float rowSq = (y + 0.5f - centreY) * (y + 0.5f - centreY);
                 // Lit into a row of 32-bit pixels first: that loop vectorises,
                 // which one storing three bytes a pixel does not.
-                for (int x = 0; x < width; ++x) {
-                    const float light = 1.0f - fall * (colSq[x] + rowSq);
-                    const QRgb c = src[x];
-                    const auto r = static_cast<quint32>(
-                        static_cast<int>(static_cast<float>(qRed(c)) * l0 * light + 0.5f));
-                    const auto gr = static_cast<quint32>(
-                        static_cast<int>(static_cast<float>(qGreen(c)) * l1 * light + 0.5f));
-                    const auto b = static_cast<quint32>(
-                        static_cast<int>(static_cast<float>(qBlue(c)) * l2 * light + 0.5f));
-                    row[x] = r | (gr << 8) | (b << 16);
-                }
+                lightRow(src, colSq, rowSq, fall, l0, l1, l2, row, width);
                 // Four pixels in three words (little-endian, like the row above).
                 uchar* dst = bits + stride * y;
                 int x = 0;
@@ -286,7 +304,6 @@ QImage SimScene::render(QSize size)
             }
         }
     });
-    return lit;
 }
 
 QImage SimScene::particleMask(QSize size)

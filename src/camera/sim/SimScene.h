@@ -81,11 +81,16 @@ public:
     // The colour of the lamp at the field's centre, as the sensor sees it
     // before any white balance: a warm halogen light.
     static QColor lampColour();
+    // The share of the lamp's light the field's corners lack, falling off
+    // with the square of the distance from the centre.
+    static constexpr double kVignetting = 0.10;
     static QColor particleColour();
 
     // The still part of the scene (everything but the particle) as the
     // sensor sees it before any processing: Format_RGB888 of that size.
     static QImage render(QSize size);
+    // The same into rows of `stride` bytes that the caller owns.
+    static void render(QSize size, uchar* bits, qsizetype stride);
     // The particle's coverage (0..255), Format_Grayscale8, centred on its
     // pixel; the particle's centre lies at (width / 2, height / 2) of it.
     static QImage particleMask(QSize size);
